@@ -1,0 +1,20 @@
+// The Ui of quillmark-cli: messages go to standard error, questions are asked on the
+// terminal, and without a terminal they get the cautious answer.
+#pragma once
+
+#include "ui/ui.h"
+
+namespace qm::cli {
+
+class ConsoleUi : public ui::Ui {
+ public:
+  ui::Answer Ask(const ui::Message& message) override;
+  std::optional<std::string> ChooseFile(const ui::FileChoice& choice) override;
+  void SetStatusText(const std::string&) override {}
+  void BeginProgress(const std::string& title) override;
+  void ProgressStep(const std::string& line) override;
+  void EndProgress() override {}
+  ui::Modifiers HeldModifiers() override { return {}; }
+};
+
+}  // namespace qm::cli

@@ -1,0 +1,77 @@
+// Hand-built file bytes for the store's tests, written field by field so that the
+// expected layout never comes from the code under test.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace qm::test {
+
+struct Bytes {
+  std::vector<std::uint8_t> b;
+
+  Bytes& u8(std::uint8_t v) {
+    b.push_back(v);
+    return *this;
+  }
+  Bytes& u16(std::uint16_t v) {
+    return u8(static_cast<std::uint8_t>(v >> 8)).u8(static_cast<std::uint8_t>(v));
+  }
+  Bytes& u32(std::uint32_t v) {
+    return u16(static_cast<std::uint16_t>(v >> 16)).u16(static_cast<std::uint16_t>(v));
+  }
+  Bytes& tag(const char* t) {
+    for (int i = 0; i < 4; ++i) u8(static_cast<std::uint8_t>(t[i]));
+    return *this;
+  }
+  Bytes& zeros(std::size_t n) {
+    b.insert(b.end(), n, 0);
+    return *this;
+  }
+  Bytes& raw(const std::vector<std::uint8_t>& v) {
+    b.insert(b.end(), v.begin(), v.end());
+    return *this;
+  }
+  Bytes& text(const std::string& s) {
+    b.insert(b.end(), s.begin(), s.end());
+    return *this;
+  }
+  std::size_t size() const { return b.size(); }
+};
+
+inline std::vector<std::uint8_t> ReadFileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void WriteFileBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::uint32_t BeU32(const std::vector<std::uint8_t>& b, std::size_t at) {
+  return (std::uint32_t{b[at]} << 24) | (std::uint32_t{b[at + 1]} << 16) |
+         (std::uint32_t{b[at + 2]} << 8) | b[at + 3];
+}
+
+inline std::uint16_t BeU16(const std::vector<std::uint8_t>& b, std::size_t at) {
+  return static_cast<std::uint16_t>((b[at] << 8) | b[at + 1]);
+}
+
+inline void PutU32(std::vector<std::uint8_t>& b, std::size_t at, std::uint32_t v) {
+  b[at] = static_cast<std::uint8_t>(v >> 24);
+  b[at + 1] = static_cast<std::uint8_t>(v >> 16);
+  b[at + 2] = static_cast<std::uint8_t>(v >> 8);
+  b[at + 3] = static_cast<std::uint8_t>(v);
+}
+
+inline void PutU16(std::vector<std::uint8_t>& b, std::size_t at, std::uint16_t v) {
+  b[at] = static_cast<std::uint8_t>(v >> 8);
+  b[at + 1] = static_cast<std::uint8_t>(v);
+}
+
+}  // namespace qm::test

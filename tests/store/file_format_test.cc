@@ -1,0 +1,338 @@
+// The bytes a store writes and the files of older versions it reads, checked against
+// layouts built by hand in the test.
+#include <gtest/gtest.h>
+
+#include "store/file_bytes.h"
+#include "store/project_store.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+constexpr Tag kDfct = MakeTag("dfct");
+
+// The file Create makes: every block at its offset, 8796 bytes in all.
+Bytes NewFileBytes(std::uint16_t multiUser) {
+  Bytes f;
+  f.tag("dbdb").u16(358).u16(multiUser).u32(392).u32(128).u32(3880).u32(1044).u32(0).u32(4928);
+  f.zeros(96);
+  f.zeros(244).zeros(20);               // lock area
+  f.tag("tabl").u16(32).u16(1).u32(0);  // directory
+  f.tag("msgs").u32(0).u32(1).u32(7240).u32(0);
+  for (int i = 1; i < 32; ++i) f.tag("????").u32(0).u32(1).u32(0).u32(0);
+  f.tag("user").u32(128).u32(0).u32(0).u32(0).zeros(128 * 22);
+  f.tag("caps").u32(128).u32(0).u32(0).u32(0).u32(0).zeros(1024);
+  f.u32(0).u32(0);  // lock block
+  for (int i = 0; i < 128; ++i) f.tag("????").u32(0).u32(0).u16(0).u32(0);
+  f.tag("indx").u32(128).u32(0).u32(0).u32(0).zeros(1536);
+  return f;
+}
+
+TEST(FileFormat, NewFileHasEveryBlockAtItsOffset) {
+  TempDir dir;
+  ScriptedUi ui;
+  for (std::uint16_t multiUser : {std::uint16_t{0}, std::uint16_t{1}}) {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(dir.File("new.qmk"), multiUser), DBStatus::kOk);
+    ASSERT_EQ(store.Close(), DBStatus::kOk);
+    const auto bytes = ReadFileBytes(dir.File("new.qmk"));
+    ASSERT_EQ(bytes.size(), 8796u);
+    EXPECT_EQ(bytes, NewFileBytes(multiUser).b) << "multiUser " << multiUser;
+  }
+  EXPECT_TRUE(ui.shown.empty());
+}
+
+// Checksum table values of the bytes used below: 00 -> 0001, 01 -> 0004, FF -> E902,
+// 41 -> 4844, 42 -> 2421, 78 -> 8001.
+TEST(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("p.qmk");
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+  ASSERT_EQ(store.AddTable(kDfct, "Defect"), DBStatus::kOk);
+  std::uint32_t id1 = 0, id2 = 0, id3 = 0;
+  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{0x00, 0x01, 0xFF}, &id1),
+            DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{}, &id2), DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'A', 'B', 'A'}, &id3), DBStatus::kOk);
+  EXPECT_EQ(id1, 1u);
+  EXPECT_EQ(id2, 2u);
+  EXPECT_EQ(id3, 3u);
+  ASSERT_EQ(store.Close(), DBStatus::kOk);
+
+  const auto f = ReadFileBytes(path);
+  // The dfct index was appended at 8796 by AddTable; the records follow it.
+  const std::size_t index = 8796, first = index + 1556;
+  ASSERT_EQ(f.size(), first + 23 + 20 + 23);
+  Bytes expected;
+  expected.tag("indx").u32(128).u32(3).u32(3).u32(0);
+  expected.u32(1).u32(first).u32(23);
+  expected.u32(2).u32(first + 23).u32(20);
+  expected.u32(3).u32(first + 43).u32(23);
+  EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + index, f.begin() + index + 56), expected.b);
+  Bytes records;
+  records.tag("RcRd").tag("dfct").u32(1).u32(3).u16(0xE907).u16(0).u8(0x00).u8(0x01).u8(0xFF);
+  records.tag("RcRd").tag("dfct").u32(2).u32(0).u16(0).u16(0);
+  records.tag("RcRd").tag("dfct").u32(3).u32(3).u16(0xB4A9).u16(0).text("ABA");
+  EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + first, f.end()), records.b);
+  // Directory entry 1 is dfct: count 3, nextId 4, its index, revision 3.
+  Bytes entry;
+  entry.tag("dfct").u32(3).u32(4).u32(index).u32(3);
+  EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + 392 + 32, f.begin() + 392 + 52), entry.b);
+  EXPECT_EQ(BeU16(f, 392 + 6), 2u);  // tables in use
+  EXPECT_EQ(BeU32(f, 24), 3u);       // one change per add
+}
+
+TEST(FileFormat, IndexMovesToTheEndAtThe129thRecord) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("p.qmk");
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+  ASSERT_EQ(store.AddTable(kDfct, ""), DBStatus::kOk);
+  for (std::uint8_t i = 0; i < 128; ++i) {
+    ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{i}, nullptr), DBStatus::kOk);
+  }
+  const auto before = ReadFileBytes(path);
+  const std::size_t end = before.size();
+  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{0xAA}, nullptr), DBStatus::kOk);
+  TableEntry e;
+  ASSERT_EQ(store.GetTableEntry(kDfct, e), DBStatus::kOk);
+  // The record went to the old end, the grown index right behind it.
+  EXPECT_EQ(e.indexOffset, end + 21);
+  EXPECT_EQ(e.count, 129u);
+  const auto after = ReadFileBytes(path);
+  ASSERT_EQ(after.size(), end + 21 + 20 + 256 * 12);
+  EXPECT_EQ(BeU32(after, e.indexOffset + 4), 256u);
+  EXPECT_EQ(BeU32(after, e.indexOffset + 8), 129u);
+  EXPECT_EQ(BeU32(after, e.indexOffset + 20 + 128 * 12), 129u);     // id of the new entry
+  EXPECT_EQ(BeU32(after, e.indexOffset + 20 + 128 * 12 + 4), end);  // its offset
+  for (std::size_t i = e.indexOffset + 20 + 129 * 12; i < after.size(); ++i) {
+    ASSERT_EQ(after[i], 0) << "unused entries are zero";
+  }
+  // The old block stays as it was: dead bytes until compaction.
+  EXPECT_TRUE(
+      std::equal(before.begin() + 8796, before.begin() + 8796 + 1556, after.begin() + 8796));
+  std::vector<std::uint8_t> payload;
+  ASSERT_EQ(store.ReadRecord(kDfct, 129, payload), DBStatus::kOk);
+  EXPECT_EQ(payload, std::vector<std::uint8_t>{0xAA});
+  ASSERT_EQ(store.ReadRecord(kDfct, 1, payload), DBStatus::kOk);
+  EXPECT_EQ(payload, std::vector<std::uint8_t>{0x00});
+}
+
+// An older file, built by hand: tables msgs and dfct, two dfct records.
+std::vector<std::uint8_t> OldFile(std::uint16_t version, const std::vector<std::string>& payloads) {
+  const bool headers = version == 352 || version >= 358;
+  const std::size_t userSize = version >= 357 ? 2836 : 788;
+  const std::uint32_t user = 1044, hole = static_cast<std::uint32_t>(user + userSize),
+                      lock = hole + 1048, msgs = lock + 2312, dfct = msgs + 1556,
+                      records = dfct + 1556;
+  Bytes f;
+  f.tag("dbdb").u16(version).u16(1).u32(392).u32(128).u32(hole).u32(user).u32(41).u32(lock);
+  f.zeros(96).zeros(264);
+  f.tag("tabl").u16(32).u16(2).u32(0);
+  f.tag("msgs").u32(0).u32(1).u32(msgs).u32(0);
+  f.tag("dfct").u32(static_cast<std::uint32_t>(payloads.size())).u32(10).u32(dfct).u32(5);
+  for (int i = 2; i < 32; ++i) f.tag("????").u32(0).u32(1).u32(0).u32(0);
+  f.tag("user").u32(128).u32(0).u32(0).u32(0).zeros(userSize - 20);
+  f.tag("caps").u32(128).u32(0).u32(0).u32(0).u32(0).zeros(1024);
+  f.u32(0).u32(0);
+  for (int i = 0; i < 128; ++i) f.tag("????").u32(0).u32(0).u16(0).u32(0xFFFFFFFF);
+  f.tag("indx").u32(128).u32(0).u32(0).u32(0).zeros(1536);
+  f.tag("indx").u32(128).u32(static_cast<std::uint32_t>(payloads.size())).u32(9).u32(0);
+  std::uint32_t at = records;
+  for (std::size_t i = 0; i < payloads.size(); ++i) {
+    const std::uint32_t size = static_cast<std::uint32_t>(payloads[i].size() + (headers ? 20 : 0));
+    f.u32(static_cast<std::uint32_t>(7 + i)).u32(at).u32(size);
+    at += size;
+  }
+  f.zeros((128 - payloads.size()) * 12);
+  for (std::size_t i = 0; i < payloads.size(); ++i) {
+    if (headers) {
+      std::uint16_t sum = 0;
+      for (char c : payloads[i])
+        sum = static_cast<std::uint16_t>(sum + (c == 'x' ? 0x8001 : 0x0001));
+      f.tag("RcRd").tag("dfct").u32(static_cast<std::uint32_t>(7 + i));
+      f.u32(static_cast<std::uint32_t>(payloads[i].size())).u16(sum).u16(0);
+    }
+    f.text(payloads[i]);
+  }
+  return f.b;
+}
+
+TEST(FileFormat, ReadsAndExtendsFilesOfOlderVersions) {
+  TempDir dir;
+  ScriptedUi ui;
+  // Payloads of 'x' (table value 8001) and NUL (0001) so the headers' sums are easy.
+  const std::vector<std::string> payloads = {"xx", std::string("x\0x", 3)};
+  for (std::uint16_t version : std::vector<std::uint16_t>{336, 352, 357}) {
+    SCOPED_TRACE(version);
+    const std::string path = dir.File("old" + std::to_string(version) + ".qmk");
+    WriteFileBytes(path, OldFile(version, payloads));
+    const std::size_t length = ReadFileBytes(path).size();
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Open(path), DBStatus::kOk);
+    EXPECT_EQ(store.header().version, version);
+    std::vector<std::uint8_t> payload;
+    std::uint32_t id = 0;
+    ASSERT_EQ(store.ReadRecordByIndex(kDfct, 2, payload, &id), DBStatus::kOk);
+    EXPECT_EQ(id, 8u);
+    EXPECT_EQ(std::string(payload.begin(), payload.end()), payloads[1]);
+    std::uint32_t size = 0;
+    ASSERT_EQ(store.GetRecordSize(kDfct, 7, size), DBStatus::kOk);
+    EXPECT_EQ(size, 2u);
+
+    // A new record takes nextId and is stored in the version's own form.
+    ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'x'}, &id), DBStatus::kOk);
+    EXPECT_EQ(id, 10u);
+    ASSERT_EQ(store.Close(), DBStatus::kOk);
+    const auto f = ReadFileBytes(path);
+    if (version == 352) {
+      Bytes rec;
+      rec.tag("RcRd").tag("dfct").u32(10).u32(1).u16(0x8001).u16(0).text("x");
+      EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + length, f.end()), rec.b);
+    } else {
+      EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + length, f.end()),
+                std::vector<std::uint8_t>{'x'});
+    }
+    EXPECT_EQ(BeU32(f, 24), 42u);
+  }
+}
+
+TEST(FileFormat, RefusesFilesItCannotRead) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("v.qmk");
+  auto file = OldFile(352, {"x"});
+  struct Case {
+    std::uint16_t version;
+    const char* magic;
+    DBStatus status;
+  };
+  for (const Case& c : {Case{335, "dbdb", DBStatus::kTooOld}, Case{336, "dbdb", DBStatus::kOk},
+                        Case{358, "dbdb", DBStatus::kOk}, Case{359, "dbdb", DBStatus::kTooNew},
+                        Case{358, "dbdc", DBStatus::kNotProjectFile},
+                        Case{340, "DBDB", DBStatus::kNotProjectFile}}) {
+    PutU16(file, 4, c.version);
+    for (int i = 0; i < 4; ++i)
+      file[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(c.magic[i]);
+    WriteFileBytes(path, file);
+    CProjectStore store(ui);
+    EXPECT_EQ(store.Open(path), c.status) << c.version << " " << c.magic;
+    EXPECT_EQ(store.IsOpen(), c.status == DBStatus::kOk);
+  }
+  CProjectStore store(ui);
+  EXPECT_EQ(store.Open(dir.File("missing.qmk")), DBStatus::kCannotOpen);
+  EXPECT_EQ(OpeningText(DBStatus::kTooOld, path),
+            "The project file you selected was created by an older version of Quillmark. Run the "
+            "DB Refit utility on the project file so this version can read it.");
+  EXPECT_EQ(OpeningText(DBStatus::kNoSuchRecord, path),
+            "Could not open the file due to error #:1012");
+  EXPECT_EQ(OpeningText(DBStatus::kInTrash, "/x/p.qmk"),
+            "Cannot open the project '/x/p.qmk' because it is in the trash. To open the project, "
+            "first drag it out of the trash.");
+  EXPECT_EQ(OpeningText(DBStatus::kDataTooNew, path), OpeningText(DBStatus::kTooNew, path));
+  EXPECT_EQ(OpeningText(DBStatus::kTableExists, path), OpeningText(DBStatus::kCannotUpdate, path));
+  EXPECT_TRUE(OpeningText(DBStatus::kCancelled, path).empty());
+}
+
+// A record never starts inside a fixed block. The guard keeps out of the long form of
+// the user block even in a file that has the short one.
+TEST(FileFormat, RecordsAreKeptOutOfFixedBlocks) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("g.qmk");
+  auto f = OldFile(352, {"xx"});
+  PutU32(f, 20, static_cast<std::uint32_t>(f.size()));
+  Bytes users;
+  users.tag("user").u32(128).u32(0).u32(0).u32(0).zeros(128 * 6);
+  f.insert(f.end(), users.b.begin(), users.b.end());
+  WriteFileBytes(path, f);
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  const auto before = ReadFileBytes(path);
+  EXPECT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'x'}, nullptr),
+            DBStatus::kGuardRefused);
+  EXPECT_EQ(ReadFileBytes(path), before) << "a refused write changes nothing";
+  std::vector<std::uint8_t> out;
+  EXPECT_EQ(store.ReadRecord(kDfct, 7, out), DBStatus::kOk);
+}
+
+TEST(FileFormat, ChangeCounterSkipsZeroWhenItWraps) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("c.qmk");
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+  }
+  auto f = ReadFileBytes(path);
+  PutU32(f, 24, 0xFFFFFFFF);
+  WriteFileBytes(path, f);
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 0), nullptr),
+            DBStatus::kOk);
+  EXPECT_EQ(BeU32(ReadFileBytes(path), 24), 1u);
+}
+
+// A user slot whose life sign nobody holds belongs to a client that died: the opening
+// clears it and counts the clearing in the block.
+TEST(FileFormat, OpeningClearsTheSlotsOfDeadClients) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("u.qmk");
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+  }
+  auto f = ReadFileBytes(path);
+  PutU32(f, 1044 + 8, 1);             // loggedIn
+  PutU32(f, 1044 + 12, 6);            // changeCounter
+  PutU32(f, 1044 + 20 + 22 * 3, 17);  // slot 3: user 17
+  PutU16(f, 1044 + 20 + 22 * 3 + 4, 250);
+  f[1044 + 20 + 22 * 3 + 6] = 0x5A;  // reserved bytes stay as they were
+  WriteFileBytes(path, f);
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  EXPECT_EQ(store.userBlock().loggedIn, 0u);
+  const auto after = ReadFileBytes(path);
+  EXPECT_EQ(BeU32(after, 1044 + 12), 7u);
+  EXPECT_EQ(BeU32(after, 1044 + 20 + 22 * 3), 0u);
+  EXPECT_EQ(BeU16(after, 1044 + 20 + 22 * 3 + 4), 0u);
+  EXPECT_EQ(after[1044 + 20 + 22 * 3 + 6], 0x5A);
+  EXPECT_EQ(BeU32(after, 1044 + 8), 0u);
+}
+
+// Notices of former sessions are of no use once nobody is logged in: the opening
+// removes them and enters their space, filled with FE, as one merged hole.
+TEST(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("m.qmk");
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+    for (int i = 0; i < 3; ++i) {
+      ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 7), nullptr),
+                DBStatus::kOk);
+    }
+  }
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  EXPECT_EQ(store.GetUnusedBytes(), 3u * 44);
+  const auto f = ReadFileBytes(path);
+  for (std::size_t i = 8796; i < 8796 + 3 * 44; ++i) ASSERT_EQ(f[i], 0xFE) << i;
+  Bytes holes;
+  holes.tag("caps").u32(128).u32(1).u32(3).u32(0).u32(3 * 44).u32(8796).u32(3 * 44);
+  EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + 3880, f.begin() + 3880 + 32), holes.b);
+  EXPECT_EQ(BeU32(f, 7240 + 8), 0u) << "the msgs index is empty";
+  EXPECT_EQ(BeU32(f, 392 + 12 + 4), 3u) << "its TableEntry is left as it was";
+  std::vector<std::uint8_t> payload;
+  EXPECT_EQ(store.ReadRecord(kMessagesTag, 1, payload), DBStatus::kNoSuchRecord);
+}
+
+}  // namespace
+}  // namespace qm::test

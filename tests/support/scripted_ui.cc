@@ -1,0 +1,43 @@
+// The scripted Ui of the tests.
+#include "support/scripted_ui.h"
+
+#include <gtest/gtest.h>
+
+namespace qm::test {
+
+void ScriptedUi::Script(std::vector<ui::Answer> answers) {
+  answers_.insert(answers_.end(), answers.begin(), answers.end());
+}
+
+ui::Answer ScriptedUi::Ask(const ui::Message& message) {
+  shown.push_back(message);
+  if (!answers_.empty()) {
+    ui::Answer a = answers_.front();
+    answers_.pop_front();
+    return a;
+  }
+  if (message.buttons != ui::Buttons::kOk) {
+    ADD_FAILURE() << "unscripted question: " << message.text;
+    return ui::Answer::kCancel;
+  }
+  return ui::Answer::kOk;
+}
+
+std::optional<std::string> ScriptedUi::ChooseFile(const ui::FileChoice& choice) {
+  fileChoices.push_back(choice);
+  if (files_.empty()) {
+    ADD_FAILURE() << "unscripted file choice: " << choice.title;
+    return std::nullopt;
+  }
+  auto f = files_.front();
+  files_.pop_front();
+  return f;
+}
+
+std::vector<std::string> ScriptedUi::Texts() const {
+  std::vector<std::string> texts;
+  for (const auto& m : shown) texts.push_back(m.text);
+  return texts;
+}
+
+}  // namespace qm::test

@@ -1,0 +1,44 @@
+// A Ui that records every message shown and answers from a script, so tests can assert
+// each text word for word without a display.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ui/ui.h"
+
+namespace qm::test {
+
+class ScriptedUi : public ui::Ui {
+ public:
+  // Answers the next Ask calls in order; when the script is empty, a message with an
+  // OK button gets kOk and any other message fails the test.
+  void Script(std::vector<ui::Answer> answers);
+  void ScriptFile(std::optional<std::string> path) { files_.push_back(std::move(path)); }
+  void HoldModifiers(ui::Modifiers m) { modifiers_ = m; }
+
+  ui::Answer Ask(const ui::Message& message) override;
+  std::optional<std::string> ChooseFile(const ui::FileChoice& choice) override;
+  void SetStatusText(const std::string& text) override { statusTexts.push_back(text); }
+  void BeginProgress(const std::string& title) override { progress.push_back("[" + title + "]"); }
+  void ProgressStep(const std::string& line) override { progress.push_back(line); }
+  void EndProgress() override { progress.push_back("[end]"); }
+  ui::Modifiers HeldModifiers() override { return modifiers_; }
+
+  std::vector<ui::Message> shown;  // every message, in order
+  std::vector<ui::FileChoice> fileChoices;
+  std::vector<std::string> statusTexts;
+  std::vector<std::string> progress;
+
+  // The texts of the messages shown, in order.
+  std::vector<std::string> Texts() const;
+
+ private:
+  std::deque<ui::Answer> answers_;
+  std::deque<std::optional<std::string>> files_;
+  ui::Modifiers modifiers_;
+};
+
+}  // namespace qm::test
