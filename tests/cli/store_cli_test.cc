@@ -1,0 +1,151 @@
+// quillmark-cli store, run as the real program: its output forms, its exit codes and its
+// messages, and several copies writing to one file at once.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "store/db_status.h"
+#include "store/file_bytes.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+struct Result {
+  int code;
+  std::string out;
+  std::string err;
+};
+
+std::string Slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+class StoreCli : public ::testing::Test {
+ protected:
+  // Runs quillmark-cli with `args` (shell words), standard input from `input`.
+  Result Run(const std::string& args, const std::string& input = "") {
+    const char* cli = QM_CLI_PATH;
+    std::ofstream(dir.File("stdin"), std::ios::binary) << input;
+    const std::string command = std::string("'") + cli + "' " + args + " <'" + dir.File("stdin") +
+                                "' >'" + dir.File("stdout") + "' 2>'" + dir.File("stderr") + "'";
+    const int status = std::system(command.c_str());
+    return {WEXITSTATUS(status), Slurp(dir.File("stdout")), Slurp(dir.File("stderr"))};
+  }
+  std::string File() { return "'" + dir.File("p.qmk") + "'"; }
+
+  TempDir dir;
+};
+
+TEST_F(StoreCli, RecordsGoInAndComeOutAsTheyWere) {
+  ASSERT_EQ(Run("store create " + File()).code, 0);
+  EXPECT_EQ(Run("store info " + File()).out,
+            "{\"version\":358,\"multiUser\":1,\"tableDirectoryOffset\":392,\"lockAreaOffset\":128,"
+            "\"holeBlockOffset\":3880,\"userBlockOffset\":1044,\"changeCounter\":0,"
+            "\"lockBlockOffset\":4928,\"tables\":[{\"tag\":\"msgs\",\"count\":0,\"nextId\":1,"
+            "\"indexOffset\":7240,\"revision\":0}],\"unusedBytes\":0}\n");
+  ASSERT_EQ(Run("store add-table " + File() + " dfct").code, 0);
+  EXPECT_EQ(Run("store add " + File() + " dfct", std::string("A\0B", 3)).out, "1\n");
+  std::ofstream(dir.File("two"), std::ios::binary) << "two";
+  EXPECT_EQ(Run("store add " + File() + " dfct --from '" + dir.File("two") + "'").out, "2\n");
+  // Checksums from the byte table: 4844 + 0001 + 2421 for "A\0B", B401 + C53A + C5F2 for
+  // "two", modulo 65536.
+  EXPECT_EQ(Run("store dump " + File() + " dfct").out,
+            "{\"tag\":\"dfct\",\"records\":[{\"id\":1,\"offset\":10352,\"size\":23,"
+            "\"checksum\":27750,\"payload\":\"410042\"},{\"id\":2,\"offset\":10375,\"size\":23,"
+            "\"checksum\":16173,\"payload\":\"74776f\"}]}\n");
+  EXPECT_EQ(Run("store read " + File() + " dfct --id 1").out, std::string("A\0B", 3));
+
+  EXPECT_EQ(Run("store put " + File() + " dfct --id 1 --mode 1", "x").code, 1);
+  ASSERT_EQ(Run("store put " + File() + " dfct --id 1 --mode 3", "put").code, 0);
+  ASSERT_EQ(Run("store update " + File() + " dfct --id 2", "changed").code, 0);
+  ASSERT_EQ(Run("store delete " + File() + " dfct --id 2").code, 0);
+  ASSERT_EQ(Run("store put " + File() + " dfct --id 40 --mode 2", "forty").code, 0);
+  EXPECT_EQ(Run("store read " + File() + " dfct --id 1").out, "put");
+  EXPECT_EQ(Run("store read " + File() + " dfct --id 40").out, "forty");
+  const std::string info = Run("store info " + File()).out;
+  EXPECT_NE(info.find("{\"tag\":\"dfct\",\"count\":2,\"nextId\":41,"), std::string::npos) << info;
+  EXPECT_NE(info.find("\"changeCounter\":7,"), std::string::npos) << info;
+  const Result check = Run("store check " + File());
+  EXPECT_EQ(check.code, 0);
+  EXPECT_EQ(check.out, "");
+}
+
+TEST_F(StoreCli, FailuresSayWhatWentWrong) {
+  ASSERT_EQ(Run("store create " + File() + " --single-user").code, 0);
+  ASSERT_EQ(Run("store add-table " + File() + " dfct").code, 0);
+  ASSERT_EQ(Run("store add " + File() + " dfct", "one").code, 0);
+  ASSERT_EQ(Run("store add " + File() + " dfct", "two").code, 0);
+
+  Result r = Run("store read " + File() + " dfct --id 9");
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.err, "Error 1012: The table has no record with that id.\n");
+  r = Run("store put " + File() + " dfct --id 1 --mode 1", "x");
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.err, "Error 1039: A record with that id exists and was kept.\n");
+  r = Run("store add-table " + File() + " dfct");
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.err.substr(0, 11), "Error 1007:");
+  EXPECT_EQ(Run("store read " + File() + " dfct --id x").code, 64);
+  EXPECT_EQ(Run("store add " + File() + " toolong").code, 64);
+  EXPECT_EQ(Run("store frobnicate " + File()).code, 64);
+
+  // A damaged record is named by check, one line each, and the exit is 1.
+  auto bytes = ReadFileBytes(dir.File("p.qmk"));
+  bytes[bytes.size() - 1] ^= 0x20;
+  WriteFileBytes(dir.File("p.qmk"), bytes);
+  r = Run("store check " + File());
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.out, "dfct 2 1036\n");
+
+  std::ofstream(dir.File("not.qmk")) << std::string(200, 'x');
+  r = Run("store info '" + dir.File("not.qmk") + "'");
+  EXPECT_EQ(r.code, 2);
+  EXPECT_EQ(r.err, OpeningText(DBStatus::kNotProjectFile, "") + "\n");
+  std::ofstream(dir.File("short.qmk")) << "dbdb";
+  r = Run("store info '" + dir.File("short.qmk") + "'");
+  EXPECT_EQ(r.code, 2);
+  EXPECT_EQ(r.err, "Could not open file due to file I/O error.\n");
+  r = Run("store info '" + dir.File("absent.qmk") + "'");
+  EXPECT_EQ(r.code, 2);
+  EXPECT_EQ(r.err, "Cannot open file.\n");
+}
+
+// Copies of the program adding to one multi-user file at the same time.
+TEST_F(StoreCli, CopiesWritingAtOnceGiveEveryIdOnce) {
+  ASSERT_EQ(Run("store create " + File()).code, 0);
+  ASSERT_EQ(Run("store add-table " + File() + " dfct").code, 0);
+  std::ofstream(dir.File("writers.sh")) << "for p in 1 2 3 4; do\n"
+                                           "  (for i in $(seq 1 25); do printf \"$p-$i\" | "
+                                           "\"$QM_CLI\" store add \"$1\" dfct || echo fail;"
+                                           " done) >\"$1.$p\" &\n"
+                                           "done\n"
+                                           "wait\n"
+                                           "cat \"$1\".?\n";
+  const std::string command = "QM_CLI='" QM_CLI_PATH "' bash '" + dir.File("writers.sh") + "' " +
+                              File() + " >'" + dir.File("ids") + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  std::ifstream ids(dir.File("ids"));
+  std::set<std::string> seen;
+  std::string line;
+  int lines = 0;
+  while (std::getline(ids, line)) {
+    ++lines;
+    EXPECT_NE(line, "fail");
+    seen.insert(line);
+  }
+  EXPECT_EQ(lines, 100);
+  EXPECT_EQ(seen.size(), 100u) << "an id given twice";
+  EXPECT_NE(Run("store info " + File()).out.find("{\"tag\":\"dfct\",\"count\":100,\"nextId\":101,"),
+            std::string::npos);
+  EXPECT_EQ(Run("store check " + File()).code, 0);
+}
+
+}  // namespace
+}  // namespace qm::test
