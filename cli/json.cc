@@ -71,6 +71,13 @@ Json& Json::Number(std::uint64_t value) {
   return *this;
 }
 
+Json& Json::Bool(bool value) {
+  Separate();
+  out_ += value ? "true" : "false";
+  needComma_ = true;
+  return *this;
+}
+
 Json& Json::Null() {
   Separate();
   out_ += "null";

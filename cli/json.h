@@ -15,6 +15,7 @@ class Json {
   Json& Key(std::string_view name);
   Json& String(std::string_view value);
   Json& Number(std::uint64_t value);
+  Json& Bool(bool value);
   Json& Null();
   const std::string& text() const { return out_; }
 

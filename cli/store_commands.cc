@@ -1,6 +1,8 @@
 // The store subcommands of quillmark-cli.
 #include "store_commands.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -104,6 +106,74 @@ void DumpJson(CProjectStore& store, Tag tag, std::ostream& out) {
   out << j.text() << "\n";
 }
 
+std::string DateTime(std::uint32_t stamp) {
+  if (stamp == platform::kNoStamp) return "";
+  const platform::CivilTime t = platform::CivilFromStamp(stamp);
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour,
+                t.minute, t.second);
+  return text;
+}
+
+void UsersJson(CProjectStore& store, std::ostream& out) {
+  std::vector<std::uint32_t> ids;
+  Check(store.GetLoggedInUsers(ids));
+  Json j;
+  j.Open('[');
+  for (const UserSlot& slot : store.userBlock().slots) {
+    if (slot.userId == 0) continue;
+    j.Open('{');
+    j.Key("userId").Number(slot.userId);
+    j.Key("lockSlot").Number(slot.lockSlot);
+    j.Key("alive").Bool(store.IsLockNumberAlive(slot.lockSlot));
+    j.Close('}');
+  }
+  j.Close(']');
+  out << j.text() << "\n";
+}
+
+void LocksJson(CProjectStore& store, std::ostream& out) {
+  std::vector<RecordLockEntry> entries;
+  Check(store.ReadRecordLocks(entries));
+  Json j;
+  j.Open('[');
+  for (const RecordLockEntry& e : entries) {
+    if (e.table == kFreeTag) continue;
+    j.Open('{');
+    j.Key("table").String(TagText(e.table));
+    j.Key("id").Number(e.id);
+    j.Key("userId").Number(e.userId);
+    j.Key("lockSlot").Number(e.lockSlot);
+    j.Key("lockedAt").String(DateTime(e.lockedAt - kLockStampOffset));
+    j.Key("alive").Bool(store.IsLockNumberAlive(e.lockSlot));
+    j.Close('}');
+  }
+  j.Close(']');
+  out << j.text() << "\n";
+}
+
+void NoticesJson(CProjectStore& store, std::ostream& out) {
+  std::vector<IndexEntry> index;
+  Check(store.ReadIndex(kMessagesTag, index));
+  Json j;
+  j.Open('[');
+  for (const IndexEntry& e : index) {
+    std::vector<std::uint8_t> payload;
+    Check(store.ReadRecord(kMessagesTag, e.id, payload));
+    payload.resize(ChangeNotice::kSize, 0);
+    const ChangeNotice n = ChangeNotice::Decode(payload.data());
+    j.Open('{');
+    j.Key("id").Number(e.id);
+    j.Key("kind").Number(n.kind);
+    j.Key("sender").Number(n.sender);
+    j.Key("data").String(
+        Hex(n.data.data(), std::min<std::uint32_t>(n.dataLength, ChangeNotice::kMaxData)));
+    j.Close('}');
+  }
+  j.Close(']');
+  out << j.text() << "\n";
+}
+
 // Reads every record of every table under one claim per table; a line per damaged one.
 int CheckFile(CProjectStore& store, std::ostream& out) {
   int damaged = 0;
@@ -140,7 +210,10 @@ const char* StoreUsage() {
          "  store read FILE TAG --id N                payload to standard output\n"
          "  store info FILE                           header and tables as JSON\n"
          "  store dump FILE TAG                       every record as JSON\n"
-         "  store check FILE                          reads every record; lists damaged ones\n";
+         "  store check FILE                          reads every record; lists damaged ones\n"
+         "  store users FILE                          the logged-in clients as JSON\n"
+         "  store locks FILE                          the record locks as JSON\n"
+         "  store notices FILE                        the change notices as JSON\n";
 }
 
 int RunStore(const std::vector<std::string>& words, ui::Ui& ui, std::ostream& out,
@@ -173,6 +246,15 @@ int RunStore(const std::vector<std::string>& words, ui::Ui& ui, std::ostream& ou
     if (command == "info") {
       args.ExpectPositional(2, "store info FILE");
       InfoJson(store, out);
+    } else if (command == "users") {
+      args.ExpectPositional(2, "store users FILE");
+      UsersJson(store, out);
+    } else if (command == "locks") {
+      args.ExpectPositional(2, "store locks FILE");
+      LocksJson(store, out);
+    } else if (command == "notices") {
+      args.ExpectPositional(2, "store notices FILE");
+      NoticesJson(store, out);
     } else if (command == "check") {
       args.ExpectPositional(2, "store check FILE");
       return CheckFile(store, out);

@@ -214,4 +214,24 @@ LockBlock LockBlock::Decode(const std::uint8_t* in) {
   return b;
 }
 
+void ChangeNotice::Encode(std::uint8_t* out) const {
+  BeWriter w(out);
+  w.U32(kind);
+  w.U32(reserved);
+  w.U32(sender);
+  w.U32(dataLength);
+  w.Bytes(data.data(), data.size());
+}
+
+ChangeNotice ChangeNotice::Decode(const std::uint8_t* in) {
+  BeReader r(in);
+  ChangeNotice n;
+  n.kind = r.U32();
+  n.reserved = r.U32();
+  n.sender = r.U32();
+  n.dataLength = r.U32();
+  r.Bytes(n.data.data(), n.data.size());
+  return n;
+}
+
 }  // namespace qm

@@ -250,11 +250,31 @@ struct LockBlock {
   static LockBlock Decode(const std::uint8_t* in);
 };
 
+// ChangeNotice, the 24-byte payload of a record of msgs:
+//   0  4  kind
+//   4  4  reserved    zero
+//   8  4  sender      user id of the poster
+//  12  4  dataLength  at most 8
+//  16  8  data        zero filled behind dataLength
+struct ChangeNotice {
+  static constexpr std::size_t kSize = 24;
+  static constexpr std::uint32_t kMaxData = 8;
+  std::uint32_t kind = 0;
+  std::uint32_t reserved = 0;
+  std::uint32_t sender = 0;
+  std::uint32_t dataLength = 0;
+  std::array<std::uint8_t, kMaxData> data{};
+
+  void Encode(std::uint8_t* out) const;
+  static ChangeNotice Decode(const std::uint8_t* in);
+};
+
 // The LockArea: lock targets, absolute offsets, never written for the sake of a lock.
 inline constexpr std::uint32_t kLockAreaSize = 264;
 inline constexpr std::uint64_t kClaimTestOffset = 131;  // 20 bytes tested by BeginAccess
 inline constexpr std::uint64_t kClaimTestLength = 20;
 inline constexpr std::uint64_t kClaimSlotNumberOffset = 373;  // + 2n: the slot's number
+inline constexpr std::uint64_t kClaimAreaEnd = 392;           // end of the 20 claim bytes
 
 // A lock number n stands for the byte at offset 128 + n.
 inline constexpr std::uint16_t kWriteLock = 128;

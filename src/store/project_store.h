@@ -33,6 +33,20 @@ struct TableHandle {
   std::uint32_t maxId = 0;
 };
 
+// A change notice as a client receives it.
+struct Notice {
+  std::uint32_t kind = 0;
+  std::uint32_t sender = 0;
+  std::vector<std::uint8_t> data;  // at most 8 bytes, big-endian integers as posted
+};
+
+// Who holds a record lock.
+struct LockHolder {
+  std::uint16_t lockSlot = 0;
+  std::uint32_t lockedAt = 0;  // as stored: the timestamp plus kLockStampOffset
+  std::uint32_t userId = 0;
+};
+
 // PutRecord's answer to an id that exists already.
 enum class PutMode : std::uint16_t {
   kKeep = 1,           // the stored record stays: 1039
@@ -105,6 +119,36 @@ class CProjectStore {
   [[nodiscard]] DBStatus LockDatabase(Tag tag);
   [[nodiscard]] DBStatus UnlockDatabase();
 
+  // Whether the header's change counter moved since this client last looked: one read
+  // of four bytes, without any lock, so idle clients cost each other nothing.
+  bool HasChanged();
+
+  // User slots and life signs. In a single-user file these answer 0 and lock nothing;
+  // with no open file, 1013.
+  [[nodiscard]] DBStatus LoginUser(std::uint32_t userId);
+  [[nodiscard]] DBStatus LogoutUser(std::uint32_t userId);
+  [[nodiscard]] DBStatus IsUserLoggedIn(std::uint32_t userId, bool& loggedIn);
+  [[nodiscard]] DBStatus GetLoggedInUsers(std::vector<std::uint32_t>& userIds);
+  // Whether the client holding a life-sign lock number is alive.
+  bool IsLockNumberAlive(std::uint16_t number);
+
+  // Record locks: advisory entries in the LockBlock, marking records being edited.
+  [[nodiscard]] DBStatus LockRecord(Tag tag, std::uint32_t id, std::uint32_t userId);
+  [[nodiscard]] DBStatus IsRecordLocked(Tag tag, std::uint32_t id, bool& locked,
+                                        LockHolder* holder = nullptr);
+  [[nodiscard]] DBStatus UnlockRecord(Tag tag, std::uint32_t id);
+  [[nodiscard]] DBStatus UnlockUserRecords(std::uint32_t userId);
+  // The lock entries as they stand in the file.
+  [[nodiscard]] DBStatus ReadRecordLocks(std::vector<RecordLockEntry>& entries);
+
+  // Change notices: small records in msgs that every other client reads once.
+  [[nodiscard]] DBStatus PostMessage(std::uint32_t sender, std::uint32_t kind,
+                                     std::span<const std::uint8_t> data);
+  // The next notice posted by another client since this one opened; 1015 when none.
+  [[nodiscard]] DBStatus GetNextMessage(Notice& notice);
+  // Gives up the data of a delivered notice.
+  static void FreeMessage(Notice& notice);
+
   // The sum of the sizes of the holes; 0 on any failure.
   std::uint32_t GetUnusedBytes();
   // Enters a stretch of the file as free, filling it with 0xFE and merging it with its
@@ -162,6 +206,9 @@ class CProjectStore {
   void ReadHoleBlock();
   void WriteHoleBlock(bool fill);
   void ReadLockBlock();
+  void WriteLockBlock();
+  void WriteUserBlock();
+  static void ClearLockEntry(RecordLockEntry& e);
   std::uint32_t FindHoleForRecord(std::uint32_t size);
 
   // The pieces of the record operations, run inside an access.
@@ -204,5 +251,8 @@ class CProjectStore {
   std::uint32_t nextMessageId_ = 1;
   std::uint32_t myUserId_ = 0;
 };
+
+// What a lock entry's lockedAt adds to the timestamp.
+inline constexpr std::uint32_t kLockStampOffset = 0x7C256A30;
 
 }  // namespace qm

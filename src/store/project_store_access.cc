@@ -119,9 +119,13 @@ DBStatus CProjectStore::LockDatabase(Tag tag) {
     for (std::uint16_t n = 0; n < 10; ++n) {
       const std::uint16_t number = static_cast<std::uint16_t>(kFirstClaimLock + n);
       if (!file_->TryLockByte(LockByteOffset(number))) continue;
+      // The slot number goes to 373 + 2n as a 16-bit value. The claim bytes end at 392,
+      // where the directory of a new file begins, so the last slot's low byte is not
+      // written: a tenth claim must not damage the directory's tag.
       std::uint8_t slot[2] = {static_cast<std::uint8_t>(n >> 8), static_cast<std::uint8_t>(n)};
-      if (DBStatus s = RunGuarded([&] { Write(kClaimSlotNumberOffset + 2u * n, slot, 2); });
-          s != DBStatus::kOk) {
+      const std::uint64_t at = kClaimSlotNumberOffset + 2u * n;
+      const std::size_t length = at + 2 <= kClaimAreaEnd ? 2 : kClaimAreaEnd - at;
+      if (DBStatus s = RunGuarded([&] { Write(at, slot, length); }); s != DBStatus::kOk) {
         ReleaseByte(number);
         Fail(s);
       }
