@@ -7,8 +7,13 @@
 #include <set>
 #include <sstream>
 
+#include <regex>
+
 #include "store/db_status.h"
 #include "store/file_bytes.h"
+#include "store/project_store.h"
+#include "support/child_process.h"
+#include "support/scripted_ui.h"
 #include "support/temp_dir.h"
 
 namespace qm::test {
@@ -145,6 +150,42 @@ TEST_F(StoreCli, CopiesWritingAtOnceGiveEveryIdOnce) {
   EXPECT_NE(Run("store info " + File()).out.find("{\"tag\":\"dfct\",\"count\":100,\"nextId\":101,"),
             std::string::npos);
   EXPECT_EQ(Run("store check " + File()).code, 0);
+}
+
+// What a running client leaves in the file, as the administrator sees it.
+TEST_F(StoreCli, ShowsUsersLocksAndNoticesOfRunningClients) {
+  ASSERT_EQ(Run("store create " + File()).code, 0);
+  const std::string path = dir.File("p.qmk");
+  Child client([path](Child::Channel& c) {
+    ScriptedUi ui;
+    CProjectStore store(ui);
+    if (store.Open(path) != DBStatus::kOk || store.LoginUser(12) != DBStatus::kOk) return 1;
+    const std::uint8_t data[8] = {0x64, 0x66, 0x63, 0x74, 0, 0, 0, 9};
+    if (store.LockRecord(MakeTag("dfct"), 9, 12) != DBStatus::kOk) return 2;
+    if (store.PostMessage(12, 1002, data) != DBStatus::kOk) return 3;
+    c.Send("ready");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(client.Receive(), "ready");
+  EXPECT_EQ(Run("store users " + File()).out,
+            "[{\"userId\":12,\"lockSlot\":200,\"alive\":true}]\n");
+  const std::string locks = Run("store locks " + File()).out;
+  EXPECT_TRUE(std::regex_match(
+      locks,
+      std::regex(
+          "\\[\\{\"table\":\"dfct\",\"id\":9,\"userId\":12,\"lockSlot\":200,"
+          "\"lockedAt\":\"20[0-9]{2}-[01][0-9]-[0-3][0-9] [0-2][0-9]:[0-5][0-9]:[0-5][0-9]\","
+          "\"alive\":true\\}\\]\n")))
+      << locks;
+  EXPECT_EQ(Run("store notices " + File()).out,
+            "[{\"id\":1,\"kind\":1002,\"sender\":12,\"data\":\"6466637400000009\"}]\n");
+
+  client.Kill();
+  // The dead client's slot is cleared by the next look; its lock shows as not alive.
+  EXPECT_EQ(Run("store users " + File()).out, "[]\n");
+  EXPECT_NE(Run("store locks " + File()).out.find("\"alive\":false"), std::string::npos);
+  EXPECT_EQ(Run("store notices " + File()).out, "[]\n") << "nobody is logged in: purged";
 }
 
 }  // namespace
