@@ -207,6 +207,8 @@ class CProjectStore {
   void WriteHoleBlock(bool fill);
   void ReadLockBlock();
   void WriteLockBlock();
+  template <class Work>
+  DBStatus LockBlockOperation(Work&& work);
   void WriteUserBlock();
   static void ClearLockEntry(RecordLockEntry& e);
   std::uint32_t FindHoleForRecord(std::uint32_t size);

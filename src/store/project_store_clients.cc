@@ -109,11 +109,20 @@ void CProjectStore::ClearLockEntry(RecordLockEntry& e) {
   e.lockedAt = platform::kNoStamp;
 }
 
-DBStatus CProjectStore::LockRecord(Tag tag, std::uint32_t id, std::uint32_t userId) {
+// The shape of the record-lock operations: no file 1013, a single-user file 0 at once,
+// else the work on a freshly read LockBlock with its failures as statuses.
+template <class Work>
+DBStatus CProjectStore::LockBlockOperation(Work&& work) {
   if (!file_) return DBStatus::kNotOpen;
   if (multiUser_ == 0) return DBStatus::kOk;
   return RunGuarded([&] {
     ReadLockBlock();
+    work();
+  });
+}
+
+DBStatus CProjectStore::LockRecord(Tag tag, std::uint32_t id, std::uint32_t userId) {
+  return LockBlockOperation([&] {
     RecordLockEntry* target = nullptr;
     for (RecordLockEntry& e : lockBlock_.entries) {
       if (e.table == tag && e.id == id) {
@@ -134,10 +143,7 @@ DBStatus CProjectStore::LockRecord(Tag tag, std::uint32_t id, std::uint32_t user
 DBStatus CProjectStore::IsRecordLocked(Tag tag, std::uint32_t id, bool& locked,
                                        LockHolder* holder) {
   locked = false;
-  if (!file_) return DBStatus::kNotOpen;
-  if (multiUser_ == 0) return DBStatus::kOk;
-  return RunGuarded([&] {
-    ReadLockBlock();
+  return LockBlockOperation([&] {
     for (RecordLockEntry& e : lockBlock_.entries) {
       if (e.table != tag || e.id != id) continue;
       if (IsByteAlive(e.lockSlot)) {
@@ -154,10 +160,7 @@ DBStatus CProjectStore::IsRecordLocked(Tag tag, std::uint32_t id, bool& locked,
 }
 
 DBStatus CProjectStore::UnlockRecord(Tag tag, std::uint32_t id) {
-  if (!file_) return DBStatus::kNotOpen;
-  if (multiUser_ == 0) return DBStatus::kOk;
-  return RunGuarded([&] {
-    ReadLockBlock();
+  return LockBlockOperation([&] {
     for (RecordLockEntry& e : lockBlock_.entries) {
       if (e.table != tag || e.id != id) continue;
       // Any client may release any lock.
@@ -170,10 +173,7 @@ DBStatus CProjectStore::UnlockRecord(Tag tag, std::uint32_t id) {
 }
 
 DBStatus CProjectStore::UnlockUserRecords(std::uint32_t userId) {
-  if (!file_) return DBStatus::kNotOpen;
-  if (multiUser_ == 0) return DBStatus::kOk;
-  return RunGuarded([&] {
-    ReadLockBlock();
+  return LockBlockOperation([&] {
     bool any = false;
     for (RecordLockEntry& e : lockBlock_.entries) {
       if (e.table == kFreeTag || e.userId != userId) continue;
