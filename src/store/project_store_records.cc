@@ -379,8 +379,9 @@ DBStatus CProjectStore::ReadRecordByIndex(Tag tag, std::uint32_t position,
     LoadIndex(h);
     if (position == 0 || position > h.head.count) Fail(DBStatus::kBadPosition);
     const IndexEntry& e = h.entries[position - 1];
-    out = ReadPayload(e, tag);
+    // The id is told even when the record turns out damaged, so it can be named.
     if (id != nullptr) *id = e.id;
+    out = ReadPayload(e, tag);
   });
 }
 

@@ -1,0 +1,237 @@
+// LockableArray and ArrayIterator: positions at the edges, sorted insertion, the order
+// the shell sorts leave equal keys in, iterators that survive changes, locked refusals.
+#include "session/lockable_array.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qm {
+namespace {
+
+struct Pair {
+  int key = 0;
+  char tag = 0;
+};
+
+// Compares the keys only, so that the tags show where equal keys ended up.
+class PairKey : public ArrayKey<Pair> {
+ public:
+  int Compare(const Pair& a, const Pair& b) const override { return a.key - b.key; }
+  int CompareToKey(const Pair& element, const KeyRef& key) const override {
+    return element.key - *key.Get<int>();
+  }
+};
+
+template <class T>
+std::vector<T> Contents(const LockableArray<T>& array) {
+  std::vector<T> out;
+  for (std::uint32_t p = 1; p <= array.count(); ++p) out.push_back(*array.ElementAt(p));
+  return out;
+}
+
+std::string Tags(const LockableArray<Pair>& array) {
+  std::string tags;
+  for (const Pair& p : Contents(array)) tags += p.tag;
+  return tags;
+}
+
+// Collects the developer's debug notes while alive.
+class DebugNotes {
+ public:
+  DebugNotes() {
+    old_ = ui::SetDebugSink([this](std::string_view note) { notes.emplace_back(note); });
+  }
+  ~DebugNotes() { ui::SetDebugSink(std::move(old_)); }
+  std::vector<std::string> notes;
+
+ private:
+  std::function<void(std::string_view)> old_;
+};
+
+TEST(LockableArray, PositionsAreClippedAtTheEdges) {
+  LockableArray<int> a;
+  int v = -1;
+  EXPECT_FALSE(a.GetElement(0, v));
+  EXPECT_FALSE(a.GetElement(kArrayEnd, v));
+  EXPECT_EQ(v, -1);
+
+  EXPECT_EQ(a.Insert(20, 0), 1u) << "0 goes to 1";
+  EXPECT_EQ(a.Insert(40, 99), 2u) << "beyond the end goes to the end";
+  EXPECT_EQ(a.Insert(10, 1), 1u);
+  EXPECT_EQ(a.Insert(30, 3), 3u);
+  EXPECT_EQ(a.Insert(7, kArrayEnd, 2), 5u);
+  EXPECT_EQ(Contents(a), (std::vector<int>{10, 20, 30, 40, 7, 7}));
+  EXPECT_FALSE(a.GetElement(0, v));
+  EXPECT_FALSE(a.GetElement(7, v));
+  ASSERT_TRUE(a.GetElement(kArrayEnd, v));
+  EXPECT_EQ(v, 7);
+
+  LockableArray<int> ten;
+  for (int i = 1; i <= 10; ++i) ten.Insert(i);
+  EXPECT_EQ(ten.Remove(8, 5), 3u) << "the count is clipped to the end";
+  EXPECT_EQ(ten.Remove(kArrayEnd), 1u);
+  EXPECT_EQ(ten.Remove(0), 0u);
+  EXPECT_EQ(ten.Remove(7), 0u);
+  EXPECT_EQ(Contents(ten), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+
+  EXPECT_TRUE(ten.Move(1, 4));
+  EXPECT_EQ(Contents(ten), (std::vector<int>{2, 3, 4, 1, 5, 6}));
+  EXPECT_TRUE(ten.Move(kArrayEnd, 2));
+  EXPECT_EQ(Contents(ten), (std::vector<int>{2, 6, 3, 4, 1, 5}));
+  EXPECT_TRUE(ten.Swap(1, 5));
+  EXPECT_TRUE(ten.Set(5, 9, 4)) << "the count is clipped to the end";
+  EXPECT_EQ(Contents(ten), (std::vector<int>{1, 6, 3, 4, 9, 9}));
+  EXPECT_FALSE(ten.Swap(1, 7));
+  EXPECT_TRUE(ten.RemoveValue(4));
+  EXPECT_FALSE(ten.RemoveValue(4));
+  EXPECT_EQ(ten.Find(9), 4u) << "linear: the first match";
+}
+
+TEST(LockableArray, KeepSortedInsertsWhereTheBinarySearchLands) {
+  PairKey key;
+  LockableArray<Pair> a(key);
+  EXPECT_EQ(a.FindSortedPosition({5, '?'}), 0u);
+  a.SetKeepSorted(true);
+  // An equal key goes before the equal element that the search lands on, which is not
+  // always the first or the last of a run.
+  EXPECT_EQ(a.Insert({1, 'a'}, 5), 1u);
+  EXPECT_EQ(a.Insert({3, 'b'}, 1), 2u);
+  EXPECT_EQ(a.Insert({5, 'e'}), 3u);
+  EXPECT_EQ(a.Insert({3, 'c'}), 2u);
+  EXPECT_EQ(a.Insert({3, 'd'}), 2u);
+  EXPECT_EQ(a.Insert({4, 'f'}, 1), 5u);
+  EXPECT_EQ(a.Insert({3, 'g'}), 3u);
+  EXPECT_EQ(a.Insert({9, 'h'}, 1), 8u);
+  EXPECT_EQ(a.Insert({0, 'i'}, kArrayEnd), 1u);
+  EXPECT_EQ(Tags(a), "iadgcbfeh");
+  EXPECT_TRUE(a.isSorted());
+
+  EXPECT_EQ(a.Find({3, '?'}), 5u) << "a sorted array is searched by halves";
+  EXPECT_EQ(a.FindKey(KeyRef(4)), 7u);
+  EXPECT_EQ(a.FindKey(KeyRef(7)), 0u);
+  EXPECT_EQ(a.FindSortedPosition({6, '?'}), 9u);
+  EXPECT_EQ(a.FindSortedPosition({10, '?'}), 10u);
+
+  EXPECT_FALSE(a.Swap(1, 2));
+  EXPECT_FALSE(a.Move(1, 2));
+  EXPECT_TRUE(a.Set(1, {6, 'j'})) << "a set element moves to its sorted place";
+  EXPECT_EQ(Tags(a), "adgcbfejh");
+  EXPECT_TRUE(a.isSorted());
+
+  a.SetKeepSorted(false);
+  EXPECT_TRUE(a.Set(1, {1, 'k'}));
+  EXPECT_FALSE(a.isSorted());
+  EXPECT_EQ(a.Insert({0, 'l'}, 3), 3u);
+  EXPECT_EQ(a.FindKey(KeyRef(3)), 2u) << "unsorted: the first match";
+}
+
+TEST(LockableArray, ShellSortsDecideTheOrderOfEqualKeys) {
+  const std::string tags = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMN";
+  PairKey key;
+  LockableArray<Pair> a(key);
+  LockableArray<Pair> b(key);
+  for (int i = 0; i < 40; ++i) {
+    const Pair p{(i * 7 + i / 5) % 4, tags[static_cast<std::size_t>(i)]};
+    a.Insert(p);
+    b.Insert(p);
+  }
+  // 40 / 9 is 4, so the gaps are 4 and 1: neither stable nor any other sort's order.
+  a.Sort();
+  EXPECT_EQ(Tags(a), "afkpejotuzEJyDINinsdCHMxmrchGLwBqbglKvAF");
+  EXPECT_TRUE(a.isSorted());
+  // Gaps 13, 4 and 1.
+  b.SortBy([](const Pair& x, const Pair& y) { return x.key - y.key; });
+  EXPECT_EQ(Tags(b), "aopDeftuIjkyzNJECdsxHinMGLBwchrmbgqFKlvA");
+  EXPECT_FALSE(b.isSorted());
+
+  a.Swap(1, 40);
+  EXPECT_FALSE(a.isSorted());
+
+  LockableArray<std::string> words;
+  for (const char* w : {"b", "abc", "a", "ab", "B"}) words.Insert(w);
+  words.Sort();
+  EXPECT_EQ(Contents(words), (std::vector<std::string>{"B", "a", "ab", "abc", "b"}))
+      << "bytes in order, then the longer is the greater";
+}
+
+TEST(LockableArray, IteratorsSurviveChangesUnderThem) {
+  LockableArray<int> a;
+  for (int i = 1; i <= 6; ++i) a.Insert(i);
+  std::vector<int> visited;
+  {
+    ArrayIterator<int> it(a);
+    int v = 0;
+    while (it.Next(v)) {
+      visited.push_back(v);
+      if (v % 2 == 0) {
+        EXPECT_TRUE(a.RemoveValue(v));
+      }
+    }
+    EXPECT_FALSE(it.Next(v));
+  }
+  EXPECT_EQ(visited, (std::vector<int>{1, 2, 3, 4, 5, 6})) << "none skipped by a deletion";
+  EXPECT_EQ(Contents(a), (std::vector<int>{1, 3, 5}));
+
+  LockableArray<int> b;
+  for (int v : {10, 20, 30, 40, 50, 60}) b.Insert(v);
+  ArrayIterator<int> it(b);
+  int v = 0;
+  ASSERT_TRUE(it.Next(v));
+  b.Insert(5, 1);  // at the current position: not visited
+  ASSERT_TRUE(it.Next(v));
+  EXPECT_EQ(v, 20);
+  EXPECT_EQ(it.position(), 3u);
+  b.Insert(25, 4);  // after the current one: visited
+  ASSERT_TRUE(it.Next(v));
+  EXPECT_EQ(v, 25);
+  b.Remove(3, 3);  // takes 20, 25 (current) and 30
+  EXPECT_EQ(it.position(), 0u);
+  b.Insert(1, 1);  // before the hole
+  ASSERT_TRUE(it.Next(v));
+  EXPECT_EQ(v, 40) << "the element that followed the hole";
+  b.Remove(1, 2);  // before the current one
+  ASSERT_TRUE(it.Next(v));
+  EXPECT_EQ(v, 50);
+
+  auto doomed = std::make_unique<LockableArray<int>>();
+  doomed->Insert(1);
+  doomed->Insert(2);
+  ArrayIterator<int> orphan(*doomed);
+  ASSERT_TRUE(orphan.Next(v));
+  doomed.reset();
+  EXPECT_FALSE(orphan.Next(v));
+}
+
+TEST(LockableArray, LockedArraysRefuseWithDebugNotes) {
+  DebugNotes debug;
+  LockableArray<int> a;
+  a.Insert(1);
+  a.Insert(2);
+  a.Lock();
+  a.Lock();
+  EXPECT_EQ(a.Insert(3), 0u);
+  EXPECT_EQ(a.Remove(1), 0u);
+  EXPECT_FALSE(a.RemoveValue(2));
+  EXPECT_TRUE(a.Set(1, 7)) << "only adding and removing are locked";
+  a.Unlock();
+  EXPECT_EQ(a.Insert(3), 0u) << "the lock counts";
+  a.Unlock();
+  EXPECT_EQ(a.Insert(3), 3u);
+  EXPECT_EQ(Contents(a), (std::vector<int>{7, 2, 3}));
+  EXPECT_EQ(debug.notes,
+            (std::vector<std::string>{
+                "Can't insert into a locked Array", "Can't remove from a locked Array",
+                "Can't remove from a locked Array", "Can't insert into a locked Array"}));
+
+  // The default key has no CompareToKey: each comparison says so and nothing is found.
+  debug.notes.clear();
+  EXPECT_EQ(a.FindKey(KeyRef(2)), 0u);
+  EXPECT_EQ(debug.notes, std::vector<std::string>(3, "CompareToKey not implemented"));
+}
+
+}  // namespace
+}  // namespace qm
