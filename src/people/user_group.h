@@ -1,0 +1,79 @@
+// CUserGroup, the security of its members: the rights they lack, which defects they
+// see, and who they are. Items of the 'ugrp' table.
+//
+// Payload (version 0x103 written; 0x100 to 0x103 read):
+//
+//   order  field             form                                        present when
+//   1      version           u16                                         always
+//   2      deleted           u8                                          0x101 or later
+//   3      name              string(255)                                 always
+//   4      description       string(255)                                 always
+//   5      notes             string(255)                                 always
+//   6      userIds           idlist: u32 element size 4, u32 count, ids  always
+//   7      disabledCommands  idlist: u32 element size 4, u32 count, ids  always
+//   8      customFlags       u16                                         0x102 or later
+//   9      defectFilterId    u32                                         0x103 or later
+//   10     onlyAssigned      u16                                         0x103 or later
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "people/record_fields.h"
+#include "session/item_table.h"
+#include "session/record_item.h"
+
+namespace qm {
+
+class CUserGroup : public RecordItem {
+ public:
+  static constexpr std::uint16_t kOldestVersion = 0x100;
+  static constexpr std::uint16_t kVersion = 0x103;
+
+  void WriteTo(PayloadWriter& out) const override;
+  // Reads a record of version 0x100 to 0x103; throws ItemError(kItemFailed) for another.
+  void ReadFrom(PayloadReader& in) override;
+
+  std::string GetName() const override { return name.str(); }
+
+  // The members, by user record id, in the order they were added.
+  const std::vector<std::uint32_t>& userIds() const { return userIds_; }
+  bool HasUser(std::uint32_t userId) const;
+  // Adds a user not yet a member.
+  void AddUser(std::uint32_t userId);
+  void RemoveUser(std::uint32_t userId);
+
+  // The right numbers (1 to 67) that members lack, in the order they were denied.
+  const std::vector<std::uint32_t>& disabledCommands() const { return disabledCommands_; }
+  bool IsCommandDisabled(std::uint32_t right) const;
+  void SetCommandDisabled(std::uint32_t right, bool disabled);
+
+  // The widths of the fields less their terminators.
+  BoundedText<32> name;
+  BoundedText<255> description;
+  BoundedText<258> notes;
+  // Bit n allows members to type a new value into a field's list: 0 types, 1 severities,
+  // 2 products, 3 versions, 4 reproducibles, 5 components.
+  std::uint16_t customFlags = 0;
+  std::uint32_t defectFilterId = 0;  // the filter that limits what members see; 0 none
+  std::uint16_t onlyAssigned = 0;    // members see only the defects assigned to them
+
+ private:
+  std::vector<std::uint32_t> userIds_;
+  std::vector<std::uint32_t> disabledCommands_;
+};
+
+// The 'ugrp' table, sorted by name ignoring case.
+class CUserGroupTable : public ItemTable {
+ public:
+  CUserGroupTable(CProjectStore* store, ui::Ui& ui) : ItemTable(store, MakeTag("ugrp"), ui) {}
+
+  int CompareItems(const RecordItem& a, const RecordItem& b, const SortOrder& order) const override;
+  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override;
+  std::unique_ptr<RecordItem> NewItem() const override;
+};
+
+}  // namespace qm
