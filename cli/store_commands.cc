@@ -229,6 +229,13 @@ int RunStore(const std::vector<std::string>& words, ui::Ui& ui, std::ostream& ou
 
     if (command == "create") {
       args.ExpectPositional(2, "store create FILE [--single-user]");
+      if (std::ifstream(path).good()) {
+        err << "The file " << path
+            << " already exists. You must delete it from the operating system before creating "
+               "it within Quillmark. This feature prevents users from accidently deleting "
+               "existing databases.\n";
+        return 1;
+      }
       const std::uint16_t multiUser = args.Flag("single-user") ? 0 : 1;
       if (DBStatus s = store.Create(path, multiUser); s != DBStatus::kOk) {
         err << OpeningText(s, path) << "\n";

@@ -127,6 +127,14 @@ DBStatus CProjectStore::Open(const std::string& path) {
 }
 
 DBStatus CProjectStore::Close() {
+  // A single-user file stays in its access from the opening on and commits without
+  // flushing; what it wrote goes to the device before the file is let go.
+  if (file_ && unflushed_) {
+    try {
+      file_->Flush();
+    } catch (const platform::FileError&) {
+    }
+  }
   file_.reset();
   tables_.clear();
   exclusiveHeld_ = false;

@@ -88,7 +88,13 @@ TEST_F(StoreCli, FailuresSayWhatWentWrong) {
   ASSERT_EQ(Run("store add " + File() + " dfct", "one").code, 0);
   ASSERT_EQ(Run("store add " + File() + " dfct", "two").code, 0);
 
-  Result r = Run("store read " + File() + " dfct --id 9");
+  Result r = Run("store create " + File());
+  EXPECT_EQ(r.code, 1) << "an existing project is never overwritten";
+  EXPECT_EQ(r.err, "The file " + dir.File("p.qmk") +
+                       " already exists. You must delete it from the operating system before "
+                       "creating it within Quillmark. This feature prevents users from accidently "
+                       "deleting existing databases.\n");
+  r = Run("store read " + File() + " dfct --id 9");
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.err, "Error 1012: The table has no record with that id.\n");
   r = Run("store put " + File() + " dfct --id 1 --mode 1", "x");
