@@ -261,6 +261,21 @@ void CProjectStore::CheckGuard(std::uint64_t offset) const {
   }
 }
 
+// Whether a stretch lies wholly in the file and touches neither the header, the lock
+// targets nor a fixed block: where records, and only records, may stand.
+bool CProjectStore::IsRecordSpace(std::uint32_t offset, std::uint32_t size) {
+  const std::uint64_t end = std::uint64_t{offset} + size;
+  if (offset < 129 || end > FileLength()) return false;
+  auto overlaps = [&](std::uint32_t start, std::uint64_t length) {
+    return start != 0 && offset < start + length && start < end;
+  };
+  return !(overlaps(header_.lockAreaOffset, kLockAreaSize) ||
+           overlaps(header_.tableDirectoryOffset, TableDirectory::kSize) ||
+           overlaps(header_.userBlockOffset, UserBlock::kLongSize) ||
+           overlaps(header_.lockBlockOffset, LockBlock::kSize) ||
+           overlaps(header_.holeBlockOffset, holeHead_.BlockSize()));
+}
+
 // ---- the fixed blocks ----
 
 DBStatus CProjectStore::ReadHeader() {
@@ -322,6 +337,14 @@ void CProjectStore::ReadHoleBlock() {
   DBStatus s = RunGuarded([&] { ReadExactly(header_.holeBlockOffset, bytes, sizeof bytes); });
   if (s == DBStatus::kOk) read = HoleHead::Decode(bytes);
   if (s != DBStatus::kOk || read.tag != kHoleBlockTag || read.count > read.capacity) {
+    holeHead_ = HoleHead{};
+    holeHead_.capacity = 0;
+    holes_.clear();
+    holesHeld_ = false;
+    Fail(DBStatus::kIoError);
+  }
+  // The whole block, as its capacity says, must lie in the file: it is written whole.
+  if (header_.holeBlockOffset + read.BlockSize() > FileLength()) {
     holeHead_ = HoleHead{};
     holeHead_.capacity = 0;
     holes_.clear();
@@ -438,6 +461,7 @@ DBStatus CProjectStore::RefreshUsers() {
 DBStatus CProjectStore::AddHole(std::uint32_t offset, std::uint32_t size) {
   if (!file_) return DBStatus::kNotOpen;
   return RunGuarded([&] {
+    if (!IsRecordSpace(offset, size)) Fail(DBStatus::kIoError);
     std::vector<std::uint8_t> fill(std::min<std::size_t>(kCopyPiece, size), 0xFE);
     for (std::uint32_t done = 0; done < size;) {
       const std::uint32_t piece = std::min<std::uint32_t>(size - done, kCopyPiece);
@@ -487,6 +511,12 @@ DBStatus CProjectStore::PurgeMessages() {
     for (std::uint32_t i = 0; i < h.head.count; ++i) {
       IndexEntry& e = h.entries[i];
       if (e.id == 0) continue;
+      // A damaged entry that points outside the records' space is dropped without
+      // filling anything: the fill must never reach a fixed block or beyond the file.
+      if (!IsRecordSpace(e.offset, e.size)) {
+        e = IndexEntry{};
+        continue;
+      }
       if (DBStatus s = AddHole(e.offset, e.size); s != DBStatus::kOk) Fail(s);
       if (holes_.size() > holeHead_.capacity) {
         holeHead_.capacity += HoleHead::kGrowth;

@@ -191,6 +191,7 @@ class CProjectStore {
   void ReadExactly(std::uint64_t offset, std::uint8_t* buffer, std::size_t n);
   void Write(std::uint64_t offset, const std::uint8_t* data, std::size_t n, bool guarded = false);
   void CheckGuard(std::uint64_t offset) const;
+  bool IsRecordSpace(std::uint32_t offset, std::uint32_t size);
   std::uint64_t FileLength();
 
   DBStatus ReadHeader();

@@ -69,7 +69,7 @@ TEST(Clients, EachClientSeesTheIndexOnDisk) {
   for (int round = 0; round < 300; ++round) {
     CProjectStore& writer = round % 3 == 0 ? a : b;
     CProjectStore& reader = round % 3 == 0 ? b : a;
-    const std::string text = "r" + std::to_string(round);
+    const std::string text = std::string("r").append(std::to_string(round));
     if (round % 7 == 3 && !truth.empty()) {
       const auto victim = truth.begin()->first;
       ASSERT_EQ(writer.DeleteRecord(kDfct, victim), DBStatus::kOk);
@@ -127,7 +127,8 @@ TEST(Clients, ProcessesAddingTogetherLoseNothing) {
       CProjectStore store(ui);
       if (store.Open(path) != DBStatus::kOk) _exit(10);
       for (int i = 0; i < kAdds; ++i) {
-        const std::string text = "p" + std::to_string(p) + "-" + std::to_string(i);
+        const std::string text =
+            std::string("p").append(std::to_string(p)).append("-").append(std::to_string(i));
         if (store.AddRecord(kDfct, P(text), nullptr) != DBStatus::kOk) _exit(11);
       }
       _exit(0);

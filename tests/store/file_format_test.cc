@@ -334,5 +334,40 @@ TEST(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
   EXPECT_EQ(store.ReadRecord(kMessagesTag, 1, payload), DBStatus::kNoSuchRecord);
 }
 
+// Damaged notice entries and hole blocks are found, never acted upon: the purge must not
+// fill a fixed block with FE, and a capacity beyond the file is no reason to write there.
+TEST(FileFormat, DamagedNoticesAndHoleBlocksDestroyNothing) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("d.qmk");
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+    ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 1), nullptr),
+              DBStatus::kOk);
+    ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 2), nullptr),
+              DBStatus::kOk);
+  }
+  auto f = ReadFileBytes(path);
+  PutU32(f, 7240 + 20 + 4, 392);  // the first notice "stands" on the directory
+  PutU32(f, 7240 + 20 + 8, 652);
+  WriteFileBytes(path, f);
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Open(path), DBStatus::kOk);
+    EXPECT_EQ(store.GetUnusedBytes(), 44u) << "only the sound notice became a hole";
+  }
+  const auto after = ReadFileBytes(path);
+  EXPECT_TRUE(std::equal(f.begin() + 392, f.begin() + 392 + 652, after.begin() + 392));
+  EXPECT_EQ(BeU32(after, 7240 + 8), 0u);
+
+  auto g = after;
+  PutU32(g, 3880 + 4, 0x7FFFFFFF);
+  WriteFileBytes(path, g);
+  CProjectStore store(ui);
+  EXPECT_EQ(store.Open(path), DBStatus::kIoError);
+  EXPECT_EQ(ReadFileBytes(path), g);
+}
+
 }  // namespace
 }  // namespace qm::test

@@ -16,7 +16,7 @@ class MemoryFile final : public platform::File {
   std::size_t ReadAt(std::uint64_t offset, void* buffer, std::size_t n) override {
     if (offset >= bytes_.size()) return 0;
     std::size_t got = std::min<std::uint64_t>(n, bytes_.size() - offset);
-    std::memcpy(buffer, bytes_.data() + offset, got);
+    if (got != 0) std::memcpy(buffer, bytes_.data() + offset, got);
     return got;
   }
   void WriteAt(std::uint64_t offset, const void* data, std::size_t n) override {
