@@ -1,0 +1,37 @@
+// Fuzz target: the payloads of item records as a damaged or foreign file may hold them.
+// The first byte picks the kind of item, the rest is the payload. Every reading must end
+// in an item or an ItemError, and an item written and read again must write the same
+// bytes.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <span>
+
+#include "bench/silent_ui.h"
+#include "people/test_config.h"
+#include "people/user.h"
+#include "people/user_group.h"
+#include "session/item_error.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size < 1) return 0;
+  static qm::bench::SilentUi ui;
+  static qm::CUserTable users(nullptr, ui);
+  static qm::CUserGroupTable groups(nullptr, ui);
+  static qm::CTestConfigTable configs(nullptr, ui);
+  const qm::ItemTable* tables[] = {&users, &groups, &configs};
+  const qm::ItemTable& table = *tables[data[0] % 3];
+  const std::span<const std::uint8_t> payload(data + 1, size - 1);
+  std::unique_ptr<qm::RecordItem> item;
+  try {
+    item = table.ItemFromRecord(payload);
+  } catch (const qm::ItemError&) {
+    return 0;
+  }
+  if (item == nullptr) return 0;
+  const std::vector<std::uint8_t> packed = item->Pack();
+  std::unique_ptr<qm::RecordItem> again = table.ItemFromRecord(packed);
+  if (again == nullptr || again->Pack() != packed) std::abort();
+  return 0;
+}

@@ -1,0 +1,124 @@
+// Writes the seed files of the fuzz targets: into the first folder named on the command
+// line a new project file, two tables with records, a single-user file and a version-352
+// file; into the second, item records of each kind, led by the byte that picks the kind.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "bench/silent_ui.h"
+#include "people/test_config.h"
+#include "people/user.h"
+#include "people/user_group.h"
+#include "store/project_store.h"
+#include "support/fake_files.h"
+
+namespace qm {
+namespace {
+
+constexpr Tag kDfct = MakeTag("dfct");
+constexpr Tag kUser = MakeTag("user");
+
+void Check(DBStatus status, const char* what) {
+  if (status == DBStatus::kOk) return;
+  std::fprintf(stderr, "make_corpus: %s: %u\n", what, Code(status));
+  std::exit(1);
+}
+
+std::vector<std::uint8_t> Text(const std::string& s) { return {s.begin(), s.end()}; }
+
+// Two tables with a few records each, an update that moves a record, a delete, and a
+// change notice waiting in msgs.
+void FillTwoTables(CProjectStore& store) {
+  Check(store.AddTable(kDfct, "Defects"), "add table");
+  Check(store.AddTable(kUser, "Users"), "add table");
+  for (const char* summary : {"Crash on save", "Login forgets the name", "Wrong sort order"}) {
+    Check(store.AddRecord(kDfct, Text(summary), nullptr), "add");
+  }
+  Check(store.AddRecord(kUser, Text("admin"), nullptr), "add");
+  Check(store.AddRecord(kUser, {}, nullptr), "add");
+  Check(store.UpdateRecord(kDfct, 2, Text("Login forgets the user name")), "update");
+  Check(store.DeleteRecord(kDfct, 3), "delete");
+  const std::uint8_t notice[4] = {0, 0, 0, 1};
+  Check(store.PostMessage(1, 7, notice), "post");
+}
+
+void Save(test::MemoryFileSystem& files, const std::string& name, const std::string& folder) {
+  const std::vector<std::uint8_t>& bytes = files.Bytes(name);
+  std::ofstream out(folder + "/" + name, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+  if (!out) {
+    std::fprintf(stderr, "make_corpus: cannot write %s/%s\n", folder.c_str(), name.c_str());
+    std::exit(1);
+  }
+}
+
+void SaveItem(std::uint8_t kind, const RecordItem& item, const std::string& path) {
+  std::vector<std::uint8_t> bytes = item.Pack();
+  bytes.insert(bytes.begin(), kind);
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+  if (!out) {
+    std::fprintf(stderr, "make_corpus: cannot write %s\n", path.c_str());
+    std::exit(1);
+  }
+}
+
+void WriteItemSeeds(const std::string& folder) {
+  CUser user;
+  user.SetFirstName("Ada");
+  user.SetLastName("Lindqvist");
+  user.SetLogin("ada");
+  user.SetEmail("ada@example.org");
+  SaveItem(0, user, folder + "/user");
+  CUserGroup group;
+  group.name = "Administration";
+  group.AddUser(1);
+  group.SetCommandDisabled(4, true);
+  SaveItem(1, group, folder + "/group");
+  CTestConfig config;
+  config.name = "Build machine";
+  SaveItem(2, config, folder + "/config");
+}
+
+}  // namespace
+}  // namespace qm
+
+int main(int argc, char** argv) {
+  using namespace qm;
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: make_corpus STORE-FOLDER ITEM-FOLDER\n");
+    return 64;
+  }
+  WriteItemSeeds(argv[2]);
+  const std::string folder = argv[1];
+  test::MemoryFileSystem files;
+  bench::SilentUi ui;
+  CProjectStore store(ui, files);
+
+  Check(store.Create("new.qmk", 1), "create");
+  Check(store.Close(), "close");
+
+  Check(store.Create("two_tables.qmk", 1), "create");
+  FillTwoTables(store);
+  Check(store.Close(), "close");
+
+  Check(store.Create("single_user.qmk", 0), "create");
+  Check(store.AddTable(kDfct, "Defects"), "add table");
+  Check(store.AddRecord(kDfct, Text("Alone with the file"), nullptr), "add");
+  Check(store.Close(), "close");
+
+  // Version 352 has record headers and the short user block; the field is at offset 4.
+  files.Bytes("version_352.qmk") = files.Bytes("two_tables.qmk");
+  files.Bytes("version_352.qmk")[4] = 352 >> 8;
+  files.Bytes("version_352.qmk")[5] = 352 & 0xFF;
+
+  for (const char* name : {"new.qmk", "two_tables.qmk", "single_user.qmk", "version_352.qmk"}) {
+    Save(files, name, folder);
+  }
+  return 0;
+}
