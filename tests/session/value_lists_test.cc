@@ -1,0 +1,398 @@
+// Value lists over a real project file: list names as stored, the set-up dialog's commands
+// with their messages, writes and notices, and the numbering dialog with its records.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "session/item_error.h"
+#include "session/numbering.h"
+#include "session/value_item.h"
+#include "session/value_lists.h"
+#include "session/value_setup.h"
+#include "store/file_bytes.h"
+#include "store/project_store.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+using ByteList = std::vector<std::uint8_t>;
+using Strings = std::vector<std::string>;
+using Step = ValueSetup::DeleteStep;
+
+constexpr Tag kType = MakeTag("type");
+constexpr Tag kProd = MakeTag("prod");
+constexpr Tag kMisc = MakeTag("misc");
+
+const std::string kNotUnique = "An item with that name already exists, please enter a unique name.";
+const std::string kAreYouSure =
+    "Are you sure that you want to delete the selected name? There is no undo available.";
+
+// Defects reduced to the one field of each code that a deletion looks at.
+class FakeDefects : public DefectFieldAccess {
+ public:
+  struct Defect {
+    std::uint32_t id;
+    std::map<std::uint16_t, std::uint32_t> fields;
+    int saves = 0;
+  };
+
+  std::uint32_t DefectCount() const override { return static_cast<std::uint32_t>(list.size()); }
+  std::uint32_t DefectId(std::uint32_t position) const override { return list[position - 1].id; }
+  bool UsesValue(std::uint32_t position, std::uint16_t code, std::uint32_t id) const override {
+    const auto& fields = list[position - 1].fields;
+    return fields.count(code) != 0 && fields.at(code) == id;
+  }
+  void ReplaceValue(std::uint32_t position, std::uint16_t code, std::uint32_t oldId,
+                    std::uint32_t newId) override {
+    std::uint32_t& field = list[position - 1].fields[code];
+    if (field == oldId) field = newId;
+  }
+  DBStatus SaveDefect(std::uint32_t position) override {
+    ++list[position - 1].saves;
+    return DBStatus::kOk;
+  }
+
+  std::vector<Defect> list;
+};
+
+// The open project's SetCounter, as far as the numbering dialog sees it.
+class StoreCounters : public ProjectCounters {
+ public:
+  explicit StoreCounters(CProjectStore& store) : store_(store) {}
+  DBStatus SetCounter(Tag tag, std::uint32_t id, std::uint32_t value) override {
+    ++calls;
+    return store_.UpdateRecord(tag, id, Bytes().u32(value).b);
+  }
+  int calls = 0;
+
+ private:
+  CProjectStore& store_;
+};
+
+class FixedHighest : public DefectNumbers {
+ public:
+  std::uint32_t HighestNumber() const override { return highest; }
+  std::uint32_t highest = 0;
+};
+
+class ValueListsTest : public ::testing::Test {
+ protected:
+  void Make(std::uint16_t multiUser) {
+    path = dir.File("p.qmk");
+    ASSERT_EQ(store.Create(path, multiUser), DBStatus::kOk);
+    for (Tag tag : {kMisc, kType, kProd}) ASSERT_EQ(store.AddTable(tag, ""), DBStatus::kOk);
+  }
+  // The header's change counter: one step for every committed change of the file.
+  std::uint32_t Changes() const { return BeU32(ReadFileBytes(path), 24); }
+  ByteList Stored(Tag tag, std::uint32_t id) {
+    ByteList out;
+    EXPECT_EQ(store.ReadRecord(tag, id, out), DBStatus::kOk);
+    return out;
+  }
+  Strings Reloaded(Tag tag) {
+    CValueTable table(&store, tag, ui);
+    table.LoadTable(true);
+    Strings names;
+    for (std::uint32_t p = 1; p <= table.count(); ++p) names.push_back(table.ValueAt(p)->name);
+    return names;
+  }
+
+  TempDir dir;
+  std::string path;
+  ScriptedUi ui;
+  CProjectStore store{ui};
+  FakeDefects defects;
+};
+
+TEST_F(ValueListsTest, NamesAreStoredWithTheirVersionAndLoadInListOrder) {
+  Make(0);
+  EXPECT_EQ(ValueItem("Cosmetic", 4).Pack(),
+            Bytes().u16(257).u8(0).u8(8).text("Cosmetic").u32(4).b);
+
+  // Records of both layouts, stored out of list order.
+  std::uint32_t id = 0;
+  ASSERT_EQ(store.AddRecord(kType, Bytes().u16(256).u8(5).text("Never").u32(3).b, &id),
+            DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(kType, Bytes().u16(257).u8(1).u8(6).text("Always").u32(1).b, &id),
+            DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(kType, Bytes().u16(257).u8(0).u8(9).text("Sometimes").u32(2).b, &id),
+            DBStatus::kOk);
+  CValueTable table(&store, kType, ui);
+  table.LoadTable(true);
+  ASSERT_EQ(table.count(), 3u);
+  EXPECT_EQ(table.ValueAt(1)->GetName(), "Always");
+  EXPECT_TRUE(table.ValueAt(1)->deleted);
+  EXPECT_EQ(table.ValueAt(1)->GetId(), 2u);
+  EXPECT_EQ(table.ValueAt(2)->GetName(), "Sometimes");
+  EXPECT_EQ(table.ValueAt(3)->GetName(), "Never");
+  EXPECT_EQ(table.ValueAt(3)->order, 3u);
+  EXPECT_FALSE(table.ValueAt(3)->deleted);
+
+  for (std::uint16_t version : {std::uint16_t{255}, std::uint16_t{258}}) {
+    try {
+      table.ItemFromRecord(Bytes().u16(version).u8(0).u8(1).text("x").u32(1).b);
+      ADD_FAILURE() << "version " << version << " was read";
+    } catch (const ItemError& e) {
+      EXPECT_EQ(e.code(), kItemFailed);
+    }
+  }
+}
+
+TEST_F(ValueListsTest, AddAndEditKeepNamesUniqueWithoutRegardToCase) {
+  Make(0);
+  CValueTable table(&store, kType, ui);
+  ValueSetup setup(table, *FindValueList(kType), defects, ui, 0);
+  ASSERT_TRUE(setup.Open());
+  EXPECT_EQ(setup.Title(), "Set Up Defect Type");
+  EXPECT_EQ(setup.Text(),
+            "Use this dialog to add, edit, delete or re-order the defect type names.");
+  EXPECT_EQ(setup.AddTitle(), "Add Defect Type");
+
+  EXPECT_TRUE(setup.Add("  Crash\t"));
+  EXPECT_TRUE(setup.Add("Cosmetic"));
+  EXPECT_EQ(Stored(kType, 1), Bytes().u16(257).u8(0).u8(5).text("Crash").u32(1).b);
+  EXPECT_EQ(Stored(kType, 2), Bytes().u16(257).u8(0).u8(8).text("Cosmetic").u32(2).b);
+
+  const std::uint32_t before = Changes();
+  EXPECT_FALSE(setup.Add(" CRASH "));
+  EXPECT_FALSE(setup.Add("   "));
+  EXPECT_EQ(ui.Texts(), Strings{kNotUnique});
+  EXPECT_EQ(setup.Names(), (Strings{"Crash", "Cosmetic"}));
+
+  setup.Select(2);
+  EXPECT_EQ(setup.EditTitle(), "Edit Defect Type");
+  EXPECT_EQ(setup.EditInput(), "Cosmetic");
+  EXPECT_FALSE(setup.Edit(" Cosmetic "));
+  EXPECT_FALSE(setup.Edit("crash"));
+  EXPECT_EQ(ui.Texts(), (Strings{kNotUnique, kNotUnique}));
+  EXPECT_EQ(Changes(), before);
+
+  // Its own name in other letters is no other name.
+  EXPECT_TRUE(setup.Edit("COSMETIC "));
+  EXPECT_EQ(Changes(), before + 1);
+  EXPECT_EQ(Stored(kType, 2), Bytes().u16(257).u8(0).u8(8).text("COSMETIC").u32(2).b);
+  EXPECT_EQ(Reloaded(kType), (Strings{"Crash", "COSMETIC"}));
+}
+
+TEST_F(ValueListsTest, OpensOnlyWhileTheUserIsAlone) {
+  Make(1);
+  ASSERT_EQ(store.LoginUser(1), DBStatus::kOk);
+  CValueTable table(&store, kType, ui);
+  ValueSetup setup(table, *FindValueList(kType), defects, ui, 1);
+  EXPECT_TRUE(setup.Open());
+
+  ScriptedUi otherUi;
+  CProjectStore other(otherUi);
+  ASSERT_EQ(other.Open(path), DBStatus::kOk);
+  ASSERT_EQ(other.LoginUser(2), DBStatus::kOk);
+  EXPECT_FALSE(setup.Open());
+  EXPECT_EQ(ui.Texts(), Strings{"Cannot configure field value names while other users are logged "
+                                "in. Ask all other users to log out and try again."});
+  ASSERT_EQ(other.LogoutUser(2), DBStatus::kOk);
+  EXPECT_TRUE(setup.Open());
+}
+
+// A reassigning list: the defects that use a deleted name take the one chosen, each with
+// a notice to the other clients; the last name stays.
+TEST_F(ValueListsTest, DeletingAUsedNameMovesItsDefectsToTheChosenOne) {
+  Make(1);
+  ASSERT_EQ(store.LoginUser(1), DBStatus::kOk);
+  ScriptedUi otherUi;
+  CProjectStore other(otherUi);
+  ASSERT_EQ(other.Open(path), DBStatus::kOk);
+  CValueTable table(&store, kType, ui);
+  ValueSetup setup(table, *FindValueList(kType), defects, ui, 1);
+  for (const char* name : {"A", "B", "C", "D"}) ASSERT_TRUE(setup.Add(name));
+  defects.list = {{10, {{kFieldType, 2}}}, {11, {{kFieldType, 1}}}, {12, {{kFieldType, 2}}}};
+
+  // Cancel at the question, then at the popup: nothing changes.
+  setup.Select(2);
+  ui.Script({ui::Answer::kCancel});
+  EXPECT_EQ(setup.Delete(), Step::kOver);
+  ui.Script({ui::Answer::kOk});
+  ASSERT_EQ(setup.Delete(), Step::kChooseReplacement);
+  EXPECT_EQ(setup.replacementQuestion().text,
+            "One or more defects use this field name. Quillmark will change these defects to "
+            "use the field name you choose from the popup menu.");
+  EXPECT_EQ(setup.replacementQuestion().label, "New name:");
+  EXPECT_EQ(setup.replacementQuestion().names, (Strings{"A", "C", "D"}));
+  setup.ChooseReplacement(std::nullopt);
+  ASSERT_EQ(ui.shown.size(), 2u);
+  EXPECT_EQ(ui.shown[0].text, kAreYouSure);
+  EXPECT_EQ(ui.shown[0].buttons, ui::Buttons::kOkCancel);
+  EXPECT_EQ(setup.Names(), (Strings{"A", "B", "C", "D"}));
+  EXPECT_TRUE(ui.progress.empty());
+  EXPECT_EQ(defects.list[0].saves + defects.list[2].saves, 0);
+
+  ui.Script({ui::Answer::kOk});
+  ASSERT_EQ(setup.Delete(), Step::kChooseReplacement);
+  setup.ChooseReplacement(2);  // C
+  EXPECT_EQ(ui.progress,
+            (Strings{"[Set Up Defect Type]", "Updating defect 1 of 3...",
+                     "Updating defect 2 of 3...", "Updating defect 3 of 3...", "[end]"}));
+  EXPECT_EQ(defects.list[0].fields[kFieldType], 3u);
+  EXPECT_EQ(defects.list[1].fields[kFieldType], 1u);
+  EXPECT_EQ(defects.list[2].fields[kFieldType], 3u);
+  EXPECT_EQ(defects.list[0].saves, 1);
+  EXPECT_EQ(defects.list[1].saves, 0);
+  EXPECT_EQ(setup.Names(), (Strings{"A", "C", "D"}));
+  EXPECT_EQ(setup.selection(), 0u);
+  ByteList gone;
+  EXPECT_EQ(store.ReadRecord(kType, 2, gone), DBStatus::kNoSuchRecord);
+  for (std::uint32_t defectId : {10u, 12u}) {
+    Notice notice;
+    ASSERT_EQ(other.GetNextMessage(notice), DBStatus::kOk);
+    EXPECT_EQ(notice.kind, 1002u);
+    EXPECT_EQ(notice.sender, 1u);
+    EXPECT_EQ(notice.data, Bytes().text("dfct").u32(defectId).b);
+  }
+  Notice none;
+  EXPECT_EQ(other.GetNextMessage(none), DBStatus::kNoMessage);
+
+  // A name that no defect uses goes after one question.
+  ui.shown.clear();
+  ui.progress.clear();
+  setup.Select(3);
+  ui.Script({ui::Answer::kOk});
+  EXPECT_EQ(setup.Delete(), Step::kOver);
+  EXPECT_EQ(ui.Texts(), Strings{kAreYouSure});
+  EXPECT_TRUE(ui.progress.empty());
+  EXPECT_EQ(Reloaded(kType), (Strings{"A", "C"}));
+
+  // Down to one name, which stays.
+  setup.Select(1);
+  ui.Script({ui::Answer::kOk});
+  ASSERT_EQ(setup.Delete(), Step::kChooseReplacement);
+  setup.ChooseReplacement(1);
+  EXPECT_EQ(defects.list[1].fields[kFieldType], 3u);
+  ui.shown.clear();
+  setup.Select(1);
+  EXPECT_EQ(setup.Delete(), Step::kOver);
+  EXPECT_EQ(ui.Texts(), Strings{"Sorry, this field cannot be deleted. You must leave at least "
+                                "one field name in the list."});
+  EXPECT_EQ(Reloaded(kType), Strings{"C"});
+}
+
+// Product and Component may become empty; their defects lose the name without a popup.
+TEST_F(ValueListsTest, DeletingAProductClearsItInTheDefects) {
+  Make(0);
+  CValueTable table(&store, kProd, ui);
+  ValueSetup setup(table, *FindValueList(kProd), defects, ui, 0);
+  ASSERT_TRUE(setup.Add("Widget"));
+  defects.list = {{10, {{kFieldProduct, 1}}}, {11, {{kFieldType, 1}}}};
+
+  setup.Select(1);
+  ui.Script({ui::Answer::kOk});
+  EXPECT_EQ(setup.Delete(), Step::kOver);
+  EXPECT_EQ(ui.Texts(), Strings{kAreYouSure});
+  EXPECT_EQ(ui.progress, (Strings{"[Set Up Product]", "Updating defect 1 of 2...",
+                                  "Updating defect 2 of 2...", "[end]"}));
+  EXPECT_EQ(defects.list[0].fields[kFieldProduct], 0u);
+  EXPECT_EQ(defects.list[0].saves, 1);
+  EXPECT_EQ(defects.list[1].fields[kFieldType], 1u);
+  EXPECT_EQ(defects.list[1].saves, 0);
+  EXPECT_TRUE(Reloaded(kProd).empty());
+}
+
+TEST_F(ValueListsTest, MovingANameRewritesTheWholeList) {
+  Make(0);
+  CValueTable table(&store, kType, ui);
+  ValueSetup setup(table, *FindValueList(kType), defects, ui, 0);
+  Strings names;
+  for (int i = 1; i <= 10; ++i) {
+    names.push_back("N" + std::to_string(i));
+    ASSERT_TRUE(setup.Add(names.back()));
+  }
+  const std::uint32_t before = Changes();
+  setup.Select(1);
+  setup.MoveUp();
+  setup.Select(10);
+  setup.MoveDown();
+  EXPECT_EQ(Changes(), before);
+  EXPECT_EQ(setup.Names(), names);
+
+  setup.Select(4);
+  setup.MoveUp();
+  EXPECT_EQ(Changes(), before + 10);
+  EXPECT_EQ(setup.selection(), 3u);
+  std::swap(names[2], names[3]);
+  EXPECT_EQ(setup.Names(), names);
+  setup.Select(1);
+  setup.MoveDown();
+  EXPECT_EQ(setup.selection(), 2u);
+  std::swap(names[0], names[1]);
+  EXPECT_EQ(setup.Names(), names);
+  EXPECT_EQ(Reloaded(kType), names);
+  EXPECT_EQ(Stored(kType, 2), Bytes().u16(257).u8(0).u8(2).text("N2").u32(1).b);
+}
+
+TEST_F(ValueListsTest, TheNextNumberMayGoBackOnlyAboveTheHighestDefect) {
+  Make(0);
+  ASSERT_EQ(store.PutRecord(kMisc, Bytes().u32(200).b, 7, PutMode::kReplace), DBStatus::kOk);
+  ASSERT_EQ(store.PutRecord(kMisc, Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b, 8, PutMode::kReplace),
+            DBStatus::kOk);
+  StoreCounters counters(store);
+  FixedHighest defectNumbers;
+  defectNumbers.highest = 100;
+  ProjectOptions options;
+  NumberingSetup dialog(store, options, counters, defectNumbers, ui);
+  dialog.Open();
+  EXPECT_EQ(dialog.nextNumber, 201u);
+  const std::uint32_t before = Changes();
+  EXPECT_TRUE(dialog.Accept());
+  EXPECT_EQ(Changes(), before);
+
+  dialog.nextNumber = 100;
+  EXPECT_FALSE(dialog.Accept());
+  EXPECT_EQ(
+      ui.Texts(),
+      Strings{"You must enter a defect number that is higher than the highest defect number."});
+  EXPECT_EQ(Stored(kMisc, 7), Bytes().u32(200).b);
+  dialog.nextNumber = 101;
+  EXPECT_TRUE(dialog.Accept());
+  EXPECT_EQ(Stored(kMisc, 7), Bytes().u32(100).b);
+
+  // Raising takes the number typed itself, unless the counter has passed it meanwhile.
+  ASSERT_EQ(store.UpdateRecord(kMisc, 7, Bytes().u32(200).b), DBStatus::kOk);
+  dialog.Open();
+  dialog.nextNumber = 300;
+  EXPECT_TRUE(dialog.Accept());
+  EXPECT_EQ(Stored(kMisc, 7), Bytes().u32(300).b);
+  dialog.Open();
+  ASSERT_EQ(store.UpdateRecord(kMisc, 7, Bytes().u32(450).b), DBStatus::kOk);
+  dialog.nextNumber = 400;
+  EXPECT_TRUE(dialog.Accept());
+  EXPECT_EQ(Stored(kMisc, 7), Bytes().u32(450).b);
+  EXPECT_EQ(counters.calls, 2);
+  EXPECT_EQ(Stored(kMisc, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
+}
+
+TEST_F(ValueListsTest, OptionsRecordKeepsTheFourthOptionAsItWas) {
+  Make(0);
+  const auto encoded = EncodeOptions({});
+  EXPECT_EQ(ByteList(encoded.begin(), encoded.end()), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
+  const auto decoded = DecodeOptions(Bytes().u16(1).u8(0).u8(1).u8(0).u8(1).b);
+  ASSERT_TRUE(decoded.has_value());
+  EXPECT_EQ(*decoded, (ProjectOptions{false, true, false, true}));
+  EXPECT_FALSE(DecodeOptions(Bytes().u16(1).u8(1).u8(1).u8(1).b).has_value());
+
+  ASSERT_EQ(store.PutRecord(kMisc, Bytes().u32(5).b, 7, PutMode::kReplace), DBStatus::kOk);
+  StoreCounters counters(store);
+  FixedHighest defectNumbers;
+  ProjectOptions options{true, true, true, false};
+  NumberingSetup dialog(store, options, counters, defectNumbers, ui);
+  dialog.Open();
+  EXPECT_TRUE(dialog.numberOnWispNoteImport);
+  dialog.numberOnWispNoteImport = false;
+  EXPECT_TRUE(dialog.Accept());
+  EXPECT_EQ(Stored(kMisc, 8), Bytes().u16(1).u8(1).u8(0).u8(1).u8(0).b);
+  EXPECT_EQ(options, (ProjectOptions{true, false, true, false}));
+  EXPECT_EQ(counters.calls, 0);
+}
+
+}  // namespace
+}  // namespace qm::test
