@@ -13,6 +13,7 @@
 #include "people/user.h"
 #include "people/user_group.h"
 #include "session/item_error.h"
+#include "session/value_item.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 1) return 0;
@@ -20,8 +21,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static qm::CUserTable users(nullptr, ui);
   static qm::CUserGroupTable groups(nullptr, ui);
   static qm::CTestConfigTable configs(nullptr, ui);
-  const qm::ItemTable* tables[] = {&users, &groups, &configs};
-  const qm::ItemTable& table = *tables[data[0] % 3];
+  static qm::CValueTable values(nullptr, qm::MakeTag("type"), ui);
+  const qm::ItemTable* tables[] = {&users, &groups, &configs, &values};
+  const qm::ItemTable& table = *tables[data[0] % 4];
   const std::span<const std::uint8_t> payload(data + 1, size - 1);
   std::unique_ptr<qm::RecordItem> item;
   try {

@@ -12,6 +12,7 @@
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
+#include "session/value_item.h"
 #include "store/project_store.h"
 #include "support/fake_files.h"
 
@@ -83,6 +84,10 @@ void WriteItemSeeds(const std::string& folder) {
   CTestConfig config;
   config.name = "Build machine";
   SaveItem(2, config, folder + "/config");
+  ValueItem value;
+  value.name = "Crash - Data Loss";
+  value.order = 1;
+  SaveItem(3, value, folder + "/value");
 }
 
 }  // namespace
