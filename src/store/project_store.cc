@@ -136,6 +136,7 @@ DBStatus CProjectStore::Close() {
     }
   }
   file_.reset();
+  ForgetReadAhead();
   tables_.clear();
   exclusiveHeld_ = false;
   exclusiveSlot_ = kNoLockNumber;
@@ -230,6 +231,7 @@ void CProjectStore::Write(std::uint64_t offset, const std::uint8_t* data, std::s
                           bool guarded) {
   if (guarded) CheckGuard(offset);
   try {
+    ForgetReadAhead();
     file_->WriteAt(offset, data, n);
     unflushed_ = true;
   } catch (const platform::FileError& e) {

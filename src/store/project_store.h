@@ -222,6 +222,8 @@ class CProjectStore {
   void WriteRecordHeader(std::uint64_t offset, Tag tag, std::uint32_t id, std::uint32_t size,
                          std::uint16_t checksum, bool guarded);
   std::vector<std::uint8_t> ReadPayload(const IndexEntry& e, Tag tag);
+  const std::uint8_t* StoredBytes(std::uint32_t offset, std::uint32_t size);
+  void ForgetReadAhead() { readAhead_.clear(); }
 
   bool IsByteAlive(std::uint16_t number);
   DBStatus WaitWhileHeld(std::uint32_t timeoutTicks, bool (CProjectStore::*held)());
@@ -251,6 +253,10 @@ class CProjectStore {
   std::uint16_t exclusiveSlot_ = kNoLockNumber;
   bool inAccess_ = false;
   bool unflushed_ = false;  // written since the last flush
+  // A window of the file read ahead, for reads where nobody else writes; see StoredBytes.
+  std::vector<std::uint8_t> readAhead_;
+  std::uint64_t readAheadStart_ = 0;
+  std::vector<std::uint8_t> scratch_;
   std::uint32_t nextMessageId_ = 1;
   std::uint32_t myUserId_ = 0;
 };

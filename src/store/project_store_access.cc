@@ -116,6 +116,7 @@ DBStatus CProjectStore::LockDatabase(Tag tag) {
     TableHandle& h = RequireTable(tag);
     // The claim begins with fresh data.
     h.indexHeld = false;
+    ForgetReadAhead();
     for (std::uint16_t n = 0; n < 10; ++n) {
       const std::uint16_t number = static_cast<std::uint16_t>(kFirstClaimLock + n);
       if (!file_->TryLockByte(LockByteOffset(number))) continue;
@@ -142,6 +143,7 @@ DBStatus CProjectStore::UnlockDatabase() {
   if (exclusiveHeld_) ReleaseByte(static_cast<std::uint16_t>(kFirstClaimLock + exclusiveSlot_));
   exclusiveHeld_ = false;
   exclusiveSlot_ = kNoLockNumber;
+  ForgetReadAhead();
   return DBStatus::kOk;
 }
 

@@ -2,6 +2,7 @@
 // layouts built by hand in the test.
 #include <gtest/gtest.h>
 
+#include "store/checksum.h"
 #include "store/file_bytes.h"
 #include "store/project_store.h"
 #include "support/scripted_ui.h"
@@ -45,6 +46,21 @@ TEST(FileFormat, NewFileHasEveryBlockAtItsOffset) {
 
 // Checksum table values of the bytes used below: 00 -> 0001, 01 -> 0004, FF -> E902,
 // 41 -> 4844, 42 -> 2421, 78 -> 8001.
+TEST(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
+  EXPECT_EQ(Checksum::Of(nullptr, 0), 0);
+  const std::vector<std::uint8_t> ff(1001, 0xFF);
+  EXPECT_EQ(Checksum::Of(ff.data(), ff.size()), static_cast<std::uint16_t>(1001u * 0xE902));
+  const std::vector<std::uint8_t> mixed = {0x00, 0x01, 0xFF, 0x41, 0x42, 0x78, 0x00, 0x01, 0xFF,
+                                           0x41, 0x42, 0x78, 0x00, 0x01, 0xFF, 0x41, 0x42};
+  const unsigned six = 0x0001 + 0x0004 + 0xE902 + 0x4844 + 0x2421 + 0x8001;
+  EXPECT_EQ(Checksum::Of(mixed.data(), mixed.size()),
+            static_cast<std::uint16_t>(2 * six + 0x0001 + 0x0004 + 0xE902 + 0x4844 + 0x2421));
+  Checksum pieces;  // the sum may be taken in pieces of any length
+  pieces.Add(mixed.data(), 5);
+  pieces.Add(mixed.data() + 5, 12);
+  EXPECT_EQ(pieces.value(), Checksum::Of(mixed.data(), mixed.size()));
+}
+
 TEST(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
   TempDir dir;
   ScriptedUi ui;
