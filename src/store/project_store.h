@@ -221,7 +221,7 @@ class CProjectStore {
   void RemoveFromIndex(TableHandle& h, std::uint32_t slot);
   void WriteRecordHeader(std::uint64_t offset, Tag tag, std::uint32_t id, std::uint32_t size,
                          std::uint16_t checksum, bool guarded);
-  std::vector<std::uint8_t> ReadPayload(const IndexEntry& e, Tag tag);
+  void ReadPayload(const IndexEntry& e, Tag tag, std::vector<std::uint8_t>& out);
   const std::uint8_t* StoredBytes(std::uint32_t offset, std::uint32_t size);
   void ForgetReadAhead() { readAhead_.clear(); }
 

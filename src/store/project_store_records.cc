@@ -243,21 +243,27 @@ const std::uint8_t* CProjectStore::StoredBytes(std::uint32_t offset, std::uint32
   return readAhead_.data();
 }
 
-std::vector<std::uint8_t> CProjectStore::ReadPayload(const IndexEntry& e, Tag tag) {
+// Reads a record's payload into `out`, reusing its room. On a failure `out` is empty.
+void CProjectStore::ReadPayload(const IndexEntry& e, Tag tag, std::vector<std::uint8_t>& out) {
+  out.clear();
   const bool headers = HeadersInRecords();
   if (headers && e.size < RecordHeader::kSize) Fail(DBStatus::kBadRecordHeader);
   if (e.size > kTrustedSize && std::uint64_t{e.offset} + e.size > FileLength()) {
     Fail(DBStatus::kIoError);
   }
   const std::uint8_t* bytes = StoredBytes(e.offset, e.size);
-  if (!headers) return std::vector<std::uint8_t>(bytes, bytes + e.size);
+  if (!headers) {
+    out.assign(bytes, bytes + e.size);
+    return;
+  }
   const RecordHeader rh = RecordHeader::Decode(bytes);
   if (rh.marker != kRecordMarker || rh.table != tag || rh.id != e.id) {
     Fail(DBStatus::kBadRecordHeader);
   }
-  std::vector<std::uint8_t> payload(bytes + RecordHeader::kSize, bytes + e.size);
-  if (Checksum::Of(payload.data(), payload.size()) != rh.checksum) Fail(DBStatus::kBadChecksum);
-  return payload;
+  const std::uint8_t* payload = bytes + RecordHeader::kSize;
+  const std::size_t length = e.size - RecordHeader::kSize;
+  if (Checksum::Of(payload, length) != rh.checksum) Fail(DBStatus::kBadChecksum);
+  out.assign(payload, payload + length);
 }
 
 DBStatus CProjectStore::GetTableEntry(Tag tag, TableEntry& out) {
@@ -397,7 +403,7 @@ DBStatus CProjectStore::ReadRecord(Tag tag, std::uint32_t id, std::vector<std::u
   out.clear();
   return RecordOperation(tag, Effect::kReads, EntryRefresh::kUnlessClaimed, [&](TableHandle& h) {
     LoadIndex(h);
-    out = ReadPayload(h.entries[FindEntry(h, id)], tag);
+    ReadPayload(h.entries[FindEntry(h, id)], tag, out);
   });
 }
 
@@ -410,7 +416,7 @@ DBStatus CProjectStore::ReadRecordByIndex(Tag tag, std::uint32_t position,
     const IndexEntry& e = h.entries[position - 1];
     // The id is told even when the record turns out damaged, so it can be named.
     if (id != nullptr) *id = e.id;
-    out = ReadPayload(e, tag);
+    ReadPayload(e, tag, out);
   });
 }
 
@@ -419,7 +425,8 @@ DBStatus CProjectStore::ReadRecordInto(Tag tag, std::uint32_t id, std::span<std:
   delivered = 0;
   return RecordOperation(tag, Effect::kReads, EntryRefresh::kUnlessClaimed, [&](TableHandle& h) {
     LoadIndex(h);
-    const std::vector<std::uint8_t> payload = ReadPayload(h.entries[FindEntry(h, id)], tag);
+    std::vector<std::uint8_t> payload;
+    ReadPayload(h.entries[FindEntry(h, id)], tag, payload);
     const std::size_t n = std::min(buffer.size(), payload.size());
     if (n != 0) std::memcpy(buffer.data(), payload.data(), n);
     delivered = static_cast<std::uint32_t>(n);

@@ -55,6 +55,20 @@ TEST(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
   const unsigned six = 0x0001 + 0x0004 + 0xE902 + 0x4844 + 0x2421 + 0x8001;
   EXPECT_EQ(Checksum::Of(mixed.data(), mixed.size()),
             static_cast<std::uint16_t>(2 * six + 0x0001 + 0x0004 + 0xE902 + 0x4844 + 0x2421));
+  // Both ways of summing agree with the sum byte by byte, at every length.
+  std::vector<std::uint8_t> noise(300);
+  for (std::size_t i = 0; i < noise.size(); ++i) noise[i] = static_cast<std::uint8_t>(i * 167 + 13);
+  for (std::size_t n = 0; n <= noise.size(); n += 7) {
+    std::uint32_t bytewise = 0;
+    for (std::size_t i = 0; i < n; ++i) bytewise += Checksum::SumPortable(&noise[i], 1);
+    EXPECT_EQ(static_cast<std::uint16_t>(Checksum::SumPortable(noise.data(), n)),
+              static_cast<std::uint16_t>(bytewise));
+    if (Checksum::HasVectorSum()) {
+      EXPECT_EQ(static_cast<std::uint16_t>(Checksum::SumVector(noise.data(), n)),
+                static_cast<std::uint16_t>(bytewise))
+          << n;
+    }
+  }
   Checksum pieces;  // the sum may be taken in pieces of any length
   pieces.Add(mixed.data(), 5);
   pieces.Add(mixed.data() + 5, 12);
