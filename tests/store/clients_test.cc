@@ -1,11 +1,8 @@
-// Several clients of one file: the write lock between them, indexes that stay true
-// whoever changed them, and processes adding at the same time.
+// Several clients of one file: the write lock between them, and indexes that stay true
+// whoever changed them. Processes writing together are in the stress test.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
 #include <map>
-#include <set>
 
 #include "store/file_bytes.h"
 #include "store/project_store.h"
@@ -110,55 +107,6 @@ TEST(Clients, ASingleUserFileIsHeldByTheClientThatOpenedIt) {
   ASSERT_EQ(second.Open(path), DBStatus::kOk);
   std::vector<std::uint8_t> out;
   ASSERT_EQ(second.ReadRecord(kDfct, 1, out), DBStatus::kOk);
-}
-
-// Processes adding to one file at the same time lose no record and give no id twice.
-TEST(Clients, ProcessesAddingTogetherLoseNothing) {
-  TempDir dir;
-  const std::string path = MakeFile(dir, 1);
-  constexpr int kProcesses = 4;
-  constexpr int kAdds = 150;
-  std::vector<pid_t> children;
-  for (int p = 0; p < kProcesses; ++p) {
-    pid_t pid = fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
-      ScriptedUi ui;
-      CProjectStore store(ui);
-      if (store.Open(path) != DBStatus::kOk) _exit(10);
-      for (int i = 0; i < kAdds; ++i) {
-        const std::string text =
-            std::string("p").append(std::to_string(p)).append("-").append(std::to_string(i));
-        if (store.AddRecord(kDfct, P(text), nullptr) != DBStatus::kOk) _exit(11);
-      }
-      _exit(0);
-    }
-    children.push_back(pid);
-  }
-  for (pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(waitpid(pid, &status, 0), pid);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-  }
-  ScriptedUi ui;
-  CProjectStore store(ui);
-  ASSERT_EQ(store.Open(path), DBStatus::kOk);
-  std::vector<IndexEntry> index;
-  ASSERT_EQ(store.ReadIndex(kDfct, index), DBStatus::kOk);
-  ASSERT_EQ(index.size(), std::size_t{kProcesses * kAdds});
-  std::set<std::uint32_t> ids;
-  std::set<std::string> texts;
-  for (const IndexEntry& e : index) {
-    ids.insert(e.id);
-    std::vector<std::uint8_t> out;
-    ASSERT_EQ(store.ReadRecord(kDfct, e.id, out), DBStatus::kOk);
-    texts.insert(std::string(out.begin(), out.end()));
-  }
-  EXPECT_EQ(ids.size(), index.size());
-  EXPECT_EQ(*ids.rbegin(), std::uint32_t{kProcesses * kAdds});
-  EXPECT_EQ(texts.size(), index.size());
-  EXPECT_EQ(BeU32(ReadFileBytes(path), 24), std::uint32_t{kProcesses * kAdds});
 }
 
 }  // namespace
