@@ -1,0 +1,72 @@
+// Reading and writing the project's security and information records.
+#include "session/project_records.h"
+
+#include "session/item_error.h"
+#include "session/payload.h"
+
+namespace qm {
+
+namespace {
+constexpr std::uint16_t kSecurityVersion = 256;
+constexpr std::uint16_t kOldestDataVersion = 256;
+}  // namespace
+
+std::vector<std::uint8_t> ProjectSecurity::Encode() const {
+  CHandleFile file;
+  PayloadWriter out(file);
+  out.U16(kSecurityVersion);
+  out.U16(securityMode);
+  out.String(projectPassword);
+  return file.Detach();
+}
+
+ProjectSecurity ProjectSecurity::Decode(std::span<const std::uint8_t> record) {
+  PayloadReader in(record);
+  (void)ReadVersion(in, kSecurityVersion, kSecurityVersion);
+  ProjectSecurity s;
+  in.U16(s.securityMode);
+  in.String(s.projectPassword, kStringCapacity);
+  return s;
+}
+
+std::vector<std::uint8_t> ProjectInfo::Encode(std::uint32_t now) const {
+  CHandleFile file;
+  PayloadWriter out(file);
+  out.U16(kDataVersion);
+  out.String(projectName);
+  out.String(description);
+  out.Stamp(createdAt == 0 ? now : createdAt);
+  out.U32(0);
+  out.U8(attachmentsInProject ? 1 : 0);
+  out.String(attachmentFolder);
+  out.U16(0);
+  out.U16(0);
+  out.U32(0);
+  out.U32(0);
+  out.U8(0);
+  return file.Detach();
+}
+
+ProjectInfo ProjectInfo::Decode(std::span<const std::uint8_t> record, std::uint32_t now) {
+  PayloadReader in(record);
+  ProjectInfo info;
+  if (!in.U16(info.dataVersion) || info.dataVersion < kOldestDataVersion) {
+    throw ItemError(kItemFailed);
+  }
+  if (info.dataVersion > kDataVersion) return info;
+  in.String(info.projectName, kStringCapacity);
+  in.String(info.description, kStringCapacity);
+  info.createdAt = now;
+  if (info.dataVersion >= 257) {
+    std::uint32_t reserved = 0;
+    in.Stamp(info.createdAt);
+    in.U32(reserved);
+  }
+  if (info.dataVersion >= 341) {
+    in.U8(info.attachmentsInProject);
+    in.String(info.attachmentFolder, kStringCapacity);
+  }
+  return info;
+}
+
+}  // namespace qm

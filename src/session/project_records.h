@@ -1,0 +1,59 @@
+// The project's own settings records in the misc table: ProjectSecurity (record 1) and
+// ProjectInfo (record 2), read and written in their stored layouts.
+//
+// misc record 1, ProjectSecurity:
+//   u16     256; any other value and the record cannot be read
+//   u16     securityMode      0 single-user project, 1 multi-user project
+//   string  projectPassword   empty for none, stored as typed
+//
+// misc record 2, ProjectInfo (the data version, not the file's format version):
+//   u16     dataVersion       256 to 355 read; 355 written
+//   string  projectName
+//   string  description
+//   u32     createdAt         from 257; older records: the time of reading
+//   u32     reserved          from 257
+//   u8      attachmentsInProject   from 341
+//   string  attachmentFolder       from 341
+//   u16, u16, u32, u32, u8    reserved, from 355
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "store/bytes.h"
+
+namespace qm {
+
+inline constexpr std::uint32_t kSecurityRecord = 1;
+inline constexpr std::uint32_t kInfoRecord = 2;
+// The version of a project's content that this program writes.
+inline constexpr std::uint16_t kDataVersion = 355;
+
+struct ProjectSecurity {
+  std::uint16_t securityMode = 0;
+  std::string projectPassword;
+
+  std::vector<std::uint8_t> Encode() const;
+  // Throws ItemError(kItemFailed) for a record whose version is not 256.
+  static ProjectSecurity Decode(std::span<const std::uint8_t> record);
+};
+
+struct ProjectInfo {
+  std::uint16_t dataVersion = kDataVersion;
+  std::string projectName;
+  std::string description;
+  std::uint32_t createdAt = 0;
+  bool attachmentsInProject = true;
+  std::string attachmentFolder;
+
+  // Written in the newest layout; a createdAt of 0 takes `now`.
+  std::vector<std::uint8_t> Encode(std::uint32_t now) const;
+  // Reads any layout from 256 up; a record older than 257 takes `now` as its creation.
+  // A data version above kDataVersion is read as far as the version, so the opening can
+  // refuse it as newer than this program; below 256 throws ItemError(kItemFailed).
+  static ProjectInfo Decode(std::span<const std::uint8_t> record, std::uint32_t now);
+};
+
+}  // namespace qm

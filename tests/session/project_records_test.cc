@@ -1,0 +1,74 @@
+// The project's security and information records against bytes built by hand.
+#include "session/project_records.h"
+
+#include <gtest/gtest.h>
+
+#include "session/item_error.h"
+#include "store/file_bytes.h"
+
+namespace qm::test {
+namespace {
+
+constexpr std::uint32_t kNow = 3'700'000'000u;
+
+TEST(ProjectRecords, SecurityRecordLayout) {
+  ProjectSecurity s;
+  s.securityMode = 1;
+  s.projectPassword = "Open Sesame";
+  Bytes expected;
+  expected.u16(256).u16(1).u8(11).text("Open Sesame");
+  EXPECT_EQ(s.Encode(), expected.b);
+  const ProjectSecurity back = ProjectSecurity::Decode(expected.b);
+  EXPECT_EQ(back.securityMode, 1);
+  EXPECT_EQ(back.projectPassword, "Open Sesame");
+  Bytes wrong;
+  wrong.u16(257).u16(0).u8(0);
+  EXPECT_THROW(ProjectSecurity::Decode(wrong.b), ItemError);
+}
+
+// Each layout from 256 on adds its fields; what an older record lacks keeps its default,
+// the creation time being the time of reading.
+TEST(ProjectInfoRecords, EveryDataVersionReadsItsOwnFields) {
+  ProjectInfo info;
+  info.projectName = "Atlas";
+  info.description = "Flight software";
+  info.attachmentsInProject = false;
+  info.attachmentFolder = "/srv/atlas";
+  Bytes newest;
+  newest.u16(355).u8(5).text("Atlas").u8(15).text("Flight software").u32(kNow).u32(0);
+  newest.u8(0).u8(10).text("/srv/atlas").u16(0).u16(0).u32(0).u32(0).u8(0);
+  EXPECT_EQ(info.Encode(kNow), newest.b) << "createdAt 0 takes the present time";
+  info.createdAt = 12345;
+  EXPECT_EQ(BeU32(info.Encode(kNow), 2 + 1 + 5 + 1 + 15), 12345u);
+
+  Bytes v256;
+  v256.u16(256).u8(1).text("A").u8(0);
+  ProjectInfo read = ProjectInfo::Decode(v256.b, kNow);
+  EXPECT_EQ(read.dataVersion, 256);
+  EXPECT_EQ(read.projectName, "A");
+  EXPECT_EQ(read.createdAt, kNow);
+  EXPECT_TRUE(read.attachmentsInProject);
+
+  Bytes v300;
+  v300.u16(300).u8(1).text("B").u8(1).text("d").u32(777).u32(0).u8(0).u8(3).text("ign");
+  read = ProjectInfo::Decode(v300.b, kNow);
+  EXPECT_EQ(read.createdAt, 777u);
+  EXPECT_TRUE(read.attachmentsInProject) << "attachments fields come only from 341";
+  EXPECT_EQ(read.attachmentFolder, "");
+
+  Bytes v341;
+  v341.u16(341).u8(1).text("C").u8(0).u32(888).u32(0).u8(0).u8(2).text("/a");
+  read = ProjectInfo::Decode(v341.b, kNow);
+  EXPECT_FALSE(read.attachmentsInProject);
+  EXPECT_EQ(read.attachmentFolder, "/a");
+
+  Bytes newer;
+  newer.u16(356).u8(1).text("D");
+  EXPECT_EQ(ProjectInfo::Decode(newer.b, kNow).dataVersion, 356) << "left to the opening";
+  Bytes older;
+  older.u16(255).u8(0).u8(0);
+  EXPECT_THROW(ProjectInfo::Decode(older.b, kNow), ItemError);
+}
+
+}  // namespace
+}  // namespace qm::test
