@@ -4,7 +4,6 @@
 
 #include <map>
 
-#include "store/file_bytes.h"
 #include "store/project_store.h"
 #include "support/fake_files.h"
 #include "support/scripted_ui.h"
