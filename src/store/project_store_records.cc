@@ -34,6 +34,14 @@ DBStatus CProjectStore::RecordOperation(Tag tag, Effect effect, EntryRefresh ref
     work(h);
     if (effect == Effect::kChanges) header_.CountChange();
   });
+  if (status != DBStatus::kOk && effect == Effect::kChanges) {
+    // A change that failed half-way may have left the index and TableEntry in memory
+    // ahead of the file; the next access reads them again.
+    if (TableHandle* h = FindTable(tag)) {
+      h->indexHeld = false;
+      (void)RunGuarded([&] { ReadTableEntry(*h); });
+    }
+  }
   if (wasInAccess) {
     if (status == DBStatus::kOk && effect == Effect::kChanges) {
       status = RunGuarded([&] { WriteHeader(); });
