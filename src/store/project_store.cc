@@ -143,6 +143,7 @@ DBStatus CProjectStore::Close() {
   inAccess_ = false;
   unflushed_ = false;
   holesHeld_ = false;
+  holesUnwritten_ = false;
   return DBStatus::kOk;
 }
 
@@ -334,6 +335,8 @@ void CProjectStore::WriteTableEntry(const TableHandle& h) {
 }
 
 void CProjectStore::ReadHoleBlock() {
+  // Holes entered by this client and not yet written are newer than the file's block.
+  if (holesUnwritten_) return;
   std::uint8_t bytes[HoleHead::kSize];
   HoleHead read;
   DBStatus s = RunGuarded([&] { ReadExactly(header_.holeBlockOffset, bytes, sizeof bytes); });
@@ -378,6 +381,7 @@ void CProjectStore::WriteHoleBlock(bool fill) {
     // A list that outgrew its block is not written; the head starts over.
     holeHead_ = HoleHead{};
     holes_.clear();
+    holesUnwritten_ = false;
     return;
   }
   holeHead_.count = static_cast<std::uint32_t>(holes_.size());
@@ -390,6 +394,7 @@ void CProjectStore::WriteHoleBlock(bool fill) {
     w.U32(hole.size);
   }
   Write(header_.holeBlockOffset, bytes.data(), bytes.size());
+  holesUnwritten_ = false;
 }
 
 void CProjectStore::ReadLockBlock() {
@@ -496,6 +501,7 @@ DBStatus CProjectStore::AddHole(std::uint32_t offset, std::uint32_t size) {
       merged = it->size;
     }
     holeHead_.count = static_cast<std::uint32_t>(holes_.size());
+    holesUnwritten_ = true;
     if (merged > holeHead_.largest) holeHead_.largest = merged;
     if (!doubleMerge) {
       ++holeHead_.revision;

@@ -249,6 +249,7 @@ class CProjectStore {
   std::uint32_t lastSeenChangeCounter_ = 0;
   std::uint32_t heldHoleRevision_ = 0;
   bool holesHeld_ = false;
+  bool holesUnwritten_ = false;  // AddHole changed the list since it was last written
   bool exclusiveHeld_ = false;
   std::uint16_t exclusiveSlot_ = kNoLockNumber;
   bool inAccess_ = false;

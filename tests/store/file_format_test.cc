@@ -364,6 +364,36 @@ TEST(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
   EXPECT_EQ(store.ReadRecord(kMessagesTag, 1, payload), DBStatus::kNoSuchRecord);
 }
 
+// Notices that do not stand side by side become separate holes; past 128 of them the
+// hole block grows by 128 and moves to the end of the file.
+TEST(FileFormat, TheHoleBlockGrowsAndMovesWhenItIsFull) {
+  TempDir dir;
+  ScriptedUi ui;
+  const std::string path = dir.File("h.qmk");
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+    ASSERT_EQ(store.AddTable(kDfct, ""), DBStatus::kOk);
+    for (int i = 0; i < 130; ++i) {
+      ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 3), nullptr),
+                DBStatus::kOk);
+      ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'x'}, nullptr), DBStatus::kOk);
+    }
+  }
+  const std::size_t end = ReadFileBytes(path).size();
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  EXPECT_EQ(store.GetUnusedBytes(), 130u * 44);
+  ASSERT_EQ(store.holes().size(), 130u);
+  const auto f = ReadFileBytes(path);
+  EXPECT_EQ(BeU32(f, 16), end) << "the grown block stands at the old end of the file";
+  EXPECT_EQ(f.size(), end + 24 + 256 * 8);
+  EXPECT_EQ(BeU32(f, end + 4), 256u);
+  EXPECT_EQ(BeU32(f, end + 8), 130u);
+  std::vector<std::uint8_t> out;
+  EXPECT_EQ(store.ReadRecord(kDfct, 130, out), DBStatus::kOk) << "records between holes stay";
+}
+
 // Damaged notice entries and hole blocks are found, never acted upon: the purge must not
 // fill a fixed block with FE, and a capacity beyond the file is no reason to write there.
 TEST(FileFormat, DamagedNoticesAndHoleBlocksDestroyNothing) {
