@@ -108,5 +108,27 @@ TEST(Clients, ASingleUserFileIsHeldByTheClientThatOpenedIt) {
   ASSERT_EQ(second.ReadRecord(kDfct, 1, out), DBStatus::kOk);
 }
 
+// Switching a file to single-user makes its client the only one: it keeps the write lock
+// until it switches back.
+TEST(Clients, SwitchingToSingleUserHoldsTheFileUntilSwitchedBack) {
+  TempDir dir;
+  const std::string path = MakeFile(dir, 1);
+  ScriptedUi ui;
+  FakeClock clock;
+  clock.pauseTicks = 6000;
+  CProjectStore owner(ui), other(ui, platform::FileSystem::Real(), clock);
+  ASSERT_EQ(owner.Open(path), DBStatus::kOk);
+  ASSERT_EQ(other.Open(path), DBStatus::kOk);
+  ASSERT_EQ(owner.SetMultiUser(0), DBStatus::kOk);
+  EXPECT_FALSE(owner.multiUser());
+  std::vector<std::uint8_t> out;
+  EXPECT_EQ(other.ReadRecord(kDfct, 1, out), DBStatus::kBusy);
+  ASSERT_EQ(owner.AddRecord(kDfct, P("alone"), nullptr), DBStatus::kOk);
+  ASSERT_EQ(owner.SetMultiUser(1), DBStatus::kOk);
+  ASSERT_EQ(other.ReadRecord(kDfct, 1, out), DBStatus::kOk);
+  EXPECT_EQ(std::string(out.begin(), out.end()), "alone");
+  EXPECT_EQ(other.header().multiUser, 1);
+}
+
 }  // namespace
 }  // namespace qm::test
