@@ -68,16 +68,4 @@ int CTestConfigTable::CompareItems(const RecordItem& a, const RecordItem& b,
                               static_cast<const CTestConfig*>(&b));
 }
 
-std::unique_ptr<RecordItem> CTestConfigTable::ItemFromRecord(
-    std::span<const std::uint8_t> payload) const {
-  auto item = std::make_unique<CTestConfig>();
-  PayloadReader in(payload);
-  item->ReadFrom(in);
-  return item;
-}
-
-std::unique_ptr<RecordItem> CTestConfigTable::NewItem() const {
-  return std::make_unique<CTestConfig>();
-}
-
 }  // namespace qm

@@ -72,13 +72,11 @@ class CTestConfig : public RecordItem {
 };
 
 // The 'scfg' table: shared test configurations, sorted by name ignoring case.
-class CTestConfigTable : public ItemTable {
+class CTestConfigTable : public ItemTableOf<CTestConfig> {
  public:
-  CTestConfigTable(CProjectStore* store, ui::Ui& ui) : ItemTable(store, MakeTag("scfg"), ui) {}
+  CTestConfigTable(CProjectStore* store, ui::Ui& ui) : ItemTableOf(store, MakeTag("scfg"), ui) {}
 
   int CompareItems(const RecordItem& a, const RecordItem& b, const SortOrder& order) const override;
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override;
-  std::unique_ptr<RecordItem> NewItem() const override;
 };
 
 }  // namespace qm

@@ -143,14 +143,4 @@ int CUserTable::CompareItems(const RecordItem& a, const RecordItem& b,
   return CUser::Compare(static_cast<const CUser*>(&a), static_cast<const CUser*>(&b));
 }
 
-std::unique_ptr<RecordItem> CUserTable::ItemFromRecord(
-    std::span<const std::uint8_t> payload) const {
-  auto item = std::make_unique<CUser>();
-  PayloadReader in(payload);
-  item->ReadFrom(in);
-  return item;
-}
-
-std::unique_ptr<RecordItem> CUserTable::NewItem() const { return std::make_unique<CUser>(); }
-
 }  // namespace qm

@@ -186,13 +186,11 @@ class CUser : public RecordItem {
 };
 
 // The 'user' table, users and customers together, sorted by GetName ignoring case.
-class CUserTable : public ItemTable {
+class CUserTable : public ItemTableOf<CUser> {
  public:
-  CUserTable(CProjectStore* store, ui::Ui& ui) : ItemTable(store, MakeTag("user"), ui) {}
+  CUserTable(CProjectStore* store, ui::Ui& ui) : ItemTableOf(store, MakeTag("user"), ui) {}
 
   int CompareItems(const RecordItem& a, const RecordItem& b, const SortOrder& order) const override;
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override;
-  std::unique_ptr<RecordItem> NewItem() const override;
 };
 
 }  // namespace qm

@@ -84,16 +84,4 @@ int CUserGroupTable::CompareItems(const RecordItem& a, const RecordItem& b,
                        static_cast<const CUserGroup&>(b).name.str());
 }
 
-std::unique_ptr<RecordItem> CUserGroupTable::ItemFromRecord(
-    std::span<const std::uint8_t> payload) const {
-  auto item = std::make_unique<CUserGroup>();
-  PayloadReader in(payload);
-  item->ReadFrom(in);
-  return item;
-}
-
-std::unique_ptr<RecordItem> CUserGroupTable::NewItem() const {
-  return std::make_unique<CUserGroup>();
-}
-
 }  // namespace qm

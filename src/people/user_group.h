@@ -67,13 +67,11 @@ class CUserGroup : public RecordItem {
 };
 
 // The 'ugrp' table, sorted by name ignoring case.
-class CUserGroupTable : public ItemTable {
+class CUserGroupTable : public ItemTableOf<CUserGroup> {
  public:
-  CUserGroupTable(CProjectStore* store, ui::Ui& ui) : ItemTable(store, MakeTag("ugrp"), ui) {}
+  CUserGroupTable(CProjectStore* store, ui::Ui& ui) : ItemTableOf(store, MakeTag("ugrp"), ui) {}
 
   int CompareItems(const RecordItem& a, const RecordItem& b, const SortOrder& order) const override;
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override;
-  std::unique_ptr<RecordItem> NewItem() const override;
 };
 
 }  // namespace qm

@@ -147,4 +147,20 @@ class ItemTable {
   LockableArray<RecordItem*> items_{key_};
 };
 
+// A table whose items are all of one class: made empty, or from a payload of a layout
+// the class reads (ItemError for another).
+template <class Item>
+class ItemTableOf : public ItemTable {
+ public:
+  using ItemTable::ItemTable;
+
+  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override {
+    auto item = std::make_unique<Item>();
+    PayloadReader in(payload);
+    item->ReadFrom(in);
+    return item;
+  }
+  std::unique_ptr<RecordItem> NewItem() const override { return std::make_unique<Item>(); }
+};
+
 }  // namespace qm

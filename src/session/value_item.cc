@@ -24,14 +24,4 @@ int CValueTable::CompareItems(const RecordItem& a, const RecordItem& b,
   return x < y ? -1 : (x > y ? 1 : 0);
 }
 
-std::unique_ptr<RecordItem> CValueTable::ItemFromRecord(
-    std::span<const std::uint8_t> payload) const {
-  auto item = std::make_unique<ValueItem>();
-  PayloadReader in(payload);
-  item->ReadFrom(in);
-  return item;
-}
-
-std::unique_ptr<RecordItem> CValueTable::NewItem() const { return std::make_unique<ValueItem>(); }
-
 }  // namespace qm

@@ -42,13 +42,11 @@ class ValueItem : public RecordItem {
 
 // The table of one value list. Items sort by `order`, ascending, whatever sort order the
 // table is given.
-class CValueTable : public ItemTable {
+class CValueTable : public ItemTableOf<ValueItem> {
  public:
-  CValueTable(CProjectStore* store, Tag tag, ui::Ui& ui) : ItemTable(store, tag, ui) {}
+  CValueTable(CProjectStore* store, Tag tag, ui::Ui& ui) : ItemTableOf(store, tag, ui) {}
 
   int CompareItems(const RecordItem& a, const RecordItem& b, const SortOrder& order) const override;
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override;
-  std::unique_ptr<RecordItem> NewItem() const override;
 
   // The item at a 1-based position, or null.
   ValueItem* ValueAt(std::uint32_t position) const {
