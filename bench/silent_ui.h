@@ -16,6 +16,10 @@ class SilentUi : public ui::Ui {
   void ProgressStep(const std::string&) override {}
   void EndProgress() override {}
   ui::Modifiers HeldModifiers() override { return {}; }
+  std::optional<ui::LoginEntry> AskLogin(const std::string&, const ui::LoginEntry&) override {
+    return std::nullopt;
+  }
+  std::optional<std::string> AskPassword(const std::string&) override { return std::nullopt; }
 };
 
 }  // namespace qm::bench

@@ -1,6 +1,7 @@
 // Messages and questions on the terminal.
 #include "console_ui.h"
 
+#include <termios.h>
 #include <unistd.h>
 #include <iostream>
 #include <string>
@@ -29,7 +30,45 @@ Choice ChoiceOf(ui::Buttons buttons) {
   return {"", ui::Answer::kOk, ui::Answer::kOk};
 }
 
+// A line from the terminal; with `hidden`, typed without echo. Nothing at the end of input.
+std::optional<std::string> ReadLine(const std::string& prompt, bool hidden) {
+  std::cerr << prompt << std::flush;
+  termios saved{};
+  const bool quiet = hidden && ::tcgetattr(STDIN_FILENO, &saved) == 0;
+  if (quiet) {
+    termios silent = saved;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+  }
+  std::string line;
+  const bool got = static_cast<bool>(std::getline(std::cin, line));
+  if (quiet) {
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+    std::cerr << "\n";
+  }
+  if (!got) return std::nullopt;
+  return line;
+}
+
 }  // namespace
+
+std::optional<ui::LoginEntry> ConsoleUi::AskLogin(const std::string& text,
+                                                  const ui::LoginEntry& start) {
+  if (!::isatty(STDIN_FILENO)) return std::nullopt;
+  std::cerr << text << "\n";
+  auto name =
+      ReadLine(start.name.empty() ? "User name: " : "User name [" + start.name + "]: ", false);
+  if (!name) return std::nullopt;
+  auto password = ReadLine("Password: ", true);
+  if (!password) return std::nullopt;
+  return ui::LoginEntry{name->empty() ? start.name : *name, *password};
+}
+
+std::optional<std::string> ConsoleUi::AskPassword(const std::string& text) {
+  if (!::isatty(STDIN_FILENO)) return std::nullopt;
+  std::cerr << text << "\n";
+  return ReadLine("Password: ", true);
+}
 
 ui::Answer ConsoleUi::Ask(const ui::Message& message) {
   std::cerr << (message.caption.empty() ? "" : message.caption + ": ") << message.text << "\n";

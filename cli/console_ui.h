@@ -15,6 +15,9 @@ class ConsoleUi : public ui::Ui {
   void ProgressStep(const std::string& line) override;
   void EndProgress() override {}
   ui::Modifiers HeldModifiers() override { return {}; }
+  std::optional<ui::LoginEntry> AskLogin(const std::string& text,
+                                         const ui::LoginEntry& start) override;
+  std::optional<std::string> AskPassword(const std::string& text) override;
 };
 
 }  // namespace qm::cli

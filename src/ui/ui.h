@@ -33,6 +33,12 @@ struct FileChoice {
   bool folder = false;
 };
 
+// What the login dialog holds: a user name and a password.
+struct LoginEntry {
+  std::string name;
+  std::string password;
+};
+
 struct Modifiers {
   bool ctrl = false;
   bool alt = false;
@@ -54,6 +60,10 @@ class Ui {
   virtual void EndProgress() = 0;
   // The modifier keys held at this moment.
   virtual Modifiers HeldModifiers() = 0;
+  // The login dialog: its text, and the fields as they start. Nothing when cancelled.
+  virtual std::optional<LoginEntry> AskLogin(const std::string& text, const LoginEntry& start) = 0;
+  // A dialog with a text and one password field. Nothing when cancelled.
+  virtual std::optional<std::string> AskPassword(const std::string& text) = 0;
 
   // A message with only an OK button.
   void Tell(std::string text, Icon icon = Icon::kNone, std::string caption = {});

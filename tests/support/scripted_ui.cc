@@ -34,6 +34,28 @@ std::optional<std::string> ScriptedUi::ChooseFile(const ui::FileChoice& choice) 
   return f;
 }
 
+std::optional<ui::LoginEntry> ScriptedUi::AskLogin(const std::string& text, const ui::LoginEntry&) {
+  loginTexts.push_back(text);
+  if (logins_.empty()) {
+    ADD_FAILURE() << "unscripted login dialog: " << text;
+    return std::nullopt;
+  }
+  auto entry = logins_.front();
+  logins_.pop_front();
+  return entry;
+}
+
+std::optional<std::string> ScriptedUi::AskPassword(const std::string& text) {
+  passwordTexts.push_back(text);
+  if (passwords_.empty()) {
+    ADD_FAILURE() << "unscripted password dialog: " << text;
+    return std::nullopt;
+  }
+  auto entry = passwords_.front();
+  passwords_.pop_front();
+  return entry;
+}
+
 std::vector<std::string> ScriptedUi::Texts() const {
   std::vector<std::string> texts;
   for (const auto& m : shown) texts.push_back(m.text);

@@ -18,6 +18,9 @@ class ScriptedUi : public ui::Ui {
   void Script(std::vector<ui::Answer> answers);
   void ScriptFile(std::optional<std::string> path) { files_.push_back(std::move(path)); }
   void HoldModifiers(ui::Modifiers m) { modifiers_ = m; }
+  // Answers of the next login and password dialogs; nothing stands for Cancel.
+  void ScriptLogin(std::optional<ui::LoginEntry> entry) { logins_.push_back(std::move(entry)); }
+  void ScriptPassword(std::optional<std::string> text) { passwords_.push_back(std::move(text)); }
 
   ui::Answer Ask(const ui::Message& message) override;
   std::optional<std::string> ChooseFile(const ui::FileChoice& choice) override;
@@ -26,11 +29,16 @@ class ScriptedUi : public ui::Ui {
   void ProgressStep(const std::string& line) override { progress.push_back(line); }
   void EndProgress() override { progress.push_back("[end]"); }
   ui::Modifiers HeldModifiers() override { return modifiers_; }
+  std::optional<ui::LoginEntry> AskLogin(const std::string& text,
+                                         const ui::LoginEntry& start) override;
+  std::optional<std::string> AskPassword(const std::string& text) override;
 
   std::vector<ui::Message> shown;  // every message, in order
   std::vector<ui::FileChoice> fileChoices;
   std::vector<std::string> statusTexts;
   std::vector<std::string> progress;
+  std::vector<std::string> loginTexts;     // the text of each login dialog shown
+  std::vector<std::string> passwordTexts;  // the text of each password dialog shown
 
   // The texts of the messages shown, in order.
   std::vector<std::string> Texts() const;
@@ -38,6 +46,8 @@ class ScriptedUi : public ui::Ui {
  private:
   std::deque<ui::Answer> answers_;
   std::deque<std::optional<std::string>> files_;
+  std::deque<std::optional<ui::LoginEntry>> logins_;
+  std::deque<std::optional<std::string>> passwords_;
   ui::Modifiers modifiers_;
 };
 
