@@ -49,6 +49,7 @@
 #include "people/test_config.h"
 #include "platform/clock.h"
 #include "session/item_table.h"
+#include "session/login.h"
 #include "session/record_item.h"
 
 namespace qm {
@@ -56,7 +57,7 @@ namespace qm {
 class CUserGroup;
 class CUserGroupTable;
 
-class CUser : public RecordItem {
+class CUser : public RecordItem, public LoginAccount {
  public:
   static constexpr std::uint16_t kOldestVersion = 0x100;
   static constexpr std::uint16_t kVersion = 0x109;
@@ -108,6 +109,9 @@ class CUser : public RecordItem {
 
   // The CUserGroup record id; 0 for none.
   std::uint32_t GetGroupId() const { return groupId_; }
+  std::string_view LoginName() const override { return GetLogin(); }
+  std::string_view LoginPassword() const override { return GetPassword(); }
+  std::uint32_t LoginGroupId() const override { return groupId_; }
   void SetGroupId(std::uint32_t id) { groupId_ = id; }
   // The person's group in the group table, or null when there is none or it is gone.
   const CUserGroup* GetGroup(const CUserGroupTable& groups) const;

@@ -24,11 +24,12 @@
 
 #include "people/record_fields.h"
 #include "session/item_table.h"
+#include "session/login.h"
 #include "session/record_item.h"
 
 namespace qm {
 
-class CUserGroup : public RecordItem {
+class CUserGroup : public RecordItem, public RightsGroup {
  public:
   static constexpr std::uint16_t kOldestVersion = 0x100;
   static constexpr std::uint16_t kVersion = 0x103;
@@ -49,6 +50,7 @@ class CUserGroup : public RecordItem {
   // The right numbers (1 to 67) that members lack, in the order they were denied.
   const std::vector<std::uint32_t>& disabledCommands() const { return disabledCommands_; }
   bool IsCommandDisabled(std::uint32_t right) const;
+  bool DeniesRight(std::uint32_t right) const override { return IsCommandDisabled(right); }
   void SetCommandDisabled(std::uint32_t right, bool disabled);
 
   // The widths of the fields less their terminators.

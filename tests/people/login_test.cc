@@ -1,0 +1,147 @@
+// Logins against the users of a project file: the checks, the dialogs and their
+// messages, the rights of the group, and a user logged in by another process.
+#include "session/login.h"
+
+#include <gtest/gtest.h>
+
+#include "people/user.h"
+#include "people/user_group.h"
+#include "store/project_store.h"
+#include "support/child_process.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+class Login : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    path = dir.File("p.qmk");
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+    ASSERT_EQ(store.AddTable(MakeTag("user"), ""), DBStatus::kOk);
+    ASSERT_EQ(store.AddTable(MakeTag("ugrp"), ""), DBStatus::kOk);
+    auto group = std::make_unique<CUserGroup>();
+    group->name = "Testers";
+    group->SetCommandDisabled(4, true);
+    std::unique_ptr<RecordItem> g = std::move(group);
+    ASSERT_EQ(groups.AddItem(g), DBStatus::kOk);
+    admin = AddUser("admin", "", 1);
+    tess = AddUser("tess", "Secret", 1);
+    AddUser("gone", "x", 1)->deleted = true;
+  }
+  CUser* AddUser(const char* login, const char* password, std::uint32_t group) {
+    auto user = std::make_unique<CUser>();
+    user->SetLastName(login);
+    user->SetLogin(login);
+    user->SetPassword(password);
+    user->SetGroupId(group);
+    CUser* raw = user.get();
+    std::unique_ptr<RecordItem> item = std::move(user);
+    EXPECT_EQ(users.AddItem(item), DBStatus::kOk);
+    return raw;
+  }
+
+  TempDir dir;
+  ScriptedUi ui;
+  CProjectStore store{ui};
+  CUserTable users{&store, ui};
+  CUserGroupTable groups{&store, ui};
+  std::string path;
+  CUser* admin = nullptr;
+  CUser* tess = nullptr;
+};
+
+TEST_F(Login, CheckLoginIgnoresCaseAndDeletedUsers) {
+  RecordItem* found = nullptr;
+  EXPECT_EQ(CheckLogin(users, &store, "ADMIN", "", &found), LoginCheck::kFound);
+  EXPECT_EQ(found, admin);
+  EXPECT_EQ(CheckLogin(users, &store, "Tess", "sECRET", &found), LoginCheck::kFound);
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "wrong", &found), LoginCheck::kWrongPassword);
+  EXPECT_EQ(CheckLogin(users, &store, "gone", "x", &found), LoginCheck::kNoSuchUser);
+  EXPECT_EQ(CheckLogin(users, &store, "", "", &found), LoginCheck::kNoSuchUser);
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", nullptr), LoginCheck::kNoOut);
+
+  const std::string file = path;
+  const std::uint32_t tessId = tess->GetId();
+  Child other([file, tessId](Child::Channel& c) {
+    ScriptedUi childUi;
+    CProjectStore s(childUi);
+    if (s.Open(file) != DBStatus::kOk || s.LoginUser(tessId) != DBStatus::kOk) return 1;
+    c.Send("in");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(other.Receive(), "in");
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kLoggedInElsewhere);
+  other.Kill();
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kFound)
+      << "the slot of a crashed client is cleared by the refresh";
+}
+
+TEST_F(Login, TheDialogAsksUntilAUserIsFound) {
+  LoginSession session(ui, store, users, groups, path);
+  ui.ScriptLogin(ui::LoginEntry{"tess", "nope"});
+  ui.ScriptLogin(ui::LoginEntry{"tess", "secret"});
+  EXPECT_EQ(session.LogIn(ui::LoginEntry{"nobody", "pw"}), 0);
+  EXPECT_EQ(ui.Texts(), (std::vector<std::string>{
+                            "The user name or password you last used for this project file is "
+                            "not valid.",
+                            "Either the user name or password you entered is not valid. Please "
+                            "try again."}));
+  EXPECT_EQ(ui.loginTexts.front(),
+            "Please enter your user name and password for the file: " + path);
+  EXPECT_EQ(session.currentUser(), tess);
+  EXPECT_FALSE(session.HasRight(4)) << "the group denies it";
+  EXPECT_TRUE(session.HasRight(3));
+  bool in = false;
+  ASSERT_EQ(store.IsUserLoggedIn(tess->GetId(), in), DBStatus::kOk);
+  EXPECT_TRUE(in);
+  EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 1) << "the same user again";
+
+  // A remembered login with a wrong password ends the login without the dialog.
+  LoginSession second(ui, store, users, groups, path);
+  EXPECT_EQ(second.LogIn(ui::LoginEntry{"admin", "wrong"}), -1);
+  ui.ScriptLogin(std::nullopt);
+  EXPECT_EQ(second.LogIn(std::nullopt), -1) << "cancelled";
+}
+
+TEST(ProjectPassword, AskedUntilRightOrCancelled) {
+  ScriptedUi ui;
+  EXPECT_EQ(CheckProjectPassword(ui, "/p.qmk", ""), 0);
+  EXPECT_TRUE(ui.passwordTexts.empty());
+  ui.ScriptPassword("nope");
+  ui.ScriptPassword("OPEN");
+  EXPECT_EQ(CheckProjectPassword(ui, "/p.qmk", "open"), 0);
+  EXPECT_EQ(ui.passwordTexts[0],
+            "The file /p.qmk is password protected. Please enter the password below.");
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Password incorrect -- please try again."});
+  ui.ScriptPassword(std::nullopt);
+  EXPECT_EQ(CheckProjectPassword(ui, "/p.qmk", "open"), -1);
+}
+
+TEST(PasswordChange, OldThenNewTwice) {
+  PasswordChange change("old");
+  EXPECT_EQ(change.prompt(), "Please type the old password.");
+  EXPECT_EQ(change.Submit("wrong"), "Password incorrect -- please try again.");
+  EXPECT_EQ(change.Submit("OLD"), std::nullopt);
+  EXPECT_EQ(change.prompt(), "Please type the new password.");
+  EXPECT_EQ(change.Submit("first"), std::nullopt);
+  EXPECT_EQ(change.prompt(), "Retype the new password to verify.");
+  EXPECT_EQ(change.Submit("other"),
+            "The two passwords you have entered do not match -- please try again.");
+  EXPECT_EQ(change.stage(), 2);
+  EXPECT_EQ(change.Submit(std::string(40, 'p')), std::nullopt);
+  EXPECT_EQ(change.Submit(std::string(32, 'p')), std::nullopt);
+  EXPECT_TRUE(change.done());
+  EXPECT_EQ(change.result(), std::string(32, 'p')) << "at most 32 characters";
+
+  PasswordChange none("");
+  EXPECT_EQ(none.stage(), 2);
+  EXPECT_EQ(none.Submit(""), std::nullopt);
+  EXPECT_TRUE(none.done()) << "an empty new password ends at once, removing it";
+  EXPECT_EQ(none.result(), "");
+}
+
+}  // namespace
+}  // namespace qm::test
