@@ -35,10 +35,9 @@ DBStatus StoreCounters::UnderRecordLock(Tag tag, std::uint32_t id, Work&& work) 
 
 DBStatus StoreCounters::NextCounter(Tag tag, std::uint32_t id, std::uint32_t& value) {
   return UnderRecordLock(tag, id, [&] {
-    std::vector<std::uint8_t> record;
-    if (DBStatus s = store_.ReadRecord(tag, id, record); s != DBStatus::kOk) return s;
-    if (record.size() < 4) return DBStatus::kIoError;
-    const std::uint32_t next = BeReader(record.data()).U32() + 1;
+    std::uint32_t stored = 0;
+    if (DBStatus s = ReadCounter(store_, tag, id, stored); s != DBStatus::kOk) return s;
+    const std::uint32_t next = stored + 1;
     if (DBStatus s = store_.UpdateRecord(tag, id, Encode(next)); s != DBStatus::kOk) return s;
     value = next;
     return DBStatus::kOk;

@@ -47,11 +47,9 @@ DBStatus WriteOptions(CProjectStore& store, const ProjectOptions& options) {
   return store.PutRecord(kMiscTag, EncodeOptions(options), kOptionsRecord, PutMode::kReplace);
 }
 
-DBStatus ReadDefectCounter(CProjectStore& store, std::uint32_t& value) {
+DBStatus ReadCounter(CProjectStore& store, Tag tag, std::uint32_t id, std::uint32_t& value) {
   std::vector<std::uint8_t> record;
-  if (DBStatus s = store.ReadRecord(kMiscTag, kDefectCounterRecord, record); s != DBStatus::kOk) {
-    return s;
-  }
+  if (DBStatus s = store.ReadRecord(tag, id, record); s != DBStatus::kOk) return s;
   if (record.size() < 4) return DBStatus::kIoError;
   value = BeReader(record.data()).U32();
   return DBStatus::kOk;

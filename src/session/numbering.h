@@ -50,8 +50,14 @@ std::optional<ProjectOptions> DecodeOptions(std::span<const std::uint8_t> record
 // Writes record 8, replacing what is there; the other clients take it over at their next
 // check of the file.
 [[nodiscard]] DBStatus WriteOptions(CProjectStore& store, const ProjectOptions& options);
-// Reads the value of counter record 7; a record of fewer than 4 bytes is 1011.
-[[nodiscard]] DBStatus ReadDefectCounter(CProjectStore& store, std::uint32_t& value);
+// Reads the value of a counter record of misc (5, 6 or 7), a big-endian u32; a record of
+// fewer than 4 bytes is 1011.
+[[nodiscard]] DBStatus ReadCounter(CProjectStore& store, Tag tag, std::uint32_t id,
+                                   std::uint32_t& value);
+// Reads the value of counter record 7.
+[[nodiscard]] inline DBStatus ReadDefectCounter(CProjectStore& store, std::uint32_t& value) {
+  return ReadCounter(store, kMiscTag, kDefectCounterRecord, value);
+}
 
 // The counters of the open project, which set a value under the counter record's lock.
 class ProjectCounters {

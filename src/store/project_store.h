@@ -219,6 +219,9 @@ class CProjectStore {
                              std::uint32_t id);
   void InsertIntoIndex(TableHandle& h, std::uint32_t& id, std::uint32_t offset, std::uint32_t size);
   void RemoveFromIndex(TableHandle& h, std::uint32_t slot);
+  std::uint16_t WriteStoredRecord(std::uint32_t position, Tag tag, std::uint32_t id,
+                                  std::span<const std::uint8_t> data);
+  static bool HeaderMatches(const RecordHeader& rh, Tag tag, std::uint32_t id);
   void WriteRecordHeader(std::uint64_t offset, Tag tag, std::uint32_t id, std::uint32_t size,
                          std::uint16_t checksum, bool guarded);
   void ReadPayload(const IndexEntry& e, Tag tag, std::vector<std::uint8_t>& out);

@@ -199,25 +199,43 @@ void CProjectStore::WriteRecordHeader(std::uint64_t offset, Tag tag, std::uint32
 // Writes a record at the end of the file with id 0 in its header, enters it in the
 // index, and only then patches the id: a crash in between leaves dead bytes or a record
 // that reads as damaged, never a wrong one.
+// Writes a stored record at `position`: in a file with headers, its RecordHeader (with
+// `id`) and the payload in one write, guarded; else the payload alone. Answers the
+// payload's checksum (0 in a file without headers, where none is kept).
+std::uint16_t CProjectStore::WriteStoredRecord(std::uint32_t position, Tag tag, std::uint32_t id,
+                                               std::span<const std::uint8_t> data) {
+  if (!HeadersInRecords()) {
+    Write(position, data.data(), data.size(), true);
+    return 0;
+  }
+  std::vector<std::uint8_t> bytes(StoredSize(data.size()));
+  RecordHeader rh;
+  rh.table = tag;
+  rh.id = id;
+  rh.size = static_cast<std::uint32_t>(data.size());
+  rh.checksum = Checksum::Of(data.data(), data.size());
+  rh.Encode(bytes.data());
+  if (!data.empty()) std::memcpy(bytes.data() + RecordHeader::kSize, data.data(), data.size());
+  Write(position, bytes.data(), bytes.size(), true);
+  return rh.checksum;
+}
+
+// Whether a RecordHeader is the one the index promised.
+bool CProjectStore::HeaderMatches(const RecordHeader& rh, Tag tag, std::uint32_t id) {
+  return rh.marker == kRecordMarker && rh.table == tag && rh.id == id;
+}
+
+// Writes a record at the end of the file with id 0 in its header, enters it in the
+// index, and only then patches the id: a crash in between leaves dead bytes or a record
+// that reads as damaged, never a wrong one.
 std::uint32_t CProjectStore::AppendRecord(TableHandle& h, Tag tag,
                                           std::span<const std::uint8_t> data, std::uint32_t id) {
   const std::uint32_t stored = StoredSize(data.size());
   const std::uint32_t position = FindHoleForRecord(stored);
+  const std::uint16_t checksum = WriteStoredRecord(position, tag, 0, data);
+  InsertIntoIndex(h, id, position, stored);
   if (HeadersInRecords()) {
-    const std::uint16_t checksum = Checksum::Of(data.data(), data.size());
-    std::vector<std::uint8_t> bytes(stored);
-    RecordHeader rh;
-    rh.table = tag;
-    rh.size = static_cast<std::uint32_t>(data.size());
-    rh.checksum = checksum;
-    rh.Encode(bytes.data());
-    if (!data.empty()) std::memcpy(bytes.data() + RecordHeader::kSize, data.data(), data.size());
-    Write(position, bytes.data(), bytes.size(), true);
-    InsertIntoIndex(h, id, position, stored);
-    WriteRecordHeader(position, tag, id, rh.size, checksum, false);
-  } else {
-    Write(position, data.data(), data.size(), true);
-    InsertIntoIndex(h, id, position, stored);
+    WriteRecordHeader(position, tag, id, static_cast<std::uint32_t>(data.size()), checksum, false);
   }
   return id;
 }
@@ -265,9 +283,7 @@ void CProjectStore::ReadPayload(const IndexEntry& e, Tag tag, std::vector<std::u
     return;
   }
   const RecordHeader rh = RecordHeader::Decode(bytes);
-  if (rh.marker != kRecordMarker || rh.table != tag || rh.id != e.id) {
-    Fail(DBStatus::kBadRecordHeader);
-  }
+  if (!HeaderMatches(rh, tag, e.id)) Fail(DBStatus::kBadRecordHeader);
   const std::uint8_t* payload = bytes + RecordHeader::kSize;
   const std::size_t length = e.size - RecordHeader::kSize;
   if (Checksum::Of(payload, length) != rh.checksum) Fail(DBStatus::kBadChecksum);
@@ -380,19 +396,7 @@ DBStatus CProjectStore::UpdateRecord(Tag tag, std::uint32_t id,
     // Same length: overwritten in place. Otherwise the old record stays valid until the
     // index points at the new one.
     const std::uint32_t position = stored == old.size ? old.offset : FindHoleForRecord(stored);
-    if (HeadersInRecords()) {
-      std::vector<std::uint8_t> bytes(stored);
-      RecordHeader rh;
-      rh.table = tag;
-      rh.id = id;
-      rh.size = static_cast<std::uint32_t>(data.size());
-      rh.checksum = Checksum::Of(data.data(), data.size());
-      rh.Encode(bytes.data());
-      if (!data.empty()) std::memcpy(bytes.data() + RecordHeader::kSize, data.data(), data.size());
-      Write(position, bytes.data(), bytes.size(), true);
-    } else {
-      Write(position, data.data(), data.size(), true);
-    }
+    (void)WriteStoredRecord(position, tag, id, data);
     h.entries[slot] = {id, position, stored};
     ++h.head.revision;
     WriteIndexRange(h, slot, slot + 1);
@@ -453,9 +457,7 @@ DBStatus CProjectStore::ReadRecordToFile(Tag tag, std::uint32_t id, const std::s
       std::uint8_t bytes[RecordHeader::kSize];
       ReadExactly(e.offset, bytes, sizeof bytes);
       rh = RecordHeader::Decode(bytes);
-      if (rh.marker != kRecordMarker || rh.table != tag || rh.id != e.id) {
-        Fail(DBStatus::kBadRecordHeader);
-      }
+      if (!HeaderMatches(rh, tag, e.id)) Fail(DBStatus::kBadRecordHeader);
       payloadOffset += static_cast<std::uint32_t>(RecordHeader::kSize);
       length -= static_cast<std::uint32_t>(RecordHeader::kSize);
     }
