@@ -109,4 +109,9 @@ FileSystem& FileSystem::Real() {
   return real;
 }
 
+bool FileExists(const std::string& path) {
+  struct stat st;
+  return ::stat(path.c_str(), &st) == 0 && !S_ISDIR(st.st_mode);
+}
+
 }  // namespace qm::platform

@@ -67,4 +67,7 @@ class FileSystem {
   static FileSystem& Real();
 };
 
+// Whether something other than a folder is at `path` in the operating system's files.
+bool FileExists(const std::string& path);
+
 }  // namespace qm::platform

@@ -1,0 +1,91 @@
+// Reads arbitrary bytes as the preference file, alone and as the program's preferences.
+// Nothing may crash, what was read must come back the same after a Save, and a second
+// Load and Save of the preferences must write the very bytes of the first.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "platform/preference_file.h"
+#include "shell/app_preferences.h"
+
+namespace {
+
+// One folder for the whole run, removed when the fuzzer ends. Every Save puts its file on
+// the device, so the folder is in memory where the system offers that.
+class Folder {
+ public:
+  Folder() {
+    std::error_code error;
+    const std::filesystem::path base = std::filesystem::is_directory("/dev/shm", error)
+                                           ? "/dev/shm"
+                                           : std::filesystem::temp_directory_path();
+    std::string pattern = (base / "qm-prefs-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) std::abort();
+    path_ = pattern;
+  }
+  ~Folder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  std::string File(const char* name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+std::string ReadText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+void WriteBytes(const std::string& path, const std::uint8_t* data, std::size_t size) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc)
+      .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+}
+
+void Require(bool condition) {
+  if (!condition) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using qm::platform::PreferenceFile;
+  using qm::platform::PreferenceKind;
+  static const Folder folder;
+  const std::string in = folder.File("in.conf");
+  const std::string out = folder.File("out.conf");
+
+  WriteBytes(in, data, size);
+  PreferenceFile read(in);
+  Require(read.Load() == PreferenceFile::LoadResult::kRead);
+  PreferenceFile copy(out);
+  for (const qm::platform::PreferenceValue& value : read.values()) {
+    if (value.kind == PreferenceKind::kString) {
+      copy.SetString(value.name, value.bytes);
+    } else {
+      copy.SetBinary(value.name, {reinterpret_cast<const std::uint8_t*>(value.bytes.data()),
+                                  value.bytes.size()});
+    }
+  }
+  Require(copy.Save());
+  PreferenceFile again(out);
+  Require(again.Load() == PreferenceFile::LoadResult::kRead);
+  Require(again.values() == read.values());
+
+  qm::CAppPreferences prefs(in);
+  (void)prefs.Load();
+  Require(prefs.Save());
+  const std::string first = ReadText(in);
+  qm::CAppPreferences next(in);
+  (void)next.Load();
+  Require(next.Save());
+  Require(ReadText(in) == first);
+  return 0;
+}

@@ -1,0 +1,259 @@
+// The preference file: its line format read from and written to hand-built text, the
+// whole-file replacement, and where the file lives.
+#include "platform/preference_file.h"
+
+#include <gtest/gtest.h>
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "support/temp_dir.h"
+
+namespace qm::platform {
+namespace {
+
+using Kind = PreferenceKind;
+
+std::string ReadText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+void WriteText(const std::string& path, std::string_view text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+constexpr std::string_view kHeader =
+    "# Quillmark preferences, one value a line: Name=string:TEXT or Name=binary:HEXBYTES\n";
+
+// Every damaged line is left out and costs nothing else; the tolerated forms of a file
+// edited elsewhere read.
+TEST(PreferenceFile, ReadsHandWrittenText) {
+  test::TempDir dir;
+  const std::string path = dir.File("p.conf");
+  WriteText(path,
+            "\xEF\xBB\xBF"
+            "# comment=string:no\n"
+            "\n"
+            "Path=string:/home/ann/Proj\\\\ects\\nTwo\\r\\x09\\xE9\\xfF=x\n"
+            "Flag=binary:0100A0ff\n"
+            "Crlf=string:windows\r\n"
+            "Empty=string:\n"
+            "NoBytes=binary:\n"
+            "NoEquals string:x\n"
+            "Number=number:1\n"
+            "BadEscape=string:a\\tb\n"
+            "Trailing=string:a\\\n"
+            "ShortHex=string:\\x4\n"
+            "OddHex=binary:010\n"
+            "NotHex=binary:0g\n"
+            "Caf\xC3\xA9=string:non-ASCII name\n"
+            "=string:no name\n"
+            "Lower=String:kind is case-sensitive\n"
+            "Flag=binary:02000000\n"
+            "Last=string:no LF at the end");
+  PreferenceFile file(path);
+  ASSERT_EQ(file.Load(), PreferenceFile::LoadResult::kRead);
+  const std::vector<PreferenceValue> expected = {
+      {"Path", Kind::kString, "/home/ann/Proj\\ects\nTwo\r\t\xE9\xFF=x"},
+      {"Flag", Kind::kBinary, std::string("\x02\x00\x00\x00", 4)},  // the later line wins
+      {"Crlf", Kind::kString, "windows"},
+      {"Empty", Kind::kString, ""},
+      {"NoBytes", Kind::kBinary, ""},
+      {"Last", Kind::kString, "no LF at the end"},
+  };
+  EXPECT_EQ(file.values(), expected);
+  EXPECT_EQ(file.GetString("Path"), expected[0].bytes);
+  EXPECT_EQ(file.GetString("Flag"), std::nullopt) << "a binary value is not a string";
+  EXPECT_EQ(file.GetBinary("Flag"), (std::vector<std::uint8_t>{2, 0, 0, 0}));
+  EXPECT_EQ(file.GetBinary("Path"), std::nullopt);
+  EXPECT_EQ(file.GetString("Missing"), std::nullopt);
+}
+
+TEST(PreferenceFile, WritesTheLineFormat) {
+  test::TempDir dir;
+  const std::string path = dir.File("p.conf");
+  PreferenceFile file(path);
+  file.SetString("Text", "C:\\Proj\r\nTab\tDel\x7F|\x01");
+  file.SetString("Utf8", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x90\x9B");
+  // A lone Windows-1252 byte, an overlong slash, a surrogate, a cut euro sign.
+  file.SetString("NotUtf8", "\xE9|\xC0\xAF|\xED\xA0\x80|\xE2\x82");
+  const std::uint8_t bytes[] = {0x01, 0x00, 0xAB, 0xFF};
+  file.SetBinary("Bytes", bytes);
+  file.SetString("Empty", "");
+  file.SetBinary("Text", bytes);  // in place, the other kind
+  ASSERT_TRUE(file.Save());
+  EXPECT_EQ(ReadText(path), std::string(kHeader) +
+                                "Text=binary:0100abff\n"
+                                "Utf8=string:caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x90\x9B\n"
+                                "NotUtf8=string:\\xe9|\\xc0\\xaf|\\xed\\xa0\\x80|\\xe2\\x82\n"
+                                "Bytes=binary:0100abff\n"
+                                "Empty=string:\n");
+  file.SetString("Text", "C:\\Proj\r\nTab\tDel\x7F|\x01");
+  ASSERT_TRUE(file.Save());
+  EXPECT_NE(ReadText(path).find("\nText=string:C:\\\\Proj\\r\\nTab\\x09Del\\x7f|\\x01\n"),
+            std::string::npos);
+
+  struct stat st;
+  ASSERT_EQ(stat(path.c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0600u) << "the file holds passwords";
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1)
+      << "no temporary file is left behind";
+}
+
+TEST(PreferenceFile, AwkwardStringsComeBackAsTheyWere) {
+  test::TempDir dir;
+  std::string every_byte;
+  for (int b = 0; b < 256; ++b) every_byte += static_cast<char>(b);
+  const std::vector<std::string> texts = {
+      every_byte,   "\\",           "\\n",       "line\nline\n", "\r\n\r\n", "\\x41",
+      "trailing\\", "# not a note", "=string:x", " spaced ",     "\xC3",     "\xC3\xA9\xC3",
+  };
+  PreferenceFile file(dir.File("p.conf"));
+  for (std::size_t i = 0; i < texts.size(); ++i) file.SetString("V" + std::to_string(i), texts[i]);
+  ASSERT_TRUE(file.Save());
+  PreferenceFile again(dir.File("p.conf"));
+  ASSERT_EQ(again.Load(), PreferenceFile::LoadResult::kRead);
+  EXPECT_EQ(again.values(), file.values());
+}
+
+TEST(PreferenceFile, NamesThatCouldNotBeReadBackAreRefused) {
+  PreferenceFile file("unused");
+  for (const char* name : {"", "#Name", "A=B", "Two\nLines", "Caf\xC3\xA9", "Tab\t"}) {
+    EXPECT_THROW(file.SetString(name, "x"), std::invalid_argument) << name;
+  }
+  EXPECT_TRUE(file.values().empty());
+  file.SetString("Main Window Pos #2", "x");
+  EXPECT_EQ(file.values().size(), 1u);
+}
+
+// A missing file and one that cannot be read are told apart, and both leave no values,
+// even those of an earlier Load.
+TEST(PreferenceFile, MissingAndUnreadableFiles) {
+  test::TempDir dir;
+  const std::string path = dir.File("p.conf");
+  WriteText(path, "A=string:a\n");
+  PreferenceFile file(path);
+  ASSERT_EQ(file.Load(), PreferenceFile::LoadResult::kRead);
+  ASSERT_EQ(file.values().size(), 1u);
+  std::filesystem::remove(path);
+  EXPECT_EQ(file.Load(), PreferenceFile::LoadResult::kMissing);
+  EXPECT_TRUE(file.values().empty());
+  WriteText(path, "A=string:a\n");
+  ASSERT_EQ(file.Load(), PreferenceFile::LoadResult::kRead);
+  std::filesystem::remove(path);
+  std::filesystem::create_directory(path);
+  EXPECT_EQ(file.Load(), PreferenceFile::LoadResult::kUnreadable);
+  EXPECT_TRUE(file.values().empty());
+}
+
+// Save makes missing folders, and when it cannot write it says so and leaves what was
+// there as it was, with no temporary file beside it.
+TEST(PreferenceFile, SaveMakesFoldersAndReportsFailure) {
+  test::TempDir dir;
+  PreferenceFile deep(dir.File("a/b c/p.conf"));
+  deep.SetString("A", "a");
+  ASSERT_TRUE(deep.Save());
+  EXPECT_EQ(ReadText(dir.File("a/b c/p.conf")), std::string(kHeader) + "A=string:a\n");
+
+  WriteText(dir.File("plain"), "a file, not a folder");
+  PreferenceFile blocked(dir.File("plain/p.conf"));
+  blocked.SetString("A", "a");
+  EXPECT_FALSE(blocked.Save());
+  EXPECT_EQ(ReadText(dir.File("plain")), "a file, not a folder");
+
+  std::filesystem::create_directories(dir.File("taken/p.conf/inside"));
+  PreferenceFile taken(dir.File("taken/p.conf"));
+  taken.SetString("A", "a");
+  EXPECT_FALSE(taken.Save()) << "a folder is in the way of the rename";
+  EXPECT_TRUE(std::filesystem::is_directory(dir.File("taken/p.conf/inside")));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.File("taken")), {}), 1);
+}
+
+// Another process reading while this one saves sees either the old file or the new one,
+// never a mixture or a beginning.
+TEST(PreferenceFile, AReaderNeverSeesHalfAFile) {
+  test::TempDir dir;
+  const std::string path = dir.File("p.conf");
+  constexpr int kValues = 400;
+  auto save_round = [&](int round) {
+    PreferenceFile file(path);
+    for (int i = 0; i < kValues; ++i) {
+      file.SetString("Value" + std::to_string(i), std::string(40, static_cast<char>('a' + round)));
+    }
+    return file.Save();
+  };
+  ASSERT_TRUE(save_round(0));
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    for (int round = 1; round < 100; ++round) {
+      if (!save_round(round % 26)) _exit(1);
+    }
+    _exit(0);
+  }
+  int torn = 0;
+  int reads = 0;
+  int status = 0;
+  for (; waitpid(child, &status, WNOHANG) == 0; ++reads) {
+    PreferenceFile file(path);
+    if (file.Load() != PreferenceFile::LoadResult::kRead || file.values().size() != kValues) {
+      ++torn;
+      continue;
+    }
+    for (const PreferenceValue& value : file.values()) {
+      if (value.bytes != file.values().front().bytes) {
+        ++torn;
+        break;
+      }
+    }
+  }
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the writer failed";
+  EXPECT_EQ(torn, 0) << "of " << reads << " reads";
+}
+
+// XDG_CONFIG_HOME when it is an absolute path, else HOME's .config, else the home folder
+// of the user list.
+TEST(PreferenceFile, DefaultPathFollowsTheEnvironment) {
+  auto saved = [](const char* name) -> std::optional<std::string> {
+    const char* value = std::getenv(name);
+    return value ? std::optional<std::string>(value) : std::nullopt;
+  };
+  const auto xdg = saved("XDG_CONFIG_HOME");
+  const auto home = saved("HOME");
+
+  setenv("XDG_CONFIG_HOME", "/cfg", 1);
+  setenv("HOME", "/home/ann", 1);
+  EXPECT_EQ(PreferenceFile::DefaultPath(), "/cfg/Corvane Software/Quillmark.conf");
+  setenv("XDG_CONFIG_HOME", "", 1);
+  EXPECT_EQ(PreferenceFile::DefaultPath(), "/home/ann/.config/Corvane Software/Quillmark.conf");
+  setenv("XDG_CONFIG_HOME", "relative/cfg", 1);
+  EXPECT_EQ(PreferenceFile::DefaultPath(), "/home/ann/.config/Corvane Software/Quillmark.conf");
+  unsetenv("XDG_CONFIG_HOME");
+  unsetenv("HOME");
+  if (const passwd* user = getpwuid(getuid())) {
+    EXPECT_EQ(PreferenceFile::DefaultPath(),
+              std::string(user->pw_dir) + "/.config/Corvane Software/Quillmark.conf");
+  }
+
+  auto restore = [](const char* name, const std::optional<std::string>& value) {
+    if (value) {
+      setenv(name, value->c_str(), 1);
+    } else {
+      unsetenv(name);
+    }
+  };
+  restore("XDG_CONFIG_HOME", xdg);
+  restore("HOME", home);
+}
+
+}  // namespace
+}  // namespace qm::platform
