@@ -427,6 +427,29 @@ std::uint32_t CProjectStore::FindHoleForRecord(std::uint32_t size) {
 
 // ---- users ----
 
+DBStatus CProjectStore::UpgradeUserBlock() {
+  if (!file_) return DBStatus::kNotOpen;
+  if (header_.version >= 357) return DBStatus::kOk;
+  if (DBStatus s = BeginAccess(true); s != DBStatus::kOk) return s;
+  const ProjectHeader before = header_;
+  DBStatus status = RefreshUsers();
+  if (status == DBStatus::kOk) {
+    status = RunGuarded([&] {
+      header_.userBlockOffset = static_cast<std::uint32_t>(FileLength());
+      header_.version = header_.version == 352 ? 358 : 357;
+      std::vector<std::uint8_t> bytes(UserBlock::Size(header_.version));
+      userBlock_.Encode(header_.version, bytes.data());
+      Write(header_.userBlockOffset, bytes.data(), bytes.size());
+    });
+  }
+  if (status != DBStatus::kOk) {
+    header_.version = before.version;
+    header_.userBlockOffset = before.userBlockOffset;
+  }
+  const DBStatus ended = EndAccess(status == DBStatus::kOk);
+  return status != DBStatus::kOk ? status : ended;
+}
+
 DBStatus CProjectStore::RefreshUsers() {
   if (!file_) return DBStatus::kNotOpen;
   if (multiUser_ == 0) return DBStatus::kOk;

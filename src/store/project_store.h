@@ -68,6 +68,10 @@ class CProjectStore {
   // Closes the file, which gives up every lock this client holds.
   [[nodiscard]] DBStatus Close();
   [[nodiscard]] DBStatus SetMultiUser(std::uint16_t mode);
+  // Gives a file older than version 357 the long user block, written at the end of the
+  // file; the short one stays behind as dead bytes. Version 352 becomes 358, any other
+  // 357, so the records keep the form they were written in.
+  [[nodiscard]] DBStatus UpgradeUserBlock();
 
   // Adds an empty table. Runs without an access of its own: the caller holds the file
   // alone or brackets the call with BeginAccess and EndAccess. The name is not stored.

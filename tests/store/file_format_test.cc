@@ -192,6 +192,47 @@ std::vector<std::uint8_t> OldFile(std::uint16_t version, const std::vector<std::
   return f.b;
 }
 
+// The long user block goes to the end of the file; the version says whether records carry
+// headers, so 352 becomes 358 and the versions without headers become 357.
+TEST(FileFormat, OlderFilesGainTheLongUserBlock) {
+  TempDir dir;
+  ScriptedUi ui;
+  for (const auto& [before, after] :
+       std::vector<std::pair<std::uint16_t, std::uint16_t>>{{336, 357}, {352, 358}, {357, 357}}) {
+    SCOPED_TRACE(before);
+    const std::string path = dir.File("up" + std::to_string(before) + ".qmk");
+    const std::vector<std::uint8_t> old = OldFile(before, {"xx"});
+    WriteFileBytes(path, old);
+    {
+      CProjectStore store(ui);
+      ASSERT_EQ(store.Open(path), DBStatus::kOk);
+      ASSERT_EQ(store.UpgradeUserBlock(), DBStatus::kOk);
+    }
+    const std::vector<std::uint8_t> now = ReadFileBytes(path);
+    EXPECT_EQ(BeU16(now, 4), after);
+    if (before == after) {
+      EXPECT_EQ(now.size(), old.size());
+      EXPECT_EQ(BeU32(now, 20), 1044u);
+      continue;
+    }
+    ASSERT_EQ(now.size(), old.size() + 2836);
+    EXPECT_EQ(BeU32(now, 20), old.size()) << "the block's offset is the old end of the file";
+    EXPECT_EQ(std::vector<std::uint8_t>(now.begin() + 1044, now.begin() + 1044 + 788),
+              std::vector<std::uint8_t>(old.begin() + 1044, old.begin() + 1044 + 788))
+        << "the short block stays behind";
+    Bytes head;
+    head.tag("user").u32(128).u32(0);
+    EXPECT_EQ(std::vector<std::uint8_t>(now.begin() + old.size(), now.begin() + old.size() + 12),
+              head.b);
+    CProjectStore again(ui);
+    ASSERT_EQ(again.Open(path), DBStatus::kOk);
+    std::vector<std::uint8_t> payload;
+    ASSERT_EQ(again.ReadRecord(MakeTag("dfct"), 7, payload), DBStatus::kOk);
+    EXPECT_EQ(payload, (std::vector<std::uint8_t>{'x', 'x'}));
+    ASSERT_EQ(again.LoginUser(5), DBStatus::kOk);
+  }
+}
+
 TEST(FileFormat, ReadsAndExtendsFilesOfOlderVersions) {
   TempDir dir;
   ScriptedUi ui;
