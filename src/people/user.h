@@ -67,7 +67,7 @@ class CUser : public RecordItem, public LoginAccount {
   static constexpr std::size_t kColumnTableCount = 8;
   // The element size of the column tables of a new person: field numbers as u16.
   static constexpr std::uint32_t kColumnElementSize = 2;
-  using PlacementBlock = std::array<std::uint8_t, 88>;
+  using PlacementBlock = PreferenceBlock;
 
   // The bits of notifyFlags.
   static constexpr std::uint32_t kNotifyOnChanges = 2;
@@ -112,6 +112,8 @@ class CUser : public RecordItem, public LoginAccount {
   std::string_view LoginName() const override { return GetLogin(); }
   std::string_view LoginPassword() const override { return GetPassword(); }
   std::uint32_t LoginGroupId() const override { return groupId_; }
+  const PreferenceBlock& Preferences() const override { return placementBlock_; }
+  void SetLastLogin(std::uint32_t stamp) override { dateLastLogin_ = stamp; }
   void SetGroupId(std::uint32_t id) { groupId_ = id; }
   // The person's group in the group table, or null when there is none or it is gone.
   const CUserGroup* GetGroup(const CUserGroupTable& groups) const;

@@ -72,7 +72,7 @@ RecordItem* LoginSession::AskUntilFound() {
 
 int LoginSession::LogIn(const std::optional<ui::LoginEntry>& given) {
   RecordItem* user = nullptr;
-  if (given && !given->name.empty() && !given->password.empty()) {
+  if (given && !given->name.empty()) {
     const LoginCheck check =
         CheckLogin(users_, &store_, given->name, given->password, &user, current_);
     if (check != LoginCheck::kFound) {
@@ -84,20 +84,26 @@ int LoginSession::LogIn(const std::optional<ui::LoginEntry>& given) {
   if (user == nullptr) user = AskUntilFound();
   if (user == nullptr) return -1;
   if (user == current_) return 1;
+  Become(*user);
+  return 0;
+}
+
+void LoginSession::LogInAs(RecordItem& user) { Become(user); }
+
+void LoginSession::Become(RecordItem& user) {
   if (current_ != nullptr) (void)store_.LogoutUser(current_->GetId());
-  current_ = user;
+  current_ = &user;
   // A full user block (1029) or a slot taken in the same moment (1020) leaves the user
-  // without a slot; the check above has tested what matters.
-  (void)store_.LoginUser(user->GetId());
+  // without a slot; the check before has tested what matters.
+  (void)store_.LoginUser(user.GetId());
   rights_.fill(true);
-  const auto* account = dynamic_cast<const LoginAccount*>(user);
+  const auto* account = dynamic_cast<const LoginAccount*>(&user);
   if (const auto* group = dynamic_cast<const RightsGroup*>(
           account != nullptr ? groups_.ItemById(account->LoginGroupId()) : nullptr)) {
     for (std::uint32_t right = 1; right <= kRightCount; ++right) {
       if (group->DeniesRight(right)) rights_[right - 1] = false;
     }
   }
-  return 0;
 }
 
 bool LoginSession::HasRight(std::uint32_t right) const {

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "session/item_table.h"
+#include "session/project_records.h"
 #include "ui/ui.h"
 
 namespace qm {
@@ -21,6 +22,10 @@ class LoginAccount {
   virtual std::string_view LoginName() const = 0;
   virtual std::string_view LoginPassword() const = 0;
   virtual std::uint32_t LoginGroupId() const = 0;
+  // The person's window places and states, which the session takes over at login.
+  virtual const PreferenceBlock& Preferences() const = 0;
+  // The time the person last left the project (or came to it).
+  virtual void SetLastLogin(std::uint32_t stamp) = 0;
 };
 
 // A user group as the rights of its members see it.
@@ -61,6 +66,8 @@ class LoginSession {
   // Logs a user in, with the name and password given or else through the login dialog.
   // 0 logged in; 1 the user who was already logged in; -1 cancelled or refused.
   int LogIn(const std::optional<ui::LoginEntry>& given);
+  // Logs in a user the program has chosen, as the administrator of a new project.
+  void LogInAs(RecordItem& user);
 
   RecordItem* currentUser() const { return current_; }
   // Right n, from 1 to kRightCount.
@@ -69,6 +76,8 @@ class LoginSession {
  private:
   // The login dialog until a user is found or the person cancels.
   RecordItem* AskUntilFound();
+  // Makes `user` the current user, in a slot of the file, with the rights of the group.
+  void Become(RecordItem& user);
 
   ui::Ui& ui_;
   CProjectStore& store_;

@@ -1,6 +1,8 @@
 // Reading and writing the project's security and information records.
 #include "session/project_records.h"
 
+#include <algorithm>
+
 #include "session/item_error.h"
 #include "session/payload.h"
 
@@ -9,6 +11,10 @@ namespace qm {
 namespace {
 constexpr std::uint16_t kSecurityVersion = 256;
 constexpr std::uint16_t kOldestDataVersion = 256;
+constexpr std::uint16_t kPreferencesVersion = 258;
+// The older preference record: the block's first 76 bytes, nothing else.
+constexpr std::size_t kOldPreferencesRun = 76;
+constexpr std::size_t kNewPreferencesSize = 89;
 }  // namespace
 
 std::vector<std::uint8_t> ProjectSecurity::Encode() const {
@@ -67,6 +73,28 @@ ProjectInfo ProjectInfo::Decode(std::span<const std::uint8_t> record, std::uint3
     in.String(info.attachmentFolder, kStringCapacity);
   }
   return info;
+}
+
+std::vector<std::uint8_t> EncodePreferences(const PreferenceBlock& block) {
+  CHandleFile file;
+  PayloadWriter out(file);
+  out.U16(kPreferencesVersion);
+  out.Raw(block);
+  return file.Detach();
+}
+
+std::optional<PreferenceBlock> DecodePreferences(std::span<const std::uint8_t> record) {
+  PreferenceBlock block{};
+  if (record.size() < kNewPreferencesSize) {
+    const std::size_t n = std::min(record.size(), kOldPreferencesRun);
+    std::copy_n(record.begin(), n, block.begin());
+    return block;
+  }
+  const std::uint16_t version = static_cast<std::uint16_t>(record[0] << 8 | record[1]);
+  if (version != kPreferencesVersion) return std::nullopt;
+  const std::size_t n = std::min(record.size() - 2, block.size());
+  std::copy_n(record.begin() + 2, n, block.begin());
+  return block;
 }
 
 }  // namespace qm

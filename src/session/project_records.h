@@ -15,9 +15,19 @@
 //   u8      attachmentsInProject   from 341
 //   string  attachmentFolder       from 341
 //   u16, u16, u32, u32, u8    reserved, from 355
+//
+// misc record 3, the preferences of a single-user project (a multi-user project keeps
+// the same block in each user's record):
+//   u16       258
+//   88 bytes  the preference block, raw
+// A record shorter than 89 bytes is the older form: the first 76 bytes of the block, raw,
+// without a version.
 #pragma once
 
+#include <array>
+
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -28,6 +38,7 @@ namespace qm {
 
 inline constexpr std::uint32_t kSecurityRecord = 1;
 inline constexpr std::uint32_t kInfoRecord = 2;
+inline constexpr std::uint32_t kPreferencesRecord = 3;
 // The version of a project's content that this program writes.
 inline constexpr std::uint16_t kDataVersion = 355;
 
@@ -55,5 +66,14 @@ struct ProjectInfo {
   // refuse it as newer than this program; below 256 throws ItemError(kItemFailed).
   static ProjectInfo Decode(std::span<const std::uint8_t> record, std::uint32_t now);
 };
+
+// The saved places and states of a person's windows, kept as stored (values big-endian),
+// which the windows read and set as a whole.
+using PreferenceBlock = std::array<std::uint8_t, 88>;
+
+std::vector<std::uint8_t> EncodePreferences(const PreferenceBlock& block);
+// Either form; what the record does not hold reads as 0. A record of a version this
+// program does not know gives nothing, and the project keeps the defaults.
+std::optional<PreferenceBlock> DecodePreferences(std::span<const std::uint8_t> record);
 
 }  // namespace qm

@@ -63,7 +63,7 @@ class Progress {
 }  // namespace
 
 ValueSetup::ValueSetup(CValueTable& table, const ValueListSettings& list,
-                       DefectFieldAccess& defects, ui::Ui& ui, std::uint32_t currentUserId)
+                       DefectFieldAccess* defects, ui::Ui& ui, std::uint32_t currentUserId)
     : table_(table),
       store_(*table.store()),
       list_(list),
@@ -158,8 +158,9 @@ ValueSetup::DeleteStep ValueSetup::Delete() {
     return DeleteStep::kOver;
   }
   bool used = false;
-  for (std::uint32_t p = 1; p <= defects_.DefectCount() && !used; ++p) {
-    used = defects_.UsesValue(p, list_.fieldCode, item->GetId());
+  const std::uint32_t defectCount = defects_ != nullptr ? defects_->DefectCount() : 0;
+  for (std::uint32_t p = 1; p <= defectCount && !used; ++p) {
+    used = defects_->UsesValue(p, list_.fieldCode, item->GetId());
   }
   if (used && list_.reassign) {
     pending_ = item;
@@ -186,14 +187,14 @@ void ValueSetup::ChooseReplacement(std::optional<std::uint32_t> row) {
 void ValueSetup::FinishDelete(ValueItem& item, bool used, std::uint32_t newId) {
   if (used) {
     const Progress progress(ui_, Title());
-    const std::uint32_t total = defects_.DefectCount();
+    const std::uint32_t total = defects_->DefectCount();
     for (std::uint32_t p = 1; p <= total; ++p) {
       ui_.ProgressStep("Updating defect " + std::to_string(p) + " of " + std::to_string(total) +
                        "...");
-      if (!defects_.UsesValue(p, list_.fieldCode, item.GetId())) continue;
-      defects_.ReplaceValue(p, list_.fieldCode, item.GetId(), newId);
-      Require(defects_.SaveDefect(p));
-      PostChanged(defects_.DefectId(p));
+      if (!defects_->UsesValue(p, list_.fieldCode, item.GetId())) continue;
+      defects_->ReplaceValue(p, list_.fieldCode, item.GetId(), newId);
+      Require(defects_->SaveDefect(p));
+      PostChanged(defects_->DefectId(p));
     }
   }
   Require(table_.DeleteItem(item, false));

@@ -56,8 +56,9 @@ class ValueSetup {
  public:
   static constexpr std::string_view kNameHint = "Enter a unique name for this item.";
 
-  // `currentUserId` signs the change notices of a multi-user project.
-  ValueSetup(CValueTable& table, const ValueListSettings& list, DefectFieldAccess& defects,
+  // `currentUserId` signs the change notices of a multi-user project. Without `defects`
+  // (a project whose defects are not loaded) no defect uses a name.
+  ValueSetup(CValueTable& table, const ValueListSettings& list, DefectFieldAccess* defects,
              ui::Ui& ui, std::uint32_t currentUserId);
 
   // The check before the dialog opens: false, after saying why, while other users are
@@ -116,7 +117,7 @@ class ValueSetup {
   CValueTable& table_;
   CProjectStore& store_;
   const ValueListSettings& list_;
-  DefectFieldAccess& defects_;
+  DefectFieldAccess* defects_;
   ui::Ui& ui_;
   std::uint32_t currentUserId_;
   std::uint32_t selection_ = 0;

@@ -70,5 +70,30 @@ TEST(ProjectInfoRecords, EveryDataVersionReadsItsOwnFields) {
   EXPECT_THROW(ProjectInfo::Decode(older.b, kNow), ItemError);
 }
 
+// The preferences of a single-user project: the versioned form, and the older raw run of
+// 76 bytes that any record shorter than 89 bytes is.
+TEST(ProjectRecords, PreferenceRecordForms) {
+  PreferenceBlock block{};
+  for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i + 1);
+  Bytes expected;
+  expected.u16(258);
+  expected.b.insert(expected.b.end(), block.begin(), block.end());
+  EXPECT_EQ(EncodePreferences(block), expected.b);
+  EXPECT_EQ(DecodePreferences(expected.b), block);
+
+  const std::vector<std::uint8_t> old(block.begin(), block.begin() + 76);
+  PreferenceBlock oldBlock{};
+  std::copy(old.begin(), old.end(), oldBlock.begin());
+  EXPECT_EQ(DecodePreferences(old), oldBlock) << "no version, the rest 0";
+  std::vector<std::uint8_t> shortNew(88, 0);
+  shortNew[0] = 0x01;
+  shortNew[1] = 0x02;
+  EXPECT_EQ(DecodePreferences(shortNew)->at(0), 0x01) << "88 bytes is still the old form";
+
+  Bytes unknown;
+  unknown.u16(300).zeros(88);
+  EXPECT_EQ(DecodePreferences(unknown.b), std::nullopt);
+}
+
 }  // namespace
 }  // namespace qm::test

@@ -109,7 +109,7 @@ TEST_F(ValueListsTest, NamesLoadInListOrderAndAMoveRewritesEveryOne) {
   ASSERT_EQ(store.AddRecord(kType, Name(0, "Sometimes", 2), &id), DBStatus::kOk);
   CValueTable table(&store, kType, ui);
   table.LoadTable(true);
-  ValueSetup setup(table, *FindValueList(kType), defects, ui, 0);
+  ValueSetup setup(table, *FindValueList(kType), &defects, ui, 0);
   EXPECT_EQ(setup.Names(), (Strings{"Always", "Sometimes", "Never"}));
   EXPECT_TRUE(table.ValueAt(1)->deleted);
   for (std::uint16_t version : {std::uint16_t{255}, std::uint16_t{258}}) {
@@ -139,7 +139,7 @@ TEST_F(ValueListsTest, NamesLoadInListOrderAndAMoveRewritesEveryOne) {
 TEST_F(ValueListsTest, AddAndEditKeepNamesUniqueWithoutRegardToCase) {
   Make(0);
   CValueTable table(&store, kType, ui);
-  ValueSetup setup(table, *FindValueList(kType), defects, ui, 0);
+  ValueSetup setup(table, *FindValueList(kType), &defects, ui, 0);
   EXPECT_EQ(setup.Title(), "Set Up Defect Type");
   EXPECT_EQ(setup.Text(),
             "Use this dialog to add, edit, delete or re-order the defect type names.");
@@ -177,7 +177,7 @@ TEST_F(ValueListsTest, DeletingAUsedNameMovesItsDefectsToTheChosenOne) {
   CProjectStore other(otherUi);
   ASSERT_EQ(other.Open(path), DBStatus::kOk);
   CValueTable table(&store, kType, ui);
-  ValueSetup setup(table, *FindValueList(kType), defects, ui, 1);
+  ValueSetup setup(table, *FindValueList(kType), &defects, ui, 1);
 
   // The dialog opens only while the user is alone.
   EXPECT_TRUE(setup.Open());
@@ -249,7 +249,7 @@ TEST_F(ValueListsTest, DeletingAUsedNameMovesItsDefectsToTheChosenOne) {
 TEST_F(ValueListsTest, DeletingAProductClearsItInTheDefects) {
   Make(0);
   CValueTable table(&store, kProd, ui);
-  ValueSetup setup(table, *FindValueList(kProd), defects, ui, 0);
+  ValueSetup setup(table, *FindValueList(kProd), &defects, ui, 0);
   ASSERT_TRUE(setup.Add("Widget"));
   defects.list = {{10, kFieldProduct, 1}, {11, kFieldType, 1}};
 

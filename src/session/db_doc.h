@@ -1,0 +1,141 @@
+// CDBDoc, the open project: its store, one loaded table per kind of item, the settings
+// records and the login. It is made empty, opened or created once, and closed; another
+// file means another CDBDoc.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "session/login.h"
+#include "session/numbering.h"
+#include "session/project_host.h"
+#include "session/project_kinds.h"
+#include "session/project_records.h"
+#include "store/blocks.h"
+#include "store/project_store.h"
+#include "ui/ui.h"
+
+namespace qm {
+
+// The tables a new project is made with, in the order of their making.
+inline constexpr std::array<Tag, 19> kProjectTables{
+    MakeTag("misc"), MakeTag("dfct"), MakeTag("scfg"), MakeTag("user"), MakeTag("ugrp"),
+    MakeTag("dflt"), MakeTag("rprt"), MakeTag("type"), MakeTag("reso"), MakeTag("prio"),
+    MakeTag("prod"), MakeTag("stat"), MakeTag("comp"), MakeTag("rpro"), MakeTag("atch"),
+    MakeTag("task"), MakeTag("sevr"), MakeTag("usta"), MakeTag("etmp")};
+
+inline constexpr Tag kDefectTag = MakeTag("dfct");
+inline constexpr Tag kUserTag = MakeTag("user");
+inline constexpr Tag kGroupTag = MakeTag("ugrp");
+// The two further counters of misc: attachment files and references.
+inline constexpr std::uint32_t kAttachmentCounterRecord = 5;
+inline constexpr std::uint32_t kReferenceCounterRecord = 6;
+
+class CDBDoc : public ProjectCounters {
+ public:
+  CDBDoc(ui::Ui& ui, const ProjectKinds& kinds, ProjectHost& host,
+         platform::FileSystem& files = platform::FileSystem::Real(),
+         platform::Clock& clock = platform::Clock::System());
+  ~CDBDoc() override;
+  CDBDoc(const CDBDoc&) = delete;
+  CDBDoc& operator=(const CDBDoc&) = delete;
+
+  // Opens the project at `path`, loads every table and logs in, with `login` when given
+  // (quillmark-cli's options, the remembered login) and otherwise through the dialog.
+  // 1 on success; 0 otherwise, after the person has been told why.
+  int OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login = {});
+  // Makes a project at `path`, which must not exist, with its tables, value lists,
+  // counters and options; a multi-user project gets its administrator, logged in.
+  // Answers 1; a failure of the store is thrown as StoreError.
+  int NewProject(const std::string& path, bool multiUser);
+  // Logs the user out and puts the project away. Safe to call when nothing is open.
+  void CloseProject();
+  // Copies everything but defects and attachments to a new project at `path`, which must
+  // not exist (the person is told so, and the answer is 2), and resets the counters of
+  // misc 5, 6 and 7.
+  [[nodiscard]] DBStatus SaveProjectTemplate(const std::string& path);
+
+  // The loaded table of `tag`, or null.
+  ItemTable* GetTable(Tag tag) const;
+  // The stored value of a counter record plus 1, which becomes the stored value.
+  [[nodiscard]] DBStatus NextCounter(Tag tag, std::uint32_t id, std::uint32_t& value);
+  [[nodiscard]] DBStatus SetCounter(Tag tag, std::uint32_t id, std::uint32_t value) override;
+
+  // "&Log In User...": another user takes over the open project. 0 logged in; 1 the same
+  // user; -1 cancelled, and the former user stays.
+  int LogInUser(const std::optional<ui::LoginEntry>& login = {});
+  // The display names of the users logged in to the file, one row per slot; an id that
+  // no user has gives an empty row. Empty when the store cannot say.
+  std::vector<std::string> ActiveUserNames();
+  // Sets the project password (empty: none) and writes misc record 1.
+  [[nodiscard]] DBStatus SetProjectPassword(const std::string& password);
+  // Writes misc record 2 from info().
+  [[nodiscard]] DBStatus WriteProjectInfo();
+
+  CProjectStore* store() const { return store_.get(); }
+  const std::string& path() const { return path_; }
+  bool multiUser() const { return security_.securityMode != 0; }
+  const ProjectSecurity& security() const { return security_; }
+  ProjectInfo& info() { return info_; }
+  ProjectOptions& options() { return options_; }
+  // The user of this session; null in a single-user project.
+  RecordItem* currentUser() const { return login_ ? login_->currentUser() : nullptr; }
+  std::uint32_t currentUserId() const;
+  // Right n, 1 to kRightCount; every right in a single-user project.
+  bool HasRight(std::uint32_t right) const;
+  // The current user's window places and states, or the project's when single-user.
+  const PreferenceBlock& preferences() const { return preferences_; }
+  // The table directory as of the last look, to see which tables grew.
+  const TableDirectory& directorySnapshot() const { return snapshot_; }
+  // When the file is next checked for other users' changes; kNoStamp for never.
+  std::uint32_t nextDatabaseCheck() const { return nextDatabaseCheck_; }
+
+ private:
+  // The steps of an opening after the store is open; failures are thrown.
+  void LoadProject(const std::optional<ui::LoginEntry>& login, bool altHeld);
+  // What a recovery of the file answers while this program has none.
+  void OfferNoRecovery();
+  void MakeTables();
+  // Loads the table of `tag` when this program knows its items.
+  void LoadIfKnown(Tag tag, bool sort);
+  // Loads a value list, or adds it with its default names when the file lacks it.
+  void LoadOrAddValueList(Tag tag);
+  void AddValueList(Tag tag);
+  // Adds an empty table under a write access of its own.
+  void AddTableNow(Tag tag);
+  void FillValueList(Tag tag);
+  void LogInAtOpening(const std::optional<ui::LoginEntry>& login);
+  // The misc counters and options as a current project has them.
+  void SettleCounters();
+  void RewriteDefects();
+  void TakeSnapshot();
+  void ScheduleCheck();
+  // Writes a misc record that may not exist yet, replacing what is there.
+  void PutMisc(std::uint32_t id, std::span<const std::uint8_t> bytes);
+  std::uint32_t Now() { return clock_.Now(); }
+  bool Exists(const std::string& path) const;
+
+  ui::Ui& ui_;
+  const ProjectKinds& kinds_;
+  ProjectHost& host_;
+  platform::FileSystem& files_;
+  platform::Clock& clock_;
+  std::unique_ptr<CProjectStore> store_;
+  std::map<Tag, std::unique_ptr<ItemTable>> tables_;
+  std::unique_ptr<LoginSession> login_;
+  std::string path_;
+  ProjectSecurity security_;
+  ProjectInfo info_;
+  ProjectOptions options_;
+  PreferenceBlock preferences_{};
+  TableDirectory snapshot_;
+  std::uint32_t nextDatabaseCheck_ = platform::kNoStamp;
+};
+
+}  // namespace qm

@@ -1,0 +1,30 @@
+// ProjectKinds: the item classes of the tables an open project loads, given to the project
+// by the program, since those classes live in the libraries above the session.
+#pragma once
+
+#include <memory>
+
+#include "session/item_table.h"
+#include "store/bytes.h"
+#include "ui/ui.h"
+
+namespace qm {
+
+class CProjectStore;
+
+class ProjectKinds {
+ public:
+  virtual ~ProjectKinds() = default;
+
+  // The empty table of the items kept under `tag`, reading through `store`; null for a
+  // table whose items this program does not load (its records stay as they are). The
+  // value lists are the project's own and never come from here.
+  virtual std::unique_ptr<ItemTable> MakeTable(Tag tag, CProjectStore& store, ui::Ui& ui) const = 0;
+
+  // The administrator of a new multi-user project: the user "admin" and the group
+  // "Administration", each a member of the other, both saved. Answers the user,
+  // who stays in `users`. A failure of the store is thrown as StoreError.
+  virtual RecordItem& MakeAdministrator(ItemTable& users, ItemTable& groups) const = 0;
+};
+
+}  // namespace qm

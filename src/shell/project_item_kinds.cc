@@ -1,0 +1,44 @@
+// Tables for the kinds of items this program knows, and the administrator of a new project.
+#include "shell/project_item_kinds.h"
+
+#include "people/test_config.h"
+#include "people/user.h"
+#include "people/user_group.h"
+#include "store/store_error.h"
+
+namespace qm {
+
+std::unique_ptr<ItemTable> ProjectItemKinds::MakeTable(Tag tag, CProjectStore& store,
+                                                       ui::Ui& ui) const {
+  if (tag == MakeTag("user")) return std::make_unique<CUserTable>(&store, ui);
+  if (tag == MakeTag("ugrp")) return std::make_unique<CUserGroupTable>(&store, ui);
+  if (tag == MakeTag("scfg")) return std::make_unique<CTestConfigTable>(&store, ui);
+  return nullptr;
+}
+
+RecordItem& ProjectItemKinds::MakeAdministrator(ItemTable& users, ItemTable& groups) const {
+  auto user = std::make_unique<CUser>();
+  user->SetLastName("Project Admin");
+  user->SetLogin("admin");
+  user->SetNotes(
+      "Administrator for this project. Responsible for managing security and backing up "
+      "this project file.");
+  auto group = std::make_unique<CUserGroup>();
+  group->name = "Administration";
+  group->description = "Project file administration";
+
+  // Each needs the other's id: the user is stored first to get one, then the group
+  // with its member, then the user again with its group.
+  CUser& admin = *user;
+  std::unique_ptr<RecordItem> item = std::move(user);
+  if (DBStatus s = users.AddItem(item); s != DBStatus::kOk) Fail(s);
+  group->AddUser(admin.GetId());
+  CUserGroup& administration = *group;
+  item = std::move(group);
+  if (DBStatus s = groups.AddItem(item); s != DBStatus::kOk) Fail(s);
+  admin.SetGroupId(administration.GetId());
+  if (DBStatus s = users.SaveItem(admin); s != DBStatus::kOk) Fail(s);
+  return admin;
+}
+
+}  // namespace qm

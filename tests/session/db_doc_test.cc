@@ -1,0 +1,442 @@
+// The open project: what a new project holds, byte for byte where it counts; every way an
+// opening can end; the login at opening, also against another process; closing; the
+// template; an older project brought up to date.
+#include "session/db_doc.h"
+
+#include <gtest/gtest.h>
+
+#include "people/user.h"
+#include "people/user_group.h"
+#include "session/value_item.h"
+#include "shell/project_item_kinds.h"
+#include "store/file_bytes.h"
+#include "support/child_process.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+// A host that notes what the project asked of it.
+class RecordingHost : public ProjectHost {
+ public:
+  void ProjectLoaded(CDBDoc&) override { calls.push_back("loaded"); }
+  void RememberLogin(const ui::LoginEntry& login) override {
+    calls.push_back("remember " + login.name + "/" + login.password);
+  }
+  std::int32_t DatabaseCheckSeconds() const override { return 30; }
+  void StartBackgroundWork(CDBDoc&) override { calls.push_back("background"); }
+  void BeforeClose(CDBDoc&) override { calls.push_back("before close"); }
+  void CloseListWindows(CDBDoc&) override { calls.push_back("close lists"); }
+
+  std::vector<std::string> calls;
+};
+
+std::vector<std::string> Names(const ItemTable& table) {
+  std::vector<std::string> names;
+  for (std::uint32_t p = 1; p <= table.count(); ++p) names.push_back(table.ItemAt(p)->GetName());
+  return names;
+}
+
+std::vector<std::uint8_t> Misc(CProjectStore& store, std::uint32_t id) {
+  std::vector<std::uint8_t> bytes;
+  EXPECT_EQ(store.ReadRecord(kMiscTag, id, bytes), DBStatus::kOk) << "misc " << id;
+  return bytes;
+}
+
+class Project : public ::testing::Test {
+ protected:
+  // A new project, closed again, as the next opening finds it.
+  void MakeProject(bool multiUser) {
+    CDBDoc doc(ui, kinds, host);
+    ASSERT_EQ(doc.NewProject(path, multiUser), 1);
+    doc.CloseProject();
+    ui.shown.clear();
+    ui.statusTexts.clear();
+    host.calls.clear();
+  }
+  // Adds a user of the Administration group with `login` and `password`.
+  void AddUser(CDBDoc& doc, const char* login, const char* password) {
+    auto user = std::make_unique<CUser>();
+    user->SetLastName(login);
+    user->SetLogin(login);
+    user->SetPassword(password);
+    user->SetGroupId(1);
+    std::unique_ptr<RecordItem> item = std::move(user);
+    ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ScriptedUi ui;
+  RecordingHost host;
+  ProjectItemKinds kinds;
+};
+
+TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) {
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.NewProject(path, true), 1);
+  CProjectStore& store = *doc.store();
+
+  std::vector<Tag> expectedTags{MakeTag("msgs")};
+  expectedTags.insert(expectedTags.end(), kProjectTables.begin(), kProjectTables.end());
+  EXPECT_EQ(store.TableTags(), expectedTags);
+
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("type"))),
+            (std::vector<std::string>{"Crash - Data Loss", "Crash - No Data Loss",
+                                      "Incorrect Functionality", "Cosmetic", "Feature Request"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("reso"))),
+            (std::vector<std::string>{"Code Change", "Documentation Change", "Clarification",
+                                      "Not Our Bug", "Not a Bug", "On Hold"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("prio"))),
+            (std::vector<std::string>{"Immediate", "Before Alpha", "Before Beta", "Before Final",
+                                      "Future Release"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("stat"))),
+            (std::vector<std::string>{"Open", "Fixed", "Verify Failed", "Verify Passed", "Closed",
+                                      "Re-opened"}));
+  EXPECT_EQ(
+      Names(*doc.GetTable(MakeTag("rpro"))),
+      (std::vector<std::string>{"Always", "Sometimes", "Rarely", "Could Not", "I Didn't Try"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("sevr"))),
+            (std::vector<std::string>{"Causes Crash", "No Workaround", "Workaround", "Cosmetic"}));
+  EXPECT_EQ(
+      Names(*doc.GetTable(MakeTag("usta"))),
+      (std::vector<std::string>{"Open - Not Reviewed", "Open - Reviewed", "Need Customer Input",
+                                "Fix In Future Release", "Closed", "Hold"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("prod"))), std::vector<std::string>{"Atlas"});
+  EXPECT_EQ(doc.GetTable(MakeTag("comp"))->count(), 0u);
+  // Each name's record holds its place from 1.
+  std::vector<std::uint8_t> second;
+  ASSERT_EQ(store.ReadRecord(MakeTag("sevr"), 2, second), DBStatus::kOk);
+  Bytes workaround;
+  workaround.u16(257).u8(0).u8(13).text("No Workaround").u32(2);
+  EXPECT_EQ(second, workaround.b);
+
+  auto& admin = dynamic_cast<CUser&>(*doc.currentUser());
+  EXPECT_EQ(admin.GetLogin(), "admin");
+  EXPECT_EQ(admin.GetName(), "Project Admin");
+  EXPECT_EQ(admin.GetNotes(),
+            "Administrator for this project. Responsible for managing security and backing up "
+            "this project file.");
+  auto& group = dynamic_cast<CUserGroup&>(*doc.GetTable(kGroupTag)->ItemAt(1));
+  EXPECT_EQ(group.GetName(), "Administration");
+  EXPECT_EQ(group.description.str(), "Project file administration");
+  EXPECT_EQ(group.userIds(), std::vector<std::uint32_t>{admin.GetId()});
+  EXPECT_EQ(admin.GetGroupId(), group.GetId());
+  EXPECT_EQ(doc.ActiveUserNames(), std::vector<std::string>{"Project Admin"});
+
+  Bytes security;
+  security.u16(256).u16(1).u8(0);
+  EXPECT_EQ(Misc(store, 1), security.b);
+  EXPECT_EQ(ProjectInfo::Decode(Misc(store, 2), 0).projectName, "Atlas");
+  for (std::uint32_t id : {5u, 6u, 7u}) EXPECT_EQ(Misc(store, id), Bytes().u32(0).b);
+  EXPECT_EQ(Misc(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
+  std::uint32_t size = 0;
+  EXPECT_EQ(store.GetRecordSize(kMiscTag, 3, size), DBStatus::kNoSuchRecord)
+      << "a multi-user project keeps preferences with each user";
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"loaded", "background"}));
+  EXPECT_NE(doc.nextDatabaseCheck(), platform::kNoStamp);
+}
+
+TEST_F(Project, NewSingleUserProjectHasNoUsersAndKeepsItsPreferencesInMisc3) {
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.NewProject(path, false), 1);
+  EXPECT_EQ(doc.GetTable(kUserTag)->count(), 0u);
+  EXPECT_EQ(doc.GetTable(kGroupTag)->count(), 0u);
+  EXPECT_EQ(doc.currentUser(), nullptr);
+  EXPECT_TRUE(doc.HasRight(67));
+  Bytes prefs;
+  prefs.u16(258).zeros(88);
+  EXPECT_EQ(Misc(*doc.store(), 3), prefs.b);
+  EXPECT_EQ(Misc(*doc.store(), 1), Bytes().u16(256).u16(0).u8(0).b);
+  EXPECT_EQ(ui.statusTexts.back(), "Ready");
+}
+
+TEST_F(Project, OpeningLoadsEveryTableAndLogsInThroughTheDialog) {
+  MakeProject(true);
+  {
+    CDBDoc doc(ui, kinds, host);
+    ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+    AddUser(doc, "tess", "Secret");
+    std::unique_ptr<RecordItem> deleted = std::make_unique<CUser>();
+    auto& gone = dynamic_cast<CUser&>(*deleted);
+    gone.SetLogin("gone");
+    gone.SetPassword("x");
+    ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(deleted), DBStatus::kOk);
+    ASSERT_EQ(doc.GetTable(kUserTag)->DeleteItem(gone, true), DBStatus::kOk);
+    doc.CloseProject();
+  }
+  ui.shown.clear();
+  host.calls.clear();
+
+  CDBDoc doc(ui, kinds, host);
+  ui.ScriptLogin(ui::LoginEntry{"gone", "x"});
+  ui.ScriptLogin(ui::LoginEntry{"tess", "wrong"});
+  ui.ScriptLogin(ui::LoginEntry{"TESS", "secret"});
+  ASSERT_EQ(doc.OpenProject(path), 1);
+  const std::string notValid =
+      "Either the user name or password you entered is not valid. Please try again.";
+  EXPECT_EQ(ui.Texts(), (std::vector<std::string>{notValid, notValid}))
+      << "a deleted user is refused even with the right password";
+  EXPECT_EQ(doc.currentUser()->GetName(), "tess");
+  EXPECT_EQ(doc.GetTable(MakeTag("type"))->count(), 5u);
+  EXPECT_EQ(doc.GetTable(kGroupTag)->count(), 1u);
+  EXPECT_EQ(ui.statusTexts.front(), "Opening the project file...");
+  EXPECT_EQ(host.calls, (std::vector<std::string>{"loaded", "background", "remember tess/Secret"}));
+  doc.CloseProject();
+  EXPECT_EQ(host.calls.back(), "close lists");
+}
+
+TEST_F(Project, RememberedLoginThatFailsAsksOrEnds) {
+  MakeProject(true);
+  const std::string lastNotValid =
+      "The user name or password you last used for this project file is not valid.";
+  {
+    // A name that no longer exists: the message, then the dialog.
+    CDBDoc doc(ui, kinds, host);
+    ui.ScriptLogin(ui::LoginEntry{"Admin", ""});
+    ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"nobody", "pw"}), 1);
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{lastNotValid});
+    EXPECT_EQ(ui.loginTexts.size(), 1u);
+    doc.CloseProject();
+  }
+  ui.shown.clear();
+  {
+    // A wrong password: the message, and the opening ends without another word.
+    CDBDoc doc(ui, kinds, host);
+    EXPECT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", "wrong"}), 0);
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{lastNotValid});
+    EXPECT_EQ(doc.store(), nullptr);
+    EXPECT_EQ(ui.statusTexts.back(), "");
+  }
+}
+
+TEST_F(Project, AUserLoggedInElsewhereIsRefusedUntilThatProcessDies) {
+  MakeProject(true);
+  const std::string file = path;
+  Child other([file](Child::Channel& c) {
+    ScriptedUi childUi;
+    RecordingHost childHost;
+    ProjectItemKinds childKinds;
+    CDBDoc doc(childUi, childKinds, childHost);
+    if (doc.OpenProject(file, ui::LoginEntry{"admin", ""}) != 1) return 1;
+    c.Send("in");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(other.Receive(), "in");
+  {
+    CDBDoc doc(ui, kinds, host);
+    ui.ScriptLogin(ui::LoginEntry{"admin", ""});
+    ui.ScriptLogin(std::nullopt);
+    EXPECT_EQ(doc.OpenProject(path), 0);
+    EXPECT_EQ(
+        ui.Texts(),
+        std::vector<std::string>{"That user is already logged in somewhere, please login under a "
+                                 "different user name."})
+        << "a cancelled login says nothing more";
+  }
+  other.Kill();
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"ADMIN", ""}), 1);
+  EXPECT_EQ(doc.ActiveUserNames(), std::vector<std::string>{"Project Admin"});
+}
+
+TEST_F(Project, ClosingLogsOutAndNotesTheTimeOfLeaving) {
+  MakeProject(true);
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  doc.CloseProject();
+  EXPECT_EQ(doc.store(), nullptr);
+  EXPECT_EQ(doc.GetTable(kUserTag), nullptr);
+
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  std::vector<std::uint32_t> in;
+  ASSERT_EQ(store.GetLoggedInUsers(in), DBStatus::kOk);
+  EXPECT_TRUE(in.empty());
+  CUser admin;
+  std::vector<std::uint8_t> record;
+  ASSERT_EQ(store.ReadRecord(kUserTag, 1, record), DBStatus::kOk);
+  PayloadReader reader(record);
+  admin.ReadFrom(reader);
+  EXPECT_NE(admin.GetDateLastLogin(), platform::kNoStamp);
+}
+
+TEST_F(Project, SingleUserProjectAsksForItsPassword) {
+  MakeProject(false);
+  {
+    CDBDoc doc(ui, kinds, host);
+    ASSERT_EQ(doc.OpenProject(path), 1);
+    EXPECT_TRUE(ui.passwordTexts.empty()) << "no password, no question";
+    EXPECT_EQ(ui.statusTexts.back(), "Ready");
+    ASSERT_EQ(doc.SetProjectPassword("Open"), DBStatus::kOk);
+    doc.CloseProject();
+  }
+  {
+    CDBDoc doc(ui, kinds, host);
+    ui.ScriptPassword("shut");
+    ui.ScriptPassword("OPEN");
+    ASSERT_EQ(doc.OpenProject(path), 1);
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Password incorrect -- please try again."});
+    doc.CloseProject();
+  }
+  ui.shown.clear();
+  CDBDoc doc(ui, kinds, host);
+  ui.ScriptPassword(std::nullopt);
+  EXPECT_EQ(doc.OpenProject(path), 0);
+  EXPECT_TRUE(ui.shown.empty()) << "a cancel shows nothing";
+}
+
+TEST_F(Project, FailedOpeningsSayWhyAndLeaveNothingOpen) {
+  // Not a project file: the question of recovery; No ends it quietly.
+  WriteFileBytes(path, std::vector<std::uint8_t>(9000, 'x'));
+  {
+    CDBDoc doc(ui, kinds, host);
+    ui.Script({ui::Answer::kNo});
+    EXPECT_EQ(doc.OpenProject(path), 0);
+    ASSERT_EQ(ui.shown.size(), 1u);
+    EXPECT_EQ(ui.shown[0].text,
+              "Cannot open the project file. Some key data structures are corrupt.\nDo you want "
+              "to recover the records to a new file?");
+    EXPECT_EQ(doc.store(), nullptr);
+  }
+  // A project whose content is newer than this program.
+  MakeProject(false);
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Open(path), DBStatus::kOk);
+    std::vector<std::uint8_t> info = Misc(store, 2);
+    PutU16(info, 0, 356);
+    ASSERT_EQ(store.UpdateRecord(kMiscTag, 2, info), DBStatus::kOk);
+    ASSERT_EQ(store.Close(), DBStatus::kOk);
+  }
+  {
+    CDBDoc doc(ui, kinds, host);
+    EXPECT_EQ(doc.OpenProject(path), 0);
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                              "The project file you selected was created or updated by a newer "
+                              "version of Quillmark. You must obtain the latest version of "
+                              "Quillmark to open the file."});
+  }
+  // Ctrl held: the recovery, which never opens the project.
+  ui.shown.clear();
+  ui.statusTexts.clear();
+  const auto before = ReadFileBytes(path);
+  ui.HoldModifiers({.ctrl = true});
+  CDBDoc doc(ui, kinds, host);
+  EXPECT_EQ(doc.OpenProject(path), 0);
+  ASSERT_EQ(ui.shown.size(), 1u);
+  EXPECT_EQ(ui.statusTexts.front(), "Recovering the project file...");
+  EXPECT_EQ(ReadFileBytes(path), before);
+}
+
+// A single-user project of data version 257, made as that version made them: without the
+// workbook, components, reproducibles, attachments, severities, dispositions and mail
+// templates, with a defect counter of 3 bytes and no options record.
+void MakeOldProject(const std::string& path, ui::Ui& ui) {
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Create(path, 0), DBStatus::kOk);
+  for (const Tag tag : std::span(kProjectTables).first(12)) {
+    ASSERT_EQ(store.AddTable(tag, {}), DBStatus::kOk);
+  }
+  std::uint32_t id = 0;
+  ASSERT_EQ(store.AddRecord(kMiscTag, Bytes().u16(256).u16(0).u8(0).b, &id), DBStatus::kOk);
+  Bytes info;
+  info.u16(257).u8(3).text("Old").u8(0).u32(3'000'000'000u).u32(0);
+  ASSERT_EQ(store.AddRecord(kMiscTag, info.b, &id), DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(kMiscTag, std::vector<std::uint8_t>(76, 0), &id), DBStatus::kOk);
+  ASSERT_EQ(store.PutRecord(kMiscTag, std::vector<std::uint8_t>{0, 0, 9}, 7, PutMode::kReplace),
+            DBStatus::kOk);
+  ASSERT_EQ(store.Close(), DBStatus::kOk);
+}
+
+TEST_F(Project, AnOlderProjectGainsWhatItLacks) {
+  MakeOldProject(path, ui);
+  const auto bytesBefore = ReadFileBytes(path);
+  {
+    CDBDoc doc(ui, kinds, host);
+    ui.Script({ui::Answer::kCancel});
+    EXPECT_EQ(doc.OpenProject(path), 0);
+    ASSERT_EQ(ui.Texts().size(), 1u) << "a cancel says nothing more";
+    EXPECT_EQ(ui.Texts()[0],
+              "Quillmark needs to update the database with new information. You will not be "
+              "able to open this database with older versions of Quillmark. Make sure you have "
+              "created a backup of the file.");
+  }
+  EXPECT_EQ(ReadFileBytes(path), bytesBefore) << "cancel leaves the file as it was";
+
+  CDBDoc doc(ui, kinds, host);
+  ui.Script({ui::Answer::kOk});
+  ASSERT_EQ(doc.OpenProject(path), 1);
+  CProjectStore& store = *doc.store();
+  std::vector<Tag> tags = store.TableTags();
+  EXPECT_EQ(std::vector<Tag>(tags.end() - 7, tags.end()),
+            (std::vector<Tag>{MakeTag("task"), MakeTag("sevr"), MakeTag("usta"), MakeTag("etmp"),
+                              MakeTag("comp"), MakeTag("rpro"), MakeTag("atch")}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("sevr"))).size(), 4u);
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("usta"))).size(), 6u);
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("rpro"))).front(), "Always");
+  EXPECT_EQ(doc.GetTable(MakeTag("comp"))->count(), 0u);
+  const ProjectInfo info = ProjectInfo::Decode(Misc(store, 2), 0);
+  EXPECT_EQ(info.dataVersion, kDataVersion);
+  EXPECT_EQ(info.projectName, "Old");
+  EXPECT_EQ(info.createdAt, 3'000'000'000u);
+  EXPECT_EQ(Misc(store, 5), Bytes().u32(0).b);
+  EXPECT_EQ(Misc(store, 7), Bytes().u32(0).b) << "nextId of dfct less one replaces 3 bytes";
+  EXPECT_EQ(Misc(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
+  doc.CloseProject();
+
+  // Brought up to date, it opens again without a question and without adding anything.
+  ui.shown.clear();
+  CDBDoc again(ui, kinds, host);
+  ASSERT_EQ(again.OpenProject(path), 1);
+  EXPECT_TRUE(ui.shown.empty());
+  EXPECT_EQ(again.store()->TableTags(), tags);
+  EXPECT_EQ(again.GetTable(MakeTag("sevr"))->count(), 4u);
+}
+
+TEST_F(Project, TheTemplateKeepsAllButDefectsAndAttachments) {
+  MakeProject(true);
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  CProjectStore& store = *doc.store();
+  ASSERT_EQ(store.PutRecord(kDefectTag, std::vector<std::uint8_t>{1, 2}, 4, PutMode::kReplace),
+            DBStatus::kOk);
+  ASSERT_EQ(store.PutRecord(MakeTag("atch"), std::vector<std::uint8_t>{3}, 1, PutMode::kReplace),
+            DBStatus::kOk);
+  ASSERT_EQ(doc.SetCounter(kMiscTag, 7, 40), DBStatus::kOk);
+  const std::string copyPath = dir.File("Template.qmk");
+  ASSERT_EQ(doc.SaveProjectTemplate(copyPath), DBStatus::kOk);
+  std::uint32_t value = 0;
+  ASSERT_EQ(ReadDefectCounter(store, value), DBStatus::kOk);
+  EXPECT_EQ(value, 0u) << "the open project's own counter is the one set back";
+
+  CProjectStore copy(ui);
+  ASSERT_EQ(copy.Open(copyPath), DBStatus::kOk);
+  EXPECT_EQ(copy.TableTags(), store.TableTags());
+  std::uint32_t count = 0;
+  ASSERT_EQ(copy.CountRecords(kDefectTag, count), DBStatus::kOk);
+  EXPECT_EQ(count, 0u);
+  ASSERT_EQ(copy.CountRecords(MakeTag("atch"), count), DBStatus::kOk);
+  EXPECT_EQ(count, 0u);
+  for (const Tag tag : {kUserTag, kGroupTag, MakeTag("type"), MakeTag("prod"), kMiscTag}) {
+    std::vector<IndexEntry> a;
+    std::vector<IndexEntry> b;
+    ASSERT_EQ(store.ReadIndex(tag, a), DBStatus::kOk);
+    ASSERT_EQ(copy.ReadIndex(tag, b), DBStatus::kOk);
+    ASSERT_EQ(a.size(), b.size()) << TagText(tag);
+    for (std::size_t i = 0; i < a.size(); ++i) EXPECT_EQ(a[i].id, b[i].id) << TagText(tag);
+  }
+
+  ui.shown.clear();
+  EXPECT_EQ(doc.SaveProjectTemplate(copyPath), DBStatus::kCancelled);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "The file " + copyPath +
+                            " already exists. You must delete it from the operating system "
+                            "before creating it within Quillmark. This feature prevents users "
+                            "from accidently deleting existing databases."});
+}
+
+}  // namespace
+}  // namespace qm::test
