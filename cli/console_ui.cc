@@ -74,6 +74,10 @@ ui::Answer ConsoleUi::Ask(const ui::Message& message) {
   std::cerr << (message.caption.empty() ? "" : message.caption + ": ") << message.text << "\n";
   Choice choice = ChoiceOf(message.buttons);
   if (message.buttons == ui::Buttons::kOk) return ui::Answer::kOk;
+  if (assumeYes_) {
+    std::cerr << choice.prompt << " (--yes)\n";
+    return choice.first;
+  }
   if (!::isatty(STDIN_FILENO)) return choice.second;
   for (;;) {
     std::cerr << choice.prompt << " " << std::flush;

@@ -1,5 +1,5 @@
 // The Ui of quillmark-cli: messages go to standard error, questions are asked on the
-// terminal, and without a terminal they get the cautious answer.
+// terminal, and without a terminal they get the cautious answer unless told otherwise.
 #pragma once
 
 #include "ui/ui.h"
@@ -8,6 +8,10 @@ namespace qm::cli {
 
 class ConsoleUi : public ui::Ui {
  public:
+  // With `assumeYes`, every question is shown and answered Yes, OK or Retry at once, as a
+  // script that has read the questions beforehand wants.
+  explicit ConsoleUi(bool assumeYes = false) : assumeYes_(assumeYes) {}
+
   ui::Answer Ask(const ui::Message& message) override;
   std::optional<std::string> ChooseFile(const ui::FileChoice& choice) override;
   void SetStatusText(const std::string&) override {}
@@ -18,6 +22,9 @@ class ConsoleUi : public ui::Ui {
   std::optional<ui::LoginEntry> AskLogin(const std::string& text,
                                          const ui::LoginEntry& start) override;
   std::optional<std::string> AskPassword(const std::string& text) override;
+
+ private:
+  bool assumeYes_;
 };
 
 }  // namespace qm::cli

@@ -9,6 +9,7 @@
 
 #include <regex>
 
+#include "cli/cli_run.h"
 #include "store/db_status.h"
 #include "store/file_bytes.h"
 #include "store/project_store.h"
@@ -19,29 +20,10 @@
 namespace qm::test {
 namespace {
 
-struct Result {
-  int code;
-  std::string out;
-  std::string err;
-};
-
-std::string Slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
 class StoreCli : public ::testing::Test {
  protected:
-  // Runs quillmark-cli with `args` (shell words), standard input from `input`.
-  Result Run(const std::string& args, const std::string& input = "") {
-    const char* cli = QM_CLI_PATH;
-    std::ofstream(dir.File("stdin"), std::ios::binary) << input;
-    const std::string command = std::string("'") + cli + "' " + args + " <'" + dir.File("stdin") +
-                                "' >'" + dir.File("stdout") + "' 2>'" + dir.File("stderr") + "'";
-    const int status = std::system(command.c_str());
-    return {WEXITSTATUS(status), Slurp(dir.File("stdout")), Slurp(dir.File("stderr"))};
+  CliResult Run(const std::string& args, const std::string& input = "") {
+    return RunCli(dir, args, input);
   }
   std::string File() { return "'" + dir.File("p.qmk") + "'"; }
 
@@ -77,7 +59,7 @@ TEST_F(StoreCli, RecordsGoInAndComeOutAsTheyWere) {
   const std::string info = Run("store info " + File()).out;
   EXPECT_NE(info.find("{\"tag\":\"dfct\",\"count\":2,\"nextId\":41,"), std::string::npos) << info;
   EXPECT_NE(info.find("\"changeCounter\":7,"), std::string::npos) << info;
-  const Result check = Run("store check " + File());
+  const CliResult check = Run("store check " + File());
   EXPECT_EQ(check.code, 0);
   EXPECT_EQ(check.out, "");
 }
@@ -88,7 +70,7 @@ TEST_F(StoreCli, FailuresSayWhatWentWrong) {
   ASSERT_EQ(Run("store add " + File() + " dfct", "one").code, 0);
   ASSERT_EQ(Run("store add " + File() + " dfct", "two").code, 0);
 
-  Result r = Run("store create " + File());
+  CliResult r = Run("store create " + File());
   EXPECT_EQ(r.code, 1) << "an existing project is never overwritten";
   EXPECT_EQ(r.err, "The file " + dir.File("p.qmk") +
                        " already exists. You must delete it from the operating system before "
