@@ -72,4 +72,21 @@ int CompareNoCase(std::string_view a, std::string_view b) {
   return a.size() < b.size() ? -1 : 1;
 }
 
+int CompareNoCase(std::span<const std::string_view> a, std::span<const std::string_view> b) {
+  std::size_t ai = 0;
+  std::size_t bi = 0;
+  std::string_view x;  // what is left of a's current part
+  std::string_view y;
+  for (;;) {
+    while (x.empty() && ai < a.size()) x = a[ai++];
+    while (y.empty() && bi < b.size()) y = b[bi++];
+    if (x.empty() || y.empty()) return x.empty() == y.empty() ? 0 : (x.empty() ? -1 : 1);
+    // Runs of equal length differ only where a byte differs, never by their lengths.
+    const std::size_t n = std::min(x.size(), y.size());
+    if (const int c = CompareNoCase(x.substr(0, n), y.substr(0, n)); c != 0) return c;
+    x.remove_prefix(n);
+    y.remove_prefix(n);
+  }
+}
+
 }  // namespace qm

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,5 +82,8 @@ class IdList {
 
 // The three-way comparison of two texts with ASCII letters folded to one case: -1, 0, 1.
 int CompareNoCase(std::string_view a, std::string_view b);
+// The same of the texts that the parts of `a` and of `b` make when joined, without joining
+// them: sorting compares names this way many times over.
+int CompareNoCase(std::span<const std::string_view> a, std::span<const std::string_view> b);
 
 }  // namespace qm

@@ -124,7 +124,13 @@ std::string CUser::GetFullName() const {
 
 int CUser::Compare(const CUser* a, const CUser* b) {
   if (a == nullptr || b == nullptr) return a == b ? 0 : (a == nullptr ? -1 : 1);
-  return CompareNoCase(a->GetName(), b->GetName());
+  // GetName's parts, unjoined: a table of people sorts without making a string per look.
+  const auto parts = [](const CUser& user) {
+    const bool both = !user.lastName_.empty() && !user.firstName_.empty();
+    return std::array<std::string_view, 3>{user.lastName_.str(), both ? ", " : "",
+                                           user.firstName_.str()};
+  };
+  return CompareNoCase(parts(*a), parts(*b));
 }
 
 const CUserGroup* CUser::GetGroup(const CUserGroupTable& groups) const {

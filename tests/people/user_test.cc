@@ -1,6 +1,10 @@
-// User records of every layout against hand-built bytes, names, capacities, and the
-// three people tables through a real project file.
+// User records of every layout against hand-built bytes, names, capacities, their order,
+// and the three people tables through a real project file.
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "people/test_config.h"
 #include "people/user.h"
@@ -166,6 +170,29 @@ TEST(PeopleUser, NamesAndCapacities) {
   user.SetAddress(std::string(300, 'a'));
   EXPECT_EQ(user.GetAddress().size(), 256u);
   EXPECT_EQ(Read(user.Pack())->GetAddress().size(), 255u);
+}
+
+TEST(PeopleUser, ComparesAsItsJoinedNameDoes) {
+  // Last and first names whose joined forms meet at the ", " and at the ends: a comma or
+  // a blank in a name, one name a prefix of another, letters of either case, bytes above
+  // 0x7F and names missing.
+  const std::pair<const char*, const char*> names[] = {
+      {"", ""},         {"Lee", ""},     {"", "Lee"},      {"Lee", "Ann"},   {"lee", "ann"},
+      {"Lee,", ""},     {"Lee,", "Ann"}, {"Lee, Ann", ""}, {"Lee", "Ann B"}, {"Lee!", "A"},
+      {"Le", "e, Ann"}, {"LEE", "ANNA"}, {"Lee ", "Ann"},  {"L\u00E9a", ""}, {"Lea", "Z"}};
+  std::vector<std::unique_ptr<CUser>> people;
+  for (const auto& [last, first] : names) {
+    people.push_back(std::make_unique<CUser>());
+    people.back()->SetLastName(last);
+    people.back()->SetFirstName(first);
+  }
+  for (const auto& a : people) {
+    for (const auto& b : people) {
+      EXPECT_EQ(CUser::Compare(a.get(), b.get()), CompareNoCase(a->GetName(), b->GetName()))
+          << "\"" << a->GetName() << "\" against \"" << b->GetName() << "\"";
+    }
+  }
+  EXPECT_EQ(CUser::Compare(nullptr, people[0].get()), -1);
 }
 
 TEST(PeopleStore, TablesRoundTripThroughAProjectFile) {
