@@ -172,10 +172,19 @@ void ItemTable::LoadTable(bool sort) {
   std::vector<std::uint8_t> payload;
   for (std::uint32_t p = 1; p <= total && status == DBStatus::kOk; ++p) {
     std::uint32_t id = 0;
-    if (store_->ReadRecordByIndex(tag_, p, payload, &id) == DBStatus::kOk) {
+    const DBStatus read = store_->ReadRecordByIndex(tag_, p, payload, &id);
+    if (read == DBStatus::kOk) {
       std::unique_ptr<RecordItem> item = ItemFromRecord(payload);
       if (item != nullptr && InsertAt(item.get(), kArrayEnd) != 0) item.release()->SetId(id);
       continue;
+    }
+    // A damaged table entry can count more records than its index holds: the index ends
+    // the loading, and there is no record there to offer for deletion.
+    if (read == DBStatus::kBadPosition) break;
+    // No id: the index itself could not be read, and the table fails as a whole.
+    if (id == 0) {
+      status = read;
+      break;
     }
     const ui::Answer answer =
         ui_.Ask({TableDisplayWord(tag_) + " record #" + std::to_string(id) +

@@ -219,6 +219,20 @@ TEST_F(ItemTableTest, CorruptRecordsAreOfferedForDeletionWithoutSkipping) {
   std::vector<std::uint32_t> ids;
   for (const IndexEntry& entry : index) ids.push_back(entry.id);
   EXPECT_EQ(ids, (std::vector<std::uint32_t>{3, 4, 5})) << "answered No: 4 kept";
+
+  // A table entry that counts more records than the index holds: the index ends the
+  // loading, with nothing to ask about.
+  std::vector<std::uint8_t> bytes = ReadFileBytes(path);
+  std::size_t entry = 404;
+  while (BeU32(bytes, entry) != kDfct) entry += TableEntry::kSize;
+  PutU32(bytes, entry + 4, 4'000'000'000u);
+  WriteFileBytes(path, bytes);
+  ui.shown.clear();
+  ui.Script({ui::Answer::kNo});
+  NoteTable again(&store, kDfct, ui);
+  again.LoadTable(false);
+  EXPECT_EQ(Names(again), "c e");
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{question(4)});
 }
 
 TEST_F(ItemTableTest, ABusyStoreIsAskedAboutAndRetriedWithTheSamePayload) {
