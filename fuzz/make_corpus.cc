@@ -12,7 +12,10 @@
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
+#include "session/db_doc.h"
+#include "session/project_records.h"
 #include "session/value_item.h"
+#include "shell/project_item_kinds.h"
 #include "store/project_store.h"
 #include "support/fake_files.h"
 
@@ -57,8 +60,7 @@ void Save(test::MemoryFileSystem& files, const std::string& name, const std::str
   }
 }
 
-void SaveItem(std::uint8_t kind, const RecordItem& item, const std::string& path) {
-  std::vector<std::uint8_t> bytes = item.Pack();
+void SaveRecord(std::uint8_t kind, std::vector<std::uint8_t> bytes, const std::string& path) {
   bytes.insert(bytes.begin(), kind);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out.write(reinterpret_cast<const char*>(bytes.data()),
@@ -67,6 +69,10 @@ void SaveItem(std::uint8_t kind, const RecordItem& item, const std::string& path
     std::fprintf(stderr, "make_corpus: cannot write %s\n", path.c_str());
     std::exit(1);
   }
+}
+
+void SaveItem(std::uint8_t kind, const RecordItem& item, const std::string& path) {
+  SaveRecord(kind, item.Pack(), path);
 }
 
 void WriteItemSeeds(const std::string& folder) {
@@ -88,6 +94,43 @@ void WriteItemSeeds(const std::string& folder) {
   value.name = "Crash - Data Loss";
   value.order = 1;
   SaveItem(3, value, folder + "/value");
+  ProjectSecurity security;
+  security.securityMode = 1;
+  security.projectPassword = "Open";
+  SaveRecord(4, security.Encode(), folder + "/security");
+  ProjectInfo info;
+  info.projectName = "Atlas";
+  info.description = "Flight software";
+  SaveRecord(5, info.Encode(3'000'000'000u), folder + "/info");
+  PreferenceBlock preferences{};
+  preferences[5] = 1;
+  SaveRecord(6, EncodePreferences(preferences), folder + "/preferences");
+  SaveRecord(6, std::vector<std::uint8_t>(76, 2), folder + "/old_preferences");
+}
+
+// A host with nothing around the project: no windows, no mail, no timers.
+class QuietHost : public ProjectHost {
+ public:
+  void ProjectLoaded(CDBDoc&) override {}
+  void RememberLogin(const ui::LoginEntry&) override {}
+  std::int32_t DatabaseCheckSeconds() const override { return -1; }
+  void StartBackgroundWork(CDBDoc&) override {}
+  void BeforeClose(CDBDoc&) override {}
+  void CloseListWindows(CDBDoc&) override {}
+};
+
+// New projects of both kinds, as the opening finds them.
+void WriteProjectSeeds(test::MemoryFileSystem& files, const std::string& folder) {
+  bench::SilentUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  for (const bool multiUser : {true, false}) {
+    const std::string name = multiUser ? "project_multi.qmk" : "project_single.qmk";
+    CDBDoc doc(ui, kinds, host, files);
+    doc.NewProject(name, multiUser);
+    doc.CloseProject();
+    Save(files, name, folder);
+  }
 }
 
 }  // namespace
@@ -95,8 +138,8 @@ void WriteItemSeeds(const std::string& folder) {
 
 int main(int argc, char** argv) {
   using namespace qm;
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: make_corpus STORE-FOLDER ITEM-FOLDER\n");
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: make_corpus STORE-FOLDER ITEM-FOLDER PROJECT-FOLDER\n");
     return 64;
   }
   WriteItemSeeds(argv[2]);
@@ -125,5 +168,6 @@ int main(int argc, char** argv) {
   for (const char* name : {"new.qmk", "two_tables.qmk", "single_user.qmk", "version_352.qmk"}) {
     Save(files, name, folder);
   }
+  WriteProjectSeeds(files, argv[3]);
   return 0;
 }
