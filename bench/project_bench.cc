@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -17,6 +16,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "bench/ratio_reporter.h"
 #include "bench/silent_ui.h"
 #include "people/test_config.h"
 #include "people/user.h"
@@ -25,6 +25,7 @@
 #include "session/value_item.h"
 #include "shell/project_item_kinds.h"
 #include "store/store_error.h"
+#include "support/quiet_host.h"
 #include "support/temp_dir.h"
 
 namespace qm {
@@ -49,17 +50,6 @@ void Check(DBStatus status, const char* what) {
   std::fprintf(stderr, "%s: %u %s\n", what, Code(status), StatusSentence(status).c_str());
   std::exit(1);
 }
-
-// A host with nothing around the project: no windows, no mail, no checks for changes.
-class QuietHost : public ProjectHost {
- public:
-  void ProjectLoaded(CDBDoc&) override {}
-  void RememberLogin(const ui::LoginEntry&) override {}
-  std::int32_t DatabaseCheckSeconds() const override { return -1; }
-  void StartBackgroundWork(CDBDoc&) override {}
-  void BeforeClose(CDBDoc&) override {}
-  void CloseListWindows(CDBDoc&) override {}
-};
 
 // ---- the records ----
 
@@ -227,7 +217,7 @@ class Files {
   std::string BuildProject(const std::string& name) {
     const std::string path = dir_.File(name);
     bench::SilentUi ui;
-    QuietHost host;
+    test::QuietHost host;
     ProjectItemKinds kinds;
     CDBDoc doc(ui, kinds, host);
     try {
@@ -286,7 +276,7 @@ class Files {
 // One opening as the program does it with a remembered login, and the closing after.
 bool OpenAndClose(const std::string& path) {
   bench::SilentUi ui;
-  QuietHost host;
+  test::QuietHost host;
   ProjectItemKinds kinds;
   CDBDoc doc(ui, kinds, host);
   if (doc.OpenProject(path, ui::LoginEntry{"admin", ""}) != 1) return false;
@@ -336,40 +326,18 @@ void ReadFile(benchmark::State& state) {
 // ---- the ratio ----
 
 // The console report, and at the end the measured pair as a ratio.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular) {}
-
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& run : runs) {
-      if (run.error_occurred || run.iterations == 0) continue;
-      // With repetitions, the median of them.
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") continue;
-      seconds_[run.run_name.function_name] =
-          run.real_accumulated_time / static_cast<double>(run.iterations);
-    }
-  }
-
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    const auto open = seconds_.find(kOpenName);
-    const auto read = seconds_.find(kReadName);
-    if (open == seconds_.end() || read == seconds_.end() || read->second <= 0) return;
-    const double megabytes = static_cast<double>(Files::Get().ProjectSize()) / (1 << 20);
-    char line[256];
-    std::snprintf(line, sizeof line, "  %-38s %6.2f  (%.3f against %.3f ms per file of %.1f MB)\n",
-                  "opening and closing / reading the file", open->second / read->second,
-                  open->second * 1000, read->second * 1000, megabytes);
-    GetOutputStream() << "\nRatios of one run (lower is better):\n" << line;
+class ProjectRatios : public bench::RatioReporter {
+ protected:
+  void WriteRatios() override {
+    char unit[64];
+    std::snprintf(unit, sizeof unit, "ms per file of %.1f MB",
+                  static_cast<double>(Files::Get().ProjectSize()) / (1 << 20));
+    Ratio("opening and closing / reading the file", kOpenName, kReadName, unit, 0.0);
+    char line[128];
     std::snprintf(line, sizeof line, "  %-38s %6.2f  us per record, %u records\n",
-                  "opening and closing, per record", open->second * 1e6 / kRecords, kRecords);
+                  "opening and closing, per record", Seconds(kOpenName) * 1e6 / kRecords, kRecords);
     GetOutputStream() << line;
   }
-
- private:
-  // Seconds per iteration of each benchmark.
-  std::map<std::string, double> seconds_;
 };
 
 void RegisterAll() {
@@ -389,11 +357,6 @@ void RegisterAll() {
 }  // namespace qm
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  qm::RegisterAll();
-  qm::RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
+  qm::ProjectRatios reporter;
+  return qm::bench::RunBenchmarks(argc, argv, qm::RegisterAll, reporter);
 }

@@ -7,13 +7,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <unistd.h>
 
+#include "bench/ratio_reporter.h"
 #include "bench/silent_ui.h"
 #include "store/project_store.h"
 #include "support/temp_dir.h"
@@ -263,27 +263,9 @@ void SqliteScan(benchmark::State& state) {
 // ---- the ratios ----
 
 // The console report, and at the end each measured pair as a ratio with its target.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular) {}
-
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& run : runs) {
-      if (run.error_occurred || run.iterations == 0) continue;
-      // With repetitions, the median of them.
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") continue;
-      seconds_[run.run_name.function_name] =
-          run.real_accumulated_time / static_cast<double>(run.iterations);
-      for (const auto& [name, counter] : run.counters) {
-        seconds_[name] = counter.value / 1000;
-      }
-    }
-  }
-
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    GetOutputStream() << "\nRatios of one run (lower is better):\n";
+class StoreRatios : public bench::RatioReporter {
+ protected:
+  void WriteRatios() override {
     Ratio("add, 100,000 records / 100 records", kLargeAddCounter, kSmallAddCounter, "ms per add",
           1.5);
     Ratio("full read, claimed / SQLite scan", "read_all/claimed", "sqlite_scan",
@@ -293,27 +275,6 @@ class RatioReporter : public benchmark::ConsoleReporter {
     Ratio("full read, unclaimed / SQLite scan", "read_all/unclaimed", "sqlite_scan",
           "ms per 100,000 records", 0.0);
   }
-
- private:
-  // One line; a target of 0 means the pair is shown for scale only.
-  void Ratio(const char* label, const std::string& measured, const std::string& against,
-             const char* unit, double target) {
-    const auto a = seconds_.find(measured);
-    const auto b = seconds_.find(against);
-    if (a == seconds_.end() || b == seconds_.end() || b->second <= 0) return;
-    const double ratio = a->second / b->second;
-    char line[256];
-    int n = std::snprintf(line, sizeof line, "  %-38s %6.2f  (%.3f against %.3f %s)", label, ratio,
-                          a->second * 1000, b->second * 1000, unit);
-    if (target > 0 && n > 0 && static_cast<std::size_t>(n) < sizeof line) {
-      std::snprintf(line + n, sizeof line - static_cast<std::size_t>(n),
-                    "  target at most %.1f: %s", target, ratio <= target ? "met" : "MISSED");
-    }
-    GetOutputStream() << line << "\n";
-  }
-
-  // Seconds per iteration of each benchmark, and each counter (milliseconds) in seconds.
-  std::map<std::string, double> seconds_;
 };
 
 void RegisterAll() {
@@ -339,11 +300,6 @@ void RegisterAll() {
 }  // namespace qm
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  qm::RegisterAll();
-  qm::RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
+  qm::StoreRatios reporter;
+  return qm::bench::RunBenchmarks(argc, argv, qm::RegisterAll, reporter);
 }

@@ -147,10 +147,7 @@ int NewProject(const Args& args, ui::Ui& ui, CAppPreferences& preferences, std::
   args.ExpectPositional(2, "new FILE [--single-user]");
   const std::string& path = args.positional()[1];
   if (std::ifstream(path).good()) {
-    err << "The file " << path
-        << " already exists. You must delete it from the operating system before creating it "
-           "within Quillmark. This feature prevents users from accidently deleting existing "
-           "databases.\n";
+    err << ExistingFileText(path) << "\n";
     return 1;
   }
   const bool multiUser = !args.Flag("single-user");

@@ -10,6 +10,7 @@
 
 #include "args.h"
 #include "json.h"
+#include "session/db_doc.h"
 #include "store/checksum.h"
 #include "store/project_store.h"
 
@@ -230,10 +231,7 @@ int RunStore(const std::vector<std::string>& words, ui::Ui& ui, std::ostream& ou
     if (command == "create") {
       args.ExpectPositional(2, "store create FILE [--single-user]");
       if (std::ifstream(path).good()) {
-        err << "The file " << path
-            << " already exists. You must delete it from the operating system before creating "
-               "it within Quillmark. This feature prevents users from accidently deleting "
-               "existing databases.\n";
+        err << ExistingFileText(path) << "\n";
         return 1;
       }
       const std::uint16_t multiUser = args.Flag("single-user") ? 0 : 1;

@@ -18,6 +18,7 @@
 #include "shell/project_item_kinds.h"
 #include "store/project_store.h"
 #include "support/fake_files.h"
+#include "support/quiet_host.h"
 
 namespace qm {
 namespace {
@@ -108,21 +109,10 @@ void WriteItemSeeds(const std::string& folder) {
   SaveRecord(6, std::vector<std::uint8_t>(76, 2), folder + "/old_preferences");
 }
 
-// A host with nothing around the project: no windows, no mail, no timers.
-class QuietHost : public ProjectHost {
- public:
-  void ProjectLoaded(CDBDoc&) override {}
-  void RememberLogin(const ui::LoginEntry&) override {}
-  std::int32_t DatabaseCheckSeconds() const override { return -1; }
-  void StartBackgroundWork(CDBDoc&) override {}
-  void BeforeClose(CDBDoc&) override {}
-  void CloseListWindows(CDBDoc&) override {}
-};
-
 // New projects of both kinds, as the opening finds them.
 void WriteProjectSeeds(test::MemoryFileSystem& files, const std::string& folder) {
   bench::SilentUi ui;
-  QuietHost host;
+  test::QuietHost host;
   ProjectItemKinds kinds;
   for (const bool multiUser : {true, false}) {
     const std::string name = multiUser ? "project_multi.qmk" : "project_single.qmk";

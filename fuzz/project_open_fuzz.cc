@@ -8,25 +8,12 @@
 #include "session/db_doc.h"
 #include "shell/project_item_kinds.h"
 #include "support/fake_files.h"
-
-namespace {
-
-class QuietHost : public qm::ProjectHost {
- public:
-  void ProjectLoaded(qm::CDBDoc&) override {}
-  void RememberLogin(const qm::ui::LoginEntry&) override {}
-  std::int32_t DatabaseCheckSeconds() const override { return -1; }
-  void StartBackgroundWork(qm::CDBDoc&) override {}
-  void BeforeClose(qm::CDBDoc&) override {}
-  void CloseListWindows(qm::CDBDoc&) override {}
-};
-
-}  // namespace
+#include "support/quiet_host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static qm::bench::SilentUi ui;
   static qm::ProjectItemKinds kinds;
-  static QuietHost host;
+  static qm::test::QuietHost host;
   qm::test::MemoryFileSystem files;
   qm::test::FakeClock clock;
   files.Bytes("p.qmk").assign(data, data + size);

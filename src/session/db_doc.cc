@@ -86,6 +86,13 @@ DBStatus Guarded(Work&& work) {
 
 }  // namespace
 
+std::string ExistingFileText(const std::string& path) {
+  return "The file " + path +
+         " already exists. You must delete it from the operating system before creating it "
+         "within Quillmark. This feature prevents users from accidently deleting existing "
+         "databases.";
+}
+
 CDBDoc::CDBDoc(ui::Ui& ui, const ProjectKinds& kinds, ProjectHost& host,
                platform::FileSystem& files, platform::Clock& clock)
     : ui_(ui), kinds_(kinds), host_(host), files_(files), clock_(clock) {}
@@ -519,11 +526,7 @@ bool CDBDoc::Exists(const std::string& path) const {
 DBStatus CDBDoc::SaveProjectTemplate(const std::string& path) {
   if (!store_) return DBStatus::kNotOpen;
   if (Exists(path)) {
-    ui_.Tell("The file " + path +
-                 " already exists. You must delete it from the operating system before "
-                 "creating it within Quillmark. This feature prevents users from accidently "
-                 "deleting existing databases.",
-             ui::Icon::kWarning);
+    ui_.Tell(ExistingFileText(path), ui::Icon::kWarning);
     return DBStatus::kCancelled;
   }
   if (DBStatus s = store_->BeginAccess(true); s != DBStatus::kOk) return s;

@@ -37,6 +37,9 @@ inline constexpr Tag kGroupTag = MakeTag("ugrp");
 inline constexpr std::uint32_t kAttachmentCounterRecord = 5;
 inline constexpr std::uint32_t kReferenceCounterRecord = 6;
 
+// Why a new project file is not made over a file that exists.
+std::string ExistingFileText(const std::string& path);
+
 class CDBDoc : public ProjectCounters {
  public:
   CDBDoc(ui::Ui& ui, const ProjectKinds& kinds, ProjectHost& host,

@@ -8,20 +8,11 @@
 #include "shell/app_preferences.h"
 #include "shell/project_item_kinds.h"
 #include "support/child_process.h"
+#include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 
 namespace qm::test {
 namespace {
-
-class NullHost : public ProjectHost {
- public:
-  void ProjectLoaded(CDBDoc&) override {}
-  void RememberLogin(const ui::LoginEntry&) override {}
-  std::int32_t DatabaseCheckSeconds() const override { return -1; }
-  void StartBackgroundWork(CDBDoc&) override {}
-  void BeforeClose(CDBDoc&) override {}
-  void CloseListWindows(CDBDoc&) override {}
-};
 
 class ProjectCli : public ::testing::Test {
  protected:
@@ -154,7 +145,7 @@ TEST_F(ProjectCli, ASecondProgramLogsInWhileTheFirstIsLoggedIn) {
   const std::string project = path;
   Child first([project](Child::Channel& c) {
     ScriptedUi ui;
-    NullHost host;
+    QuietHost host;
     ProjectItemKinds kinds;
     CDBDoc doc(ui, kinds, host);
     if (doc.OpenProject(project, ui::LoginEntry{"admin", ""}) != 1) return 1;

@@ -19,17 +19,8 @@ namespace qm::platform {
 namespace {
 
 using Kind = PreferenceKind;
-
-std::string ReadText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-void WriteText(const std::string& path, std::string_view text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
+using test::ReadText;
+using test::WriteText;
 
 constexpr std::string_view kHeader =
     "# Quillmark preferences, one value a line: Name=string:TEXT or Name=binary:HEXBYTES\n";

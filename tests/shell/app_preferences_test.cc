@@ -14,16 +14,8 @@
 namespace qm {
 namespace {
 
-std::string ReadText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-void WriteText(const std::string& path, std::string_view text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
+using test::ReadText;
+using test::WriteText;
 
 // What a first start writes, on a little-endian machine.
 constexpr std::string_view kDefaults =
