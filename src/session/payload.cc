@@ -150,10 +150,16 @@ bool PayloadReader::String(std::string& field, std::size_t limit) {
 bool PayloadReader::Text(std::string& field, std::size_t limit) {
   std::uint16_t length = 0;
   if (!U16(length)) return false;
+  // The length is a signed 16-bit number: one below 0 is damage, and the reading stops.
+  if (length > kTextCapacity) {
+    failed_ = true;
+    return false;
+  }
   const std::size_t n = std::min<std::size_t>(length, limit);
   const auto b = Take(n);
   if (b.size() != n) return false;
   field.assign(b.begin(), b.end());
+  std::replace(field.begin(), field.end(), '\0', ' ');
   return true;
 }
 

@@ -69,8 +69,9 @@ class PayloadReader {
   // Fails, and stops the reading, when the stored length is above `limit`; every 0 byte
   // of the text reads as a blank.
   bool String(std::string& field, std::size_t limit);
-  // Reads at most `limit` bytes of the text. The rest stays in the payload and is read
-  // as whatever follows, so the limit must be the writer's.
+  // Reads at most `limit` bytes of the text, every 0 byte as a blank. The rest stays in
+  // the payload and is read as whatever follows, so the limit must be the writer's. A
+  // length above 32,767 (below 0 as the signed number it is) fails and stops the reading.
   bool Text(std::string& field, std::size_t limit);
   // Fills all of `out`, or reads nothing.
   bool Raw(std::span<std::uint8_t> out);

@@ -36,7 +36,7 @@ void Fill(CUser& user) {
   user.SetLastName("Lee");
   user.SetLogin("alee");
   user.SetPassword("secret");
-  user.SetNotes(std::string("a\0b", 3));
+  user.SetNotes("a b");
   user.SetContactKind(0, 3);
   user.SetContactText(0, "555-0100");
   user.SetContactKind(1, 0x105);
@@ -78,7 +78,12 @@ ByteList Record(std::uint16_t v, bool old) {
   b.u16(v);
   if (v >= 0x102) b.u8(old ? 1 : 0);
   Str(Str(Str(Str(b, "Ann"), "Lee"), "alee"), "secret");
-  (v < 0x108 ? b.u8(3) : b.u16(3)).raw({'a', 0, 'b'});  // notes: text8, then text
+  // Notes: text8, which keeps a 0 byte, then text, which reads it as a blank.
+  if (v < 0x108) {
+    b.u8(3).raw({'a', 0, 'b'});
+  } else {
+    b.u16(3).raw({'a', ' ', 'b'});
+  }
   Str(b.u8(3), "555-0100");
   Str(b.u8(5), "ext 12");  // the low byte of the kind
   b.u32(5);
@@ -130,7 +135,7 @@ TEST(PeopleUser, RecordsOfEveryLayout) {
     SCOPED_TRACE(v);
     const auto user = Read(Record(v, true));
     EXPECT_EQ(user->deleted, v >= 0x102);
-    EXPECT_EQ(user->GetNotes(), std::string("a\0b", 3));
+    EXPECT_EQ(user->GetNotes(), v < 0x108 ? std::string("a\0b", 3) : "a b");
     EXPECT_EQ(user->GetContactKind(1), 5u);
     EXPECT_EQ(user->GetDateLastLogin(), 0xB0C0D0E0u);
     // The run ends at 76; the u32 at 84 comes after 0x100, row 2 again after 0x106.

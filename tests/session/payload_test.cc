@@ -97,6 +97,15 @@ TEST(Payload, ReadingKeepsFieldsWhereThereIsNothingToRead) {
   EXPECT_EQ(u, 0x6F00);
   EXPECT_FALSE(rest.failed()) << "reading past the end is no failure";
 
+  // A text's 0 bytes read as blanks; a length below 0 as a signed number stops the reading.
+  const ByteList texts{0, 3, 'a', 0, 'b', 0x80, 0, 'x', 'y'};
+  PayloadReader signedLength(texts);
+  ASSERT_TRUE(signedLength.Text(s, 100));
+  EXPECT_EQ(s, "a b");
+  EXPECT_FALSE(signedLength.Text(s, 100));
+  EXPECT_TRUE(signedLength.failed());
+  EXPECT_EQ(s, "a b");
+
   // The version of every payload: one outside the range, or none, throws.
   const ByteList two{0, 2}, three{0, 3}, none;
   PayloadReader ok(two), high(three), empty(none);
