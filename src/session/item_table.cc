@@ -21,8 +21,9 @@ class WorkingCopy : public ItemTable {
                    const SortOrder& order) const override {
     return source_.CompareItems(a, b, order);
   }
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override {
-    return source_.ItemFromRecord(payload);
+  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload,
+                                             std::uint32_t id = 0) const override {
+    return source_.ItemFromRecord(payload, id);
   }
   std::unique_ptr<RecordItem> NewItem() const override { return source_.NewItem(); }
 
@@ -174,7 +175,7 @@ void ItemTable::LoadTable(bool sort) {
     std::uint32_t id = 0;
     const DBStatus read = store_->ReadRecordByIndex(tag_, p, payload, &id);
     if (read == DBStatus::kOk) {
-      std::unique_ptr<RecordItem> item = ItemFromRecord(payload);
+      std::unique_ptr<RecordItem> item = ItemFromRecord(payload, id);
       if (item != nullptr && InsertAt(item.get(), kArrayEnd) != 0) item.release()->SetId(id);
       continue;
     }
@@ -211,7 +212,7 @@ RecordItem* ItemTable::LoadItem(std::uint32_t id) {
   if (store_ == nullptr) return nullptr;
   std::vector<std::uint8_t> payload;
   if (store_->ReadRecord(tag_, id, payload) != DBStatus::kOk) return nullptr;
-  std::unique_ptr<RecordItem> item = ItemFromRecord(payload);
+  std::unique_ptr<RecordItem> item = ItemFromRecord(payload, id);
   if (item == nullptr || AddSorted(item.get()) == 0) return nullptr;
   item->SetId(id);
   return item.release();

@@ -45,9 +45,11 @@ class ItemTable {
   virtual int CompareItems(const RecordItem& a, const RecordItem& b,
                            const SortOrder& order) const = 0;
   // A new item made from a payload, or null when none can be made (the record is then
-  // skipped). Throws ItemError for a payload of a layout the class does not know.
-  virtual std::unique_ptr<RecordItem> ItemFromRecord(
-      std::span<const std::uint8_t> payload) const = 0;
+  // skipped). Throws ItemError for a payload of a layout the class does not know. `id`
+  // is the record's, for the messages of a class that reports damage itself; 0 when the
+  // payload comes from elsewhere.
+  virtual std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload,
+                                                     std::uint32_t id = 0) const = 0;
   // A new empty item of the class.
   virtual std::unique_ptr<RecordItem> NewItem() const = 0;
 
@@ -154,7 +156,8 @@ class ItemTableOf : public ItemTable {
  public:
   using ItemTable::ItemTable;
 
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override {
+  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload,
+                                             std::uint32_t = 0) const override {
     auto item = std::make_unique<Item>();
     PayloadReader in(payload);
     item->ReadFrom(in);

@@ -65,7 +65,8 @@ class NoteTable : public ItemTable {
                                    : (x.name > y.name) - (x.name < y.name);
     return order.direction == 1 ? -c : c;
   }
-  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload) const override {
+  std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload,
+                                             std::uint32_t = 0) const override {
     auto note = std::make_unique<Note>();
     PayloadReader in(payload);
     note->Read(in);
