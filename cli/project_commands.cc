@@ -8,6 +8,7 @@
 
 #include "args.h"
 #include "cli_host.h"
+#include "defects/project_defects.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
 #include "session/value_lists.h"
@@ -75,9 +76,10 @@ int Values(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::os
     err << "The Status names are fixed.\n";
     return 1;
   }
-  // Defects come into the project with their own item class; until it loads them, the
-  // table holds none, and no defect uses a name.
-  ValueSetup setup(table, *list, nullptr, ui, doc.currentUserId());
+  auto* defects = dynamic_cast<CDefectTable*>(doc.GetTable(kDefectTag));
+  std::optional<DefectValueAccess> access;
+  if (defects != nullptr) access.emplace(*defects);
+  ValueSetup setup(table, *list, access ? &*access : nullptr, ui, doc.currentUserId());
   if (!setup.Open()) return 1;
   const std::string& verb = pos[3];
   const std::string listWord(list->titleWord);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bench/silent_ui.h"
+#include "defects/defect.h"
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
@@ -95,6 +96,29 @@ void WriteItemSeeds(const std::string& folder) {
   value.name = "Crash - Data Loss";
   value.order = 1;
   SaveItem(3, value, folder + "/value");
+  CDefect defect;
+  defect.summary = "Crash when saving an empty report";
+  defect.number = 12;
+  defect.workaround = "Add one line first";
+  defect.SetNotifyList({1, 2});
+  auto row = std::make_unique<CReportedBy>();
+  row->description = "It crashes";
+  auto laptop = std::make_unique<CTestConfig>();
+  laptop->name = "Reporter's laptop";
+  row->SetCustomConfig(std::move(laptop));
+  auto attachment = std::make_unique<CFileAttachment>();
+  attachment->fileName = "crash.log";
+  row->AddAttachment(std::move(attachment));
+  defect.AddReportedBy(std::move(row));
+  std::uint32_t date = 3'000'000'000u;
+  for (std::int16_t kind = 2; kind <= 9; ++kind) {
+    auto event = CDefectEvent::Make(kind);
+    event->userId = 1;
+    event->date = date += 60;
+    event->notes = "Step " + std::to_string(kind);
+    defect.AddEvent(std::move(event));
+  }
+  SaveItem(7, defect, folder + "/defect");
   ProjectSecurity security;
   security.securityMode = 1;
   security.projectPassword = "Open";

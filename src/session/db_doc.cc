@@ -271,7 +271,7 @@ void CDBDoc::LoadProject(const std::optional<ui::LoginEntry>& login, bool altHel
 void CDBDoc::MakeTables() {
   tables_.clear();
   for (const Tag tag : kItemTables) {
-    if (auto table = kinds_.MakeTable(tag, *store_, ui_)) tables_[tag] = std::move(table);
+    if (auto table = kinds_.MakeTable(tag, *this, ui_)) tables_[tag] = std::move(table);
   }
   // The people of a project cannot be missing: without them nobody could log in.
   if (!GetTable(kUserTag) || !GetTable(kGroupTag)) throw ItemError(kNoItem);

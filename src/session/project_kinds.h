@@ -10,16 +10,17 @@
 
 namespace qm {
 
-class CProjectStore;
+class CDBDoc;
 
 class ProjectKinds {
  public:
   virtual ~ProjectKinds() = default;
 
-  // The empty table of the items kept under `tag`, reading through `store`; null for a
-  // table whose items this program does not load (its records stay as they are). The
-  // value lists are the project's own and never come from here.
-  virtual std::unique_ptr<ItemTable> MakeTable(Tag tag, CProjectStore& store, ui::Ui& ui) const = 0;
+  // The empty table of the items kept under `tag`, reading through the store of `doc`,
+  // its items free to look at the rest of `doc`; null for a table whose items this
+  // program does not load (its records stay as they are). The value lists are the
+  // project's own and never come from here.
+  virtual std::unique_ptr<ItemTable> MakeTable(Tag tag, CDBDoc& doc, ui::Ui& ui) const = 0;
 
   // The administrator of a new multi-user project: the user "admin" and the group
   // "Administration", each a member of the other, both saved. Answers the user,

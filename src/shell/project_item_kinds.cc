@@ -1,18 +1,24 @@
 // Tables for the kinds of items this program knows, and the administrator of a new project.
 #include "shell/project_item_kinds.h"
 
+#include "defects/defect_table.h"
+#include "defects/project_defects.h"
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
+#include "session/db_doc.h"
 #include "store/store_error.h"
 
 namespace qm {
 
-std::unique_ptr<ItemTable> ProjectItemKinds::MakeTable(Tag tag, CProjectStore& store,
-                                                       ui::Ui& ui) const {
-  if (tag == MakeTag("user")) return std::make_unique<CUserTable>(&store, ui);
-  if (tag == MakeTag("ugrp")) return std::make_unique<CUserGroupTable>(&store, ui);
-  if (tag == MakeTag("scfg")) return std::make_unique<CTestConfigTable>(&store, ui);
+std::unique_ptr<ItemTable> ProjectItemKinds::MakeTable(Tag tag, CDBDoc& doc, ui::Ui& ui) const {
+  CProjectStore* store = doc.store();
+  if (tag == kDefectsTag) {
+    return std::make_unique<CDefectTable>(store, ui, std::make_unique<DocLookups>(doc));
+  }
+  if (tag == MakeTag("user")) return std::make_unique<CUserTable>(store, ui);
+  if (tag == MakeTag("ugrp")) return std::make_unique<CUserGroupTable>(store, ui);
+  if (tag == MakeTag("scfg")) return std::make_unique<CTestConfigTable>(store, ui);
   return nullptr;
 }
 

@@ -7,7 +7,7 @@ namespace qm {
 
 class ProjectItemKinds : public ProjectKinds {
  public:
-  std::unique_ptr<ItemTable> MakeTable(Tag tag, CProjectStore& store, ui::Ui& ui) const override;
+  std::unique_ptr<ItemTable> MakeTable(Tag tag, CDBDoc& doc, ui::Ui& ui) const override;
   RecordItem& MakeAdministrator(ItemTable& users, ItemTable& groups) const override;
 };
 

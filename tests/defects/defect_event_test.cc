@@ -1,0 +1,299 @@
+// Defect events against hand-built bytes in the forms of each record version, what each
+// kind does to its defect's copies, and the event list's texts.
+#include "defects/defect_event.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "session/handle_file.h"
+#include "store/file_bytes.h"
+
+namespace qm::test {
+namespace {
+
+using ByteList = std::vector<std::uint8_t>;
+
+constexpr std::uint32_t kDate = 0xB1C2D3E4;
+
+ByteList Written(const CDefectEvent& event) {
+  CHandleFile file;
+  PayloadWriter out(file);
+  event.WriteTo(out);
+  return file.Detach();
+}
+
+// Reads the event from `bytes` and answers how many of them it left unread.
+std::size_t Read(CDefectEvent& event, const ByteList& bytes, std::uint16_t recordVersion) {
+  PayloadReader in(bytes);
+  event.ReadFrom(in, recordVersion);
+  return in.remaining();
+}
+
+// userId 7, kDate and the notes, as a record of 0x102 or later holds them.
+Bytes Head(const std::string& notes = "Seen twice") {
+  Bytes b;
+  b.u32(7).u32(kDate).u16(static_cast<std::uint16_t>(notes.size())).text(notes);
+  return b;
+}
+
+Bytes& Version33(Bytes& b, const std::string& text) {
+  return b.u8(static_cast<std::uint8_t>(text.size())).text(text).zeros(32 - text.size());
+}
+
+TEST(DefectEvent, EachKindsByteForm) {
+  std::vector<std::pair<std::unique_ptr<CDefectEvent>, Bytes>> cases;
+  const auto add = [&cases](std::unique_ptr<CDefectEvent> event, Bytes bytes) {
+    event->userId = 7;
+    event->date = kDate;
+    event->notes = "Seen twice";
+    cases.emplace_back(std::move(event), std::move(bytes));
+  };
+  for (EventKind kind : {EventKind::kAssign, EventKind::kReOpen, EventKind::kComment}) {
+    add(CDefectEvent::Make(static_cast<std::int16_t>(kind)), Head());
+  }
+  auto fix = std::make_unique<CFixEvent>();
+  fix->hours = 2.5;
+  fix->affectsDocs = true;
+  fix->resolutionId = 0x11223344;
+  fix->fixVersion = "1.2";
+  Bytes fixBytes = Head();
+  fixBytes.u32(0x40040000).u32(0).u8(1).u8(0).u32(0x11223344);
+  add(std::move(fix), Version33(fixBytes, "1.2"));
+  auto verify = std::make_unique<CVerifyEvent>();
+  verify->passed = false;
+  add(std::move(verify), Head().u8(0));
+  auto close = std::make_unique<CCloseEvent>();
+  close->resolutionId = 5;
+  add(std::move(close), Head().u32(5));
+  auto estimate = std::make_unique<CEstimateEvent>();
+  estimate->hours = 10;
+  estimate->estimatedDate = 0x0A0B0C0D;
+  estimate->estimatedVersion = "2.0b";
+  Bytes estimateBytes = Head();
+  estimateBytes.u32(0x40240000).u32(0).u32(0x0A0B0C0D);
+  add(std::move(estimate), Version33(estimateBytes, "2.0b"));
+  auto release = std::make_unique<CReleaseNotesEvent>();
+  release->releaseVersion = "3.1";
+  add(std::move(release), Head().u8(3).text("3.1"));
+
+  for (const auto& [event, bytes] : cases) {
+    SCOPED_TRACE(event->ActionText());
+    EXPECT_EQ(Written(*event), bytes.b);
+    // Read back from the hand-built bytes, the event writes them again unchanged.
+    auto read = CDefectEvent::Make(static_cast<std::int16_t>(event->kind()));
+    EXPECT_EQ(Read(*read, bytes.b, 0x104), 0u);
+    EXPECT_EQ(read->version, 0x104);
+    EXPECT_EQ(Written(*read), bytes.b);
+  }
+}
+
+TEST(DefectEvent, OlderFormsAndFixedVersions) {
+  // Below 0x102: text8 notes and two-byte hours, -1 for none.
+  CFixEvent fix;
+  Bytes old;
+  old.u32(7).u32(kDate).u8(3).text("old").u16(0xFFFF).u8(0).u8(1).u32(4);
+  Version33(old, "0.9");
+  EXPECT_EQ(Read(fix, old.b, 0x101), 0u);
+  EXPECT_EQ(fix.notes, "old");
+  EXPECT_EQ(fix.hours, -1.0);
+  EXPECT_TRUE(fix.affectsTestPlan);
+  EXPECT_EQ(fix.resolutionId, 4u);
+  EXPECT_EQ(fix.fixVersion, "0.9");
+  PutU16(old.b, 12, 7);
+  Read(fix, old.b, 0x101);
+  EXPECT_EQ(fix.hours, 7.0);
+  // Written back, the notes become text and the hours a float64.
+  Bytes now = Head("old");
+  now.u32(0x401C0000).u32(0).u8(0).u8(1).u32(4);
+  EXPECT_EQ(Written(fix), Version33(now, "0.9").b);
+
+  // 0x102 and 0x103 hold twelve bytes that say nothing in place of the hours.
+  Bytes skipped = Head();
+  skipped.raw(ByteList(12, 0xAB)).u8(1).u8(0).u32(6);
+  Version33(skipped, "1.0");
+  EXPECT_EQ(Read(fix, skipped.b, 0x103), 0u);
+  EXPECT_EQ(fix.hours, 0.0);
+  EXPECT_TRUE(fix.affectsDocs);
+  EXPECT_EQ(fix.resolutionId, 6u);
+
+  // The defect's own old hours are four unsigned bytes, all ones for none.
+  const ByteList fourBytes{0xFF, 0xFF, 0xFF, 0xFF, 0x80, 0, 0, 0};
+  PayloadReader hours(fourBytes);
+  EXPECT_EQ(ReadHours(hours, 0x100, 4), -1.0);
+  EXPECT_EQ(ReadHours(hours, 0x100, 4), 2147483648.0);
+  EXPECT_EQ(ReadHours(hours, 0x100, 4), -1.0) << "no hours left";
+
+  // A version field takes at most 32 bytes of text, up to a 0 byte, and always all 33.
+  ByteList versions{40};
+  for (int i = 0; i < 32; ++i) versions.push_back(static_cast<std::uint8_t>('a' + i % 26));
+  versions.insert(versions.end(), {3, 'x', 0, 'y'});
+  versions.resize(66, 0xEE);
+  PayloadReader in(versions);
+  std::string field;
+  ASSERT_TRUE(ReadFixedVersion(in, field));
+  EXPECT_EQ(field, "abcdefghijklmnopqrstuvwxyzabcdef");
+  ASSERT_TRUE(ReadFixedVersion(in, field));
+  EXPECT_EQ(field, "x");
+  EXPECT_EQ(in.remaining(), 0u);
+
+  // Written versions are cut between characters: 32 bytes would halve the last "é".
+  const std::string longVersion = std::string(31, 'v') + "\xC3\xA9";
+  CEstimateEvent estimate;
+  estimate.userId = 7;
+  estimate.date = kDate;
+  estimate.estimatedVersion = longVersion;
+  Bytes cut = Head("");
+  cut.u32(0xBFF00000).u32(0).u32(0xFFFFFFFF);
+  EXPECT_EQ(Written(estimate), Version33(cut, std::string(31, 'v')).b);
+
+  // A release version is stored as at most 32 bytes, cut the same way.
+  CReleaseNotesEvent release;
+  release.userId = 7;
+  release.date = kDate;
+  release.notes = "Seen twice";
+  release.releaseVersion = longVersion;
+  EXPECT_EQ(Written(release), Head().u8(31).text(std::string(31, 'v')).b);
+}
+
+TEST(DefectEvent, ReplayCopiesWhatEachKindSets) {
+  DefectCopies copies;
+  copies.assignedToId = 3;
+  copies.dateAssigned = 100;
+  CFixEvent fix;
+  fix.userId = 8;
+  fix.date = 200;
+  fix.resolutionId = 4;
+  fix.fixVersion = "1.1";
+  fix.hours = 0;
+  fix.Apply(copies, 0);
+  EXPECT_EQ(copies.hoursToFix, -1.0) << "no hours spent is none";
+  EXPECT_EQ(copies.fixedById, 8u);
+  EXPECT_EQ(copies.assignedToId, 0u);
+  EXPECT_EQ(copies.dateAssigned, platform::kNoStamp);
+  fix.hours = 2;
+  fix.Apply(copies, 0);
+  fix.hours = 3;
+  fix.Apply(copies, 0);
+  fix.hours = -1;
+  fix.Apply(copies, 0);
+  EXPECT_EQ(copies.hoursToFix, 5.0);
+
+  CEstimateEvent estimate;
+  estimate.hours = 6;
+  estimate.Apply(copies, 0);
+
+  // A pass closes the defect but gives it no closing resolution.
+  copies.closeResolutionId = 12;
+  CVerifyEvent verify;
+  verify.userId = 10;
+  verify.date = 300;
+  verify.passed = false;
+  verify.Apply(copies, 0);
+  EXPECT_EQ(copies.closedById, 0u);
+  verify.passed = true;
+  verify.Apply(copies, 0);
+  EXPECT_EQ(copies.verifiedById, 10u);
+  EXPECT_EQ(copies.closedById, 10u);
+  EXPECT_EQ(copies.dateClosed, 300u);
+  EXPECT_EQ(copies.closeResolutionId, 12u);
+
+  CReOpenEvent reopen;
+  reopen.userId = 11;
+  reopen.date = 400;
+  reopen.Apply(copies, 0);
+  EXPECT_EQ(copies.resolutionId, 0u);
+  EXPECT_EQ(copies.fixedById, 0u);
+  EXPECT_EQ(copies.dateFixed, platform::kNoStamp);
+  EXPECT_EQ(copies.verifiedById, 0u);
+  EXPECT_EQ(copies.closedById, 0u);
+  EXPECT_EQ(copies.closeResolutionId, 0u);
+  EXPECT_EQ(copies.dateClosed, platform::kNoStamp);
+  EXPECT_EQ(copies.dateReopened, 400u);
+  EXPECT_EQ(copies.hoursToFix, 5.0);
+  EXPECT_EQ(copies.estimatedHours, 6.0);
+
+  // Whether the defect is mine is only known with someone logged in.
+  CAssignEvent assign;
+  assign.userId = 5;
+  assign.Apply(copies, 5);
+  EXPECT_TRUE(copies.assignedToMe);
+  assign.Apply(copies, 0);
+  EXPECT_TRUE(copies.assignedToMe);
+  assign.Apply(copies, 6);
+  EXPECT_FALSE(copies.assignedToMe);
+
+  CReleaseNotesEvent release;
+  release.releaseVersion = "2.0";
+  release.Apply(copies, 0);
+  EXPECT_TRUE(copies.hasReleaseNotes);
+  EXPECT_EQ(copies.releaseNotes, &release.notes);
+  EXPECT_EQ(copies.assignedToId, 5u) << "release notes keep the assignment";
+}
+
+TEST(DefectEvent, InfoTexts) {
+  CFixEvent fix;
+  fix.affectsDocs = true;
+  EXPECT_EQ(fix.GetInfoText(), "Effort: ??");
+  fix.hours = 2.5;
+  fix.affectsTestPlan = true;
+  EXPECT_EQ(fix.GetInfoText(), "Effort:  2.50 hours Affects Docs and Test Plans");
+  fix.affectsDocs = false;
+  fix.hours = 12.25;
+  EXPECT_EQ(fix.GetInfoText(), "Effort: 12.25 hours Affects Test Plans");
+  fix.affectsTestPlan = false;
+  fix.hours = 0;
+  EXPECT_EQ(fix.GetInfoText(), "Effort:  0.00 hours");
+
+  CVerifyEvent verify;
+  EXPECT_EQ(verify.GetInfoText(), "Passed");
+  verify.passed = false;
+  EXPECT_EQ(verify.GetInfoText(), "Failed");
+
+  CEstimateEvent estimate;
+  EXPECT_EQ(estimate.GetInfoText(), "");
+  estimate.estimatedDate = platform::StampFromCivil({.year = 2024, .month = 3, .day = 7});
+  EXPECT_EQ(estimate.GetInfoText(), "Date: 3/7/2024");
+  estimate.hours = 4;
+  estimate.estimatedVersion = "2.1";
+  EXPECT_EQ(estimate.GetInfoText(), "Hours:  4.00, Date: 3/7/2024, Version: 2.1");
+  EXPECT_EQ(FormatDate(platform::StampFromCivil({.year = 1999, .month = 12, .day = 31})),
+            "12/31/1999");
+  EXPECT_EQ(FormatDate(platform::kNoStamp), "");
+
+  CReleaseNotesEvent release;
+  EXPECT_EQ(release.GetInfoText(), "Released in Version: not set");
+  release.releaseVersion = "4.0";
+  EXPECT_EQ(release.GetInfoText(), "Released in Version: 4.0");
+  EXPECT_EQ(CCloseEvent().GetInfoText(), "");
+}
+
+TEST(DefectEvent, KindsWeightsAndClones) {
+  EXPECT_EQ(CDefectEvent::Make(1), nullptr) << "the report row is no event";
+  EXPECT_EQ(CDefectEvent::Make(10), nullptr);
+  const char* const actions[] = {"Assigned",  "Fixed",     "Verified", "Closed",
+                                 "Re-opened", "Estimated", "Comment",  "Released"};
+  const int weights[] = {2, 5, 6, 7, 8, 4, 3, 9};
+  for (std::int16_t kind = 2; kind <= 9; ++kind) {
+    const auto event = CDefectEvent::Make(kind);
+    ASSERT_NE(event, nullptr);
+    EXPECT_EQ(static_cast<std::int16_t>(event->kind()), kind);
+    EXPECT_EQ(event->ActionText(), actions[kind - 2]);
+    EXPECT_EQ(event->Weight(), weights[kind - 2]);
+  }
+
+  CFixEvent fix;
+  fix.notes = "n";
+  fix.hours = 1.5;
+  fix.fixVersion = "9";
+  const auto copy = fix.Clone();
+  const auto& clone = dynamic_cast<const CFixEvent&>(*copy);
+  EXPECT_EQ(clone.sessionId, fix.sessionId);
+  EXPECT_EQ(Written(clone), Written(fix));
+  EXPECT_NE(CFixEvent().sessionId, fix.sessionId);
+}
+
+}  // namespace
+}  // namespace qm::test

@@ -1,0 +1,376 @@
+// The defect record against bytes built by hand for its versions, the order of its events
+// and the copies they give, and the table's guarded read and sorting.
+#include "defects/defect.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+
+#include "defects/defect_table.h"
+#include "people/user.h"
+#include "session/item_error.h"
+#include "store/file_bytes.h"
+#include "support/scripted_ui.h"
+
+namespace qm::test {
+namespace {
+
+constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+Bytes& F64(Bytes& b, double v) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &v, sizeof bits);
+  return b.u32(static_cast<std::uint32_t>(bits >> 32)).u32(static_cast<std::uint32_t>(bits));
+}
+Bytes& Str(Bytes& b, const std::string& s) {
+  return b.u8(static_cast<std::uint8_t>(s.size())).text(s);
+}
+Bytes& Txt(Bytes& b, const std::string& s) {
+  return b.u16(static_cast<std::uint16_t>(s.size())).text(s);
+}
+// The 33-byte version field: length byte, text, zero padding.
+Bytes& Fixed33(Bytes& b, const std::string& s) { return Str(b, s).zeros(32 - s.size()); }
+
+class FakeLookups : public DefectLookups {
+ public:
+  const CUser* User(std::uint32_t id) const override {
+    auto it = users.find(id);
+    return it != users.end() ? &it->second : nullptr;
+  }
+  const CUserGroup* Group(std::uint32_t) const override { return nullptr; }
+  const CTestConfig* TestConfig(std::uint32_t) const override { return nullptr; }
+  const ValueItem* Value(Tag, std::uint32_t) const override { return nullptr; }
+  std::uint32_t ValuePosition(Tag list, std::uint32_t id) const override {
+    auto it = positions.find({list, id});
+    return it != positions.end() ? it->second : 0;
+  }
+  std::uint32_t CurrentUserId() const override { return current; }
+
+  std::map<std::uint32_t, CUser> users;
+  std::map<std::pair<Tag, std::uint32_t>, std::uint32_t> positions;
+  std::uint32_t current = 0;
+};
+
+std::unique_ptr<CDefect> Read(const std::vector<std::uint8_t>& bytes,
+                              const DefectLookups* lookups = nullptr) {
+  auto d = std::make_unique<CDefect>(lookups);
+  PayloadReader in(bytes);
+  d->ReadFrom(in);
+  return d;
+}
+
+// A reported-by row of kind 1 without attachments, as version 2 writes it.
+Bytes& Row(Bytes& b, std::uint32_t foundBy, const std::string& description) {
+  b.u16(2).u32(foundBy);
+  Str(b, "Acme").u32(3'000'000'000u);
+  Fixed33(b, "2.0");
+  Txt(b, description).u32(2);
+  Txt(b, "Click twice").u16(1).u32(0);
+  return Txt(b, "");
+}
+
+TEST(DefectRecord, TheNewestFormWholeAndBack) {
+  CDefect d;
+  d.dateCreated = 3'000'000'000u;
+  d.typeId = 4;
+  d.priorityId = 5;
+  d.summary = "Crash on save";
+  d.productId = 3;
+  d.enteredById = 9;
+  d.dateEntered = 3'000'000'100u;
+  d.componentId = 24;
+  d.reference = "REF-1";
+  d.severityId = 33;
+  d.workaround = "Save twice";
+  d.dateModified = 3'000'000'200u;
+  d.number = 41;
+  d.dispositionId = 43;
+  d.SetNotifyList({7, 8});
+  auto row = std::make_unique<CReportedBy>();
+  row->foundById = 9;
+  row->contact = "Acme";
+  row->dateFound = 3'000'000'000u;
+  row->versionFound = "2.0";
+  row->description = "It crashes";
+  row->reproducedId = 2;
+  row->steps = "Click twice";
+  d.AddReportedBy(std::move(row));
+  auto fix = std::make_unique<CFixEvent>();
+  fix->userId = 9;
+  fix->date = 3'000'000'400u;
+  fix->hours = 1.5;
+  fix->resolutionId = 7;
+  fix->fixVersion = "2.1";
+  d.AddEvent(std::move(fix));
+  auto assign = std::make_unique<CAssignEvent>();
+  assign->userId = 12;
+  assign->date = 3'000'000'300u;
+  assign->notes = "yours";
+  d.AddEvent(std::move(assign));
+
+  Bytes b;
+  b.u16(0x10B).u8(0).u32(3'000'000'000u).u32(4).u32(7).u32(5);
+  Str(b, "Crash on save").u8(0).u8(0).u32(3).u32(9).u32(3'000'000'100u);
+  b.u32(0).u32(kNone).u32(9).u32(3'000'000'400u);  // the assignee was cleared by the fix
+  F64(b, 1.5);
+  Str(b, "2.1").u8(0).u8(0).u32(0).u32(kNone);
+  Str(b, "").u32(0);
+  b.u16(2);
+  b.u16(2).u32(12).u32(3'000'000'300u);
+  Txt(b, "yours");
+  b.u16(3).u32(9).u32(3'000'000'400u);
+  Txt(b, "");
+  F64(b, 1.5).u8(0).u8(0).u32(7);
+  Fixed33(b, "2.1");
+  b.u16(2).u32(24);
+  Str(b, "REF-1").u16(1);
+  Row(b, 9, "It crashes");
+  b.u32(33);
+  Txt(b, "Save twice").u32(3'000'000'200u).u32(41);
+  b.u32(4).u32(2).u32(7).u32(8).u32(43).u32(4).u32(2).u32(7).u32(8);
+  EXPECT_EQ(d.Pack(), b.b);
+
+  const auto read = Read(b.b);
+  const CDefect& back = *read;
+  EXPECT_EQ(back.Pack(), b.b);
+  EXPECT_EQ(back.status(), 2);
+  EXPECT_EQ(back.copies().fixedById, 9u);
+  EXPECT_EQ(back.foundById, 9u) << "copied from the first report";
+  EXPECT_EQ(back.reproducedId, 2u);
+  EXPECT_EQ(back.dispositionId, 43u);
+  EXPECT_EQ(back.notifyList(), (std::vector<std::uint32_t>{7, 8}));
+
+  // A record that ends behind the first list has no disposition, and says nothing of it.
+  std::vector<std::uint8_t> cut(b.b.begin(), b.b.end() - 20);
+  EXPECT_EQ(Read(cut)->dispositionId, 0u);
+}
+
+// Version 0x100: no deleted flag, the found-by block and the description of old, text8
+// notes, the hours as a whole number; no numbers, no modification date.
+TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
+  FakeLookups lookups;
+  lookups.users[9].SetCompany("Initech");
+  lookups.users[10].SetLastName("Lumbergh");
+  for (const auto& [foundBy, contact] :
+       std::vector<std::pair<std::uint32_t, std::string>>{{9, "Initech"}, {10, "Lumbergh"}}) {
+    Bytes b;
+    b.u16(0x100).u32(3'000'000'000u).u32(4).u32(7).u32(5);
+    Str(b, "Old one").u8(1).u8(0).u32(3);
+    b.u32(foundBy).u32(3'000'000'050u).u8(0);
+    b.u8(5).text("Desc.");
+    Str(b, "1.0").u32(13);
+    b.u8(4).text(" cfg");
+    b.u32(12).u32(3'000'000'100u).u32(0).u32(kNone);
+    b.u32(kNone);  // hours not set
+    Str(b, "").u8(1).u8(0).u32(0).u32(kNone);
+    Str(b, "").u32(0);
+    b.u16(1).u16(2).u32(12).u32(3'000'000'100u).u8(2).text("hi");
+    b.u16(5);  // a status of closed, with no close event
+    const auto read = Read(b.b, &lookups);
+    CDefect& d = *read;
+    d.SetId(77);
+    EXPECT_EQ(d.number, 77u) << "numbered by its record id";
+    EXPECT_EQ(d.status(), 1) << "status comes from the events";
+    EXPECT_EQ(d.copies().assignedToId, 12u);
+    EXPECT_EQ(d.EventAt(1)->notes, "hi");
+    EXPECT_EQ(d.dateModified, d.dateCreated);
+    EXPECT_TRUE(d.isDuplicate);
+    ASSERT_EQ(d.ReportedByCount(), 1u);
+    const CReportedBy& row = *d.ReportedByAt(1);
+    EXPECT_EQ(row.foundById, foundBy);
+    EXPECT_EQ(row.contact.str(), contact);
+    EXPECT_EQ(row.versionFound, "1.0");
+    EXPECT_EQ(row.description, "Desc. cfg") << "the old description goes first";
+    EXPECT_EQ(row.configKind(), CReportedBy::kStoredConfig);
+    EXPECT_EQ(row.testConfigId(), 13u);
+    EXPECT_EQ(row.reproducedId, 4u) << "not reproducible";
+    EXPECT_EQ(d.reproducedId, 4u);
+    EXPECT_EQ(d.testConfigId, 13u);
+    EXPECT_EQ(d.copies().hoursToFix, -1.0);
+  }
+}
+
+// The versions between: what each adds, read from records built field by field.
+TEST(DefectRecord, EachVersionReadsItsOwnFields) {
+  for (const std::uint16_t v : std::vector<std::uint16_t>{0x102, 0x104, 0x105, 0x109, 0x10A}) {
+    SCOPED_TRACE(v);
+    Bytes b;
+    b.u16(v);
+    if (v >= 0x103) b.u8(1);
+    b.u32(3'000'000'000u).u32(4).u32(0).u32(5);
+    Str(b, "Mid").u8(0).u8(0).u32(3);
+    if (v < 0x105) {
+      b.u32(9).u32(3'000'000'050u).u8(1);
+    } else {
+      b.u32(9).u32(3'000'000'060u);
+    }
+    if (v <= 0x105) Txt(b, "Old. ");
+    if (v < 0x105) {
+      Str(b, "1.0").u32(0);
+      Txt(b, "");
+    }
+    b.u32(0).u32(kNone).u32(0).u32(kNone);
+    if (v < 0x104) {
+      b.zeros(12);
+    } else {
+      F64(b, 3.0);
+    }
+    Str(b, "").u8(0).u8(0).u32(0).u32(kNone);
+    Str(b, "").u32(0);
+    b.u16(1).u16(3).u32(9).u32(3'000'000'070u);
+    Txt(b, "fixed");
+    if (v < 0x104) {
+      b.zeros(12);
+    } else {
+      F64(b, 2.0);
+    }
+    b.u8(1).u8(0).u32(7);
+    Fixed33(b, "1.1");
+    b.u16(2);
+    if (v >= 0x105) {
+      b.u32(24);
+      Str(b, "R").u16(1);
+      Row(b, 9, "New.");
+    }
+    if (v >= 0x107) b.u32(33);
+    if (v >= 0x108) Txt(b, "wa");
+    if (v >= 0x109) b.u32(3'000'000'500u);
+    if (v >= 0x10A) b.u32(6).u32(4).u32(0);
+
+    const auto read = Read(b.b);
+    CDefect& d = *read;
+    d.SetId(50);
+    EXPECT_EQ(d.deleted, v >= 0x103);
+    EXPECT_EQ(d.status(), 2);
+    EXPECT_EQ(d.copies().resolutionId, 7u) << "from the fix, not the record";
+    EXPECT_EQ(d.copies().hoursToFix, v < 0x104 ? -1.0 : 2.0) << "hours of 0 add nothing";
+    ASSERT_EQ(d.ReportedByCount(), 1u);
+    EXPECT_EQ(d.ReportedByAt(1)->description,
+              v < 0x105 ? "Old. " : (v == 0x105 ? "Old. New." : "New."));
+    EXPECT_EQ(d.componentId, v >= 0x105 ? 24u : 0u);
+    EXPECT_EQ(d.severityId, v >= 0x107 ? 33u : 0u);
+    EXPECT_EQ(d.dateModified, v >= 0x109 ? 3'000'000'500u : 3'000'000'000u);
+    EXPECT_EQ(d.number, v >= 0x10A ? 6u : 50u);
+    EXPECT_EQ(d.enteredById, v >= 0x105 ? 9u : 0u);
+  }
+}
+
+TEST(DefectRecord, DamageIsThrownWithWhatWasRead) {
+  Bytes tooNew;
+  tooNew.u16(0x10C);
+  CDefect d;
+  PayloadReader in(tooNew.b);
+  EXPECT_THROW(d.ReadFrom(in), ItemError);
+
+  Bytes badKind;
+  badKind.u16(0x10B).u8(0).u32(1).u32(4).u32(0).u32(5);
+  Str(badKind, "Bad kind").u8(0).u8(0).u32(3).u32(0).u32(kNone);
+  badKind.u32(0).u32(kNone).u32(0).u32(kNone);
+  F64(badKind, -1);
+  Str(badKind, "").u8(0).u8(0).u32(0).u32(kNone);
+  Str(badKind, "").u32(0).u16(1).u16(12);
+  CDefect partial;
+  PayloadReader bad(badKind.b);
+  try {
+    partial.ReadFrom(bad);
+    ADD_FAILURE() << "an event of kind 12 is refused";
+  } catch (const ItemError& e) {
+    EXPECT_EQ(e.code(), kNoItem);
+  }
+  EXPECT_EQ(partial.summary, "Bad kind") << "what was read stays";
+
+  // The table keeps such a defect and says what to do about it.
+  ScriptedUi ui;
+  CDefectTable table(nullptr, ui, nullptr);
+  const auto item = table.ItemFromRecord(badKind.b, 31);
+  ASSERT_NE(item, nullptr);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "Defect #31 is corrupt (probably due to a system crash.) Re-edit it "
+                            "to correct the problem."});
+}
+
+std::unique_ptr<CDefectEvent> Event(EventKind kind, std::uint32_t date, std::uint32_t user = 1) {
+  auto e = CDefectEvent::Make(static_cast<std::int16_t>(kind));
+  e->date = date;
+  e->userId = user;
+  return e;
+}
+
+TEST(DefectEvents, OrderByDateThenWeightAndReplay) {
+  CDefect d;
+  d.AddEvent(Event(EventKind::kFix, 200));
+  d.AddEvent(Event(EventKind::kAssign, 100, 5));
+  EXPECT_EQ(d.EventAt(1)->kind(), EventKind::kAssign) << "by date, not by arrival";
+  EXPECT_EQ(d.copies().assignedToId, 0u) << "the later fix ends the assignment";
+  d.AddEvent(Event(EventKind::kComment, 200));
+  EXPECT_EQ(d.EventAt(3)->kind(), EventKind::kComment) << "same date: arrival order";
+  d.AddEvent(Event(EventKind::kComment, kNone));
+  EXPECT_EQ(d.EventAt(2)->date, kNone) << "no date: before the first row of a higher weight";
+  EXPECT_EQ(d.EventAt(3)->kind(), EventKind::kFix);
+  d.AddEvent(Event(EventKind::kReOpen, 300));
+  EXPECT_EQ(d.status(), 6);
+  auto failed = Event(EventKind::kVerify, 400);
+  static_cast<CVerifyEvent&>(*failed).passed = false;
+  d.AddEvent(std::move(failed));
+  EXPECT_EQ(d.status(), 3);
+  d.RemoveEvent(d.EventAt(d.EventCount()));
+  EXPECT_EQ(d.status(), 6);
+
+  CDefect comments;
+  comments.AddEvent(Event(EventKind::kComment, 100));
+  EXPECT_EQ(comments.status(), 1);
+  auto close = Event(EventKind::kClose, 100);
+  static_cast<CCloseEvent&>(*close).resolutionId = 7;
+  comments.AddEvent(std::move(close));
+  EXPECT_EQ(comments.status(), 5);
+  EXPECT_EQ(comments.copies().resolutionId, 7u);
+}
+
+TEST(DefectEvents, TheLoggedInAssigneeAndClones) {
+  FakeLookups lookups;
+  lookups.current = 5;
+  CDefect d(&lookups);
+  d.AddEvent(Event(EventKind::kAssign, 100, 5));
+  EXPECT_TRUE(d.copies().assignedToMe);
+  d.AddReportedBy(std::make_unique<CReportedBy>());
+  d.SetId(3);
+  const auto copy = d.Clone();
+  EXPECT_EQ(copy->GetId(), 3u);
+  EXPECT_EQ(copy->EventAt(1)->sessionId, d.EventAt(1)->sessionId);
+  EXPECT_EQ(copy->ReportedByAt(1)->sessionId, d.ReportedByAt(1)->sessionId);
+  EXPECT_EQ(copy->Pack(), d.Pack());
+}
+
+TEST(DefectTable, SortsByNumberThenTypeThenRecord) {
+  FakeLookups lookups;
+  lookups.positions[{MakeTag("type"), 40}] = 2;
+  lookups.positions[{MakeTag("type"), 41}] = 1;
+  ScriptedUi ui;
+  CDefectTable table(nullptr, ui, &lookups);
+  std::vector<std::unique_ptr<CDefect>> defects;
+  for (const auto& [id, number, type] :
+       std::vector<std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>>{
+           {1, 5, 40}, {2, 0, 40}, {3, 0, 41}, {4, 5, 99}, {5, 2, 41}}) {
+    auto d = std::make_unique<CDefect>(&lookups);
+    d->SetId(id);
+    d->number = number;
+    d->typeId = type;
+    table.AddSorted(d.get());
+    defects.push_back(std::move(d));
+  }
+  std::vector<std::uint32_t> ids;
+  for (std::uint32_t p = 1; p <= table.count(); ++p) ids.push_back(table.ItemAt(p)->GetId());
+  EXPECT_EQ(ids, (std::vector<std::uint32_t>{3, 2, 5, 4, 1})) << "a type that is gone sorts first";
+  table.SetSecondaryField(kNoSortField);
+  EXPECT_EQ(table.CompareItems(*defects[1], *defects[2], table.sortOrder()), 0)
+      << "two un-numbered defects stay equal by number alone";
+  table.SetSortOrder({2, 2});
+  defects[0]->summary = "apple";
+  defects[1]->summary = "Banana";
+  EXPECT_GT(table.CompareItems(*defects[0], *defects[1], table.sortOrder()), 0) << "descending";
+  for (auto& d : defects) table.RemoveItem(d.get());
+}
+
+}  // namespace
+}  // namespace qm::test

@@ -1,0 +1,232 @@
+// Reported-by rows and their attachments against hand-built bytes, the ways a row names
+// its configuration, copies, and damaged records.
+#include "defects/reported_by.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "session/handle_file.h"
+#include "session/item_error.h"
+#include "store/file_bytes.h"
+
+namespace qm::test {
+namespace {
+
+std::vector<std::uint8_t> Written(const CReportedBy& row) {
+  CHandleFile file;
+  PayloadWriter out(file);
+  row.WriteTo(out);
+  return file.Detach();
+}
+
+// The code a read throws, or 0 when it throws nothing.
+std::uint32_t ThrownCode(const std::function<void()>& read) {
+  try {
+    read();
+  } catch (const ItemError& e) {
+    return e.code();
+  }
+  return 0;
+}
+
+Bytes& Str(Bytes& b, const std::string& s) {
+  return b.u8(static_cast<std::uint8_t>(s.size())).text(s);
+}
+
+Bytes& Txt(Bytes& b, const std::string& s) {
+  return b.u16(static_cast<std::uint16_t>(s.size())).text(s);
+}
+
+// The first attachment of the rows below; version 1 has no stored name.
+Bytes& NotesAttachment(Bytes& b, std::uint16_t version) {
+  b.u16(version).u16(1).u16(0);
+  Str(b, "notes.txt").tag("TEXT").tag("ttxt").u32(1000).u32(2000).u32(42).u32(0);
+  if (version >= 2) Str(b, "");
+  return b;
+}
+
+Bytes& LogAttachment(Bytes& b) {
+  b.u16(2).u16(7).u16(9);
+  Str(b, "crash.log").tag("????").tag("QMrk").u32(3000).u32(0xFFFFFFFF).u32(70000);
+  return Str(b.u32(CFileAttachment::kInFolder), "00000012.dat");
+}
+
+// A row up to and including its config kind.
+Bytes RowHead(std::uint16_t version, std::uint16_t kind) {
+  Bytes b;
+  Str(b.u16(version).u32(5), "Acme Labs").u32(86400 * 400);
+  b.u8(5).text("4.0b2").zeros(27);
+  Txt(b, "It crashes.").u32(3);
+  Txt(b, "1. Open\r2. Print").u16(kind);
+  return b;
+}
+
+// The custom configuration: the fields of the current test configuration record form.
+Bytes& LabConfig(Bytes& b) {
+  b.u16(0x102).u8(0);
+  Str(b, "Lab PC").u8(0).u8(0);  // name, model, brand
+  Str(b, "NT 4.0").zeros(8);     // operatingSystem, then eight empty texts
+  b.u8(1);
+  Str(b, "Cd").zeros(7);  // cd-rom; modem, printer, scanner, rom empty
+  return b.u8(1);         // multipleMonitors
+}
+
+TEST(ReportedBy, RowFormOfEachConfigKind) {
+  for (std::uint16_t kind = 1; kind <= 3; ++kind) {
+    SCOPED_TRACE(kind);
+    // Read with a version 1 attachment; written with both at version 2.
+    Bytes read = RowHead(2, kind);
+    Bytes written = RowHead(2, kind);
+    for (Bytes* b : {&read, &written}) {
+      if (kind == 2) b->u32(0x1234);
+      if (kind == 3) LabConfig(*b);
+      b->u32(2);
+      NotesAttachment(*b, b == &read ? 1 : 2);
+      Txt(LogAttachment(*b), "SCSI card");
+    }
+    read.u8(0x7F);  // one read too many would take it
+
+    CReportedBy row;
+    PayloadReader in(read.b);
+    row.ReadFrom(in);
+    EXPECT_EQ(in.remaining(), 1u);
+    EXPECT_EQ(row.foundById, 5u);
+    EXPECT_EQ(row.contact.str(), "Acme Labs");
+    EXPECT_EQ(row.dateFound, 86400u * 400);
+    EXPECT_EQ(row.versionFound, "4.0b2");
+    EXPECT_EQ(row.description, "It crashes.");
+    EXPECT_EQ(row.reproducedId, 3u);
+    EXPECT_EQ(row.steps, "1. Open\r2. Print");
+    EXPECT_EQ(row.otherHardware, "SCSI card");
+    EXPECT_EQ(row.configKind(), kind);
+    EXPECT_EQ(row.testConfigId(), kind == 2 ? 0x1234u : 0u);
+    // The configuration's fields come back in the bytes written below.
+    ASSERT_EQ(row.customConfig() != nullptr, kind == 3);
+    if (kind == 3) {
+      EXPECT_EQ(row.customConfig()->name.str(), "Lab PC");
+    }
+
+    ASSERT_EQ(row.AttachmentCount(), 2u);
+    const CFileAttachment& notes = *row.AttachmentAt(1);
+    EXPECT_EQ(notes.fileName.str(), "notes.txt");
+    EXPECT_EQ(std::string(notes.fileType.begin(), notes.fileType.end()), "TEXT");
+    EXPECT_EQ(std::string(notes.fileCreator.begin(), notes.fileCreator.end()), "ttxt");
+    EXPECT_EQ(notes.storedName.str(), "");
+    const CFileAttachment& log = *row.AttachmentAt(2);
+    EXPECT_EQ((std::vector<std::uint32_t>{log.reserved1, log.reserved2, log.dateCreated,
+                                          log.dateModified, log.size, log.storeId}),
+              (std::vector<std::uint32_t>{7, 9, 3000, 0xFFFFFFFF, 70000, 0xFFFFFFFF}));
+    EXPECT_EQ(log.storedName.str(), "00000012.dat");
+
+    EXPECT_EQ(Written(row), written.b);
+  }
+}
+
+TEST(ReportedBy, OlderRowsAndRefusedVersions) {
+  // Version 1 ends at its attachments: the byte behind them is not other hardware.
+  Bytes old = RowHead(1, 1);
+  old.u32(0).u8(0x7F);
+  CReportedBy row;
+  PayloadReader in(old.b);
+  row.ReadFrom(in);
+  EXPECT_EQ(in.remaining(), 1u);
+  EXPECT_EQ(row.otherHardware, "");
+  Bytes current = RowHead(2, 1);
+  EXPECT_EQ(Written(row), current.u32(0).u16(0).b) << "written back as version 2";
+
+  const auto codeOf = [](const Bytes& b) {
+    return ThrownCode([&b] {
+      CReportedBy r;
+      PayloadReader reader(b.b);
+      r.ReadFrom(reader);
+    });
+  };
+  for (std::uint16_t version : std::initializer_list<std::uint16_t>{0, 3}) {
+    SCOPED_TRACE(version);
+    Bytes row3 = RowHead(version, 1);
+    EXPECT_EQ(codeOf(row3.u32(0).u16(0)), kItemFailed) << "a row";
+    Bytes attachment = RowHead(2, 1);
+    attachment.u32(1);
+    NotesAttachment(attachment, version);
+    EXPECT_EQ(codeOf(Txt(attachment, "")), kItemFailed) << "an attachment";
+  }
+}
+
+TEST(ReportedBy, DamagedAttachmentCount) {
+  // A count of four thousand million with one attachment behind it ends at the payload's
+  // end, and so does an attachment cut off before its stored name.
+  Bytes huge = RowHead(2, 1);
+  LogAttachment(huge.u32(0xFFFFFFFF));
+  Bytes cut = RowHead(2, 1);
+  LogAttachment(cut.u32(1));
+  cut.b.resize(cut.b.size() - 5);
+  for (const Bytes* b : {&huge, &cut}) {
+    CReportedBy row;
+    PayloadReader in(b->b);
+    EXPECT_EQ(ThrownCode([&] { row.ReadFrom(in); }), kItemFailed);
+    EXPECT_EQ(row.AttachmentCount(), b == &huge ? 1u : 0u) << "the whole ones stay";
+  }
+}
+
+TEST(ReportedBy, ConfigKindsAttachmentsAndClone) {
+  CReportedBy row;
+  row.SetConfigKind(CReportedBy::kStoredConfig);
+  row.SetTestConfigId(9);
+  row.SetConfigKind(CReportedBy::kCustomConfig);
+  EXPECT_EQ(row.testConfigId(), 0u) << "only kind 2 keeps an id";
+  // Kind 3 before a configuration is given still writes one a reader can take.
+  Bytes empty;
+  empty.u16(2).u32(0).u8(0).u32(0xFFFFFFFF).zeros(33).u16(0).u32(0).u16(0).u16(3);
+  empty.u16(0x102).zeros(23).u32(0).u16(0);
+  EXPECT_EQ(Written(row), empty.b);
+
+  auto config = std::make_unique<CTestConfig>();
+  config->name = "Lab PC";
+  const CTestConfig* given = config.get();
+  row.SetCustomConfig(std::move(config));
+  EXPECT_EQ(row.customConfig(), given);
+  row.SetTestConfigId(4);
+  EXPECT_EQ(row.customConfig(), nullptr) << "a stored id gives up the custom one";
+  EXPECT_EQ(row.configKind(), CReportedBy::kCustomConfig) << "the kind is the caller's";
+  row.SetCustomConfig(std::make_unique<CTestConfig>());
+  row.SetConfigKind(CReportedBy::kNoConfig);
+  EXPECT_EQ(row.customConfig(), nullptr);
+  EXPECT_EQ(row.testConfigId(), 0u);
+
+  // Attachments, 1-based; one of another row is not removed.
+  auto notes = std::make_unique<CFileAttachment>();
+  notes->sourcePath = "/home/ann/notes.txt";
+  notes->deleteSource = true;
+  row.AddAttachment(std::move(notes));
+  row.AddAttachment(std::make_unique<CFileAttachment>());
+  EXPECT_EQ(row.AttachmentAt(0), nullptr);
+  EXPECT_EQ(row.AttachmentAt(3), nullptr);
+  CFileAttachment stranger;
+  EXPECT_EQ(row.RemoveAttachment(&stranger), nullptr);
+  CFileAttachment* second = row.AttachmentAt(2);
+  EXPECT_EQ(row.RemoveAttachment(second).get(), second);
+  ASSERT_EQ(row.AttachmentCount(), 1u);
+
+  // A clone owns copies of everything, including what is never stored.
+  row.description = "Comments";
+  row.otherHardware = "SCSI";
+  row.SetConfigKind(CReportedBy::kCustomConfig);
+  auto custom = std::make_unique<CTestConfig>();
+  custom->name = "Lab PC";
+  custom->multipleMonitors = true;
+  row.SetCustomConfig(std::move(custom));
+  const auto copy = row.Clone();
+  EXPECT_EQ(copy->sessionId, row.sessionId);
+  EXPECT_EQ(Written(*copy), Written(row));
+  ASSERT_NE(copy->customConfig(), nullptr);
+  EXPECT_NE(copy->customConfig(), row.customConfig());
+  ASSERT_NE(copy->AttachmentAt(1), row.AttachmentAt(1));
+  EXPECT_EQ(copy->AttachmentAt(1)->sourcePath, "/home/ann/notes.txt");
+  EXPECT_TRUE(copy->AttachmentAt(1)->deleteSource);
+}
+
+}  // namespace
+}  // namespace qm::test
