@@ -9,7 +9,7 @@ namespace qm::platform {
 namespace {
 
 // Days from 1970-01-01 to a proleptic Gregorian date (Howard Hinnant's algorithm).
-long long DaysFromCivil(long long y, unsigned m, unsigned d) {
+constexpr long long DaysFromCivil(long long y, unsigned m, unsigned d) {
   y -= m <= 2;
   const long long era = (y >= 0 ? y : y - 399) / 400;
   const unsigned yoe = static_cast<unsigned>(y - era * 400);
@@ -30,7 +30,8 @@ void CivilFromDays(long long z, int& y, int& m, int& d) {
   y = static_cast<int>(static_cast<long long>(yoe) + era * 400 + (m <= 2));
 }
 
-const long long kDays1904 = DaysFromCivil(1904, 1, 1);
+// Known when the program is built, so a stamp made while statics are set up is right too.
+constexpr long long kDays1904 = DaysFromCivil(1904, 1, 1);
 constexpr long long kMaxDays = 49710;
 
 class SystemClock final : public Clock {
