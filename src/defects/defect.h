@@ -54,6 +54,7 @@
 #include "defects/defect_lookups.h"
 #include "defects/reported_by.h"
 #include "session/item_table.h"
+#include "session/page_form.h"
 #include "session/record_item.h"
 
 namespace qm {
@@ -109,6 +110,21 @@ class CDefect : public RecordItem {
   void SetIdField(std::uint16_t field, std::uint32_t value);
   std::uint32_t GetIdField(std::uint16_t field) const;
 
+  // The text of a field of the catalogue; false for a number it does not hold. A long
+  // text (200 and above) goes to `block` when one is given, else to `text`.
+  bool GetFieldText(std::uint16_t field, std::string& text, std::string* block = nullptr) const;
+  // The field of a template tag; ASSN, which is no field, gives the newest assignment's
+  // notes. False for any other tag, which is then not the defect's.
+  bool GetFieldByTag(Tag tag, std::string& text, std::string* block = nullptr) const;
+  // Field 6: the status and the assignment.
+  std::string GetStatusText() const;
+
+  // The text form (lines end in CR LF), the HTML form and the page form, with the forms
+  // of the reported-by rows and the events.
+  void WriteText(std::string& out) const;
+  void WriteHtml(std::string& out) const;
+  void Print(std::vector<PrintRow>& rows) const;
+
   std::uint32_t GetNumber() const { return number; }
   const DefectCopies& copies() const { return copies_; }
   std::uint16_t status() const { return copies_.status; }
@@ -146,6 +162,10 @@ class CDefect : public RecordItem {
   std::uint32_t testConfigId = 0;
 
  private:
+  // The lookups, or ones that find nothing.
+  const DefectLookups& Lookups() const;
+  // A user's name, empty when there is none.
+  std::string NameOf(std::uint32_t userId) const;
   // The old records' found-by fields become the first reported-by row.
   void ConvertOldReport(std::uint32_t oldConfigId, std::string oldConfigText);
 

@@ -7,7 +7,10 @@
 #include <cstdio>
 #include <span>
 
+#include "defects/defect_lookups.h"
+#include "defects/text_forms.h"
 #include "people/record_fields.h"
+#include "session/page_form.h"
 
 namespace qm {
 namespace {
@@ -23,6 +26,33 @@ std::string FormatHours(double hours) {
   std::array<char, 400> text{};
   std::snprintf(text.data(), text.size(), "%5.2lf", hours);
   return text.data();
+}
+
+// The forms show hours only when they are given; the HTML leaves the cell empty.
+std::string GivenHours(double hours) { return hours >= 0 ? FormatHours(hours) : std::string(); }
+
+constexpr Tag kResolutions = MakeTag("reso");
+
+// The last line of the text form, present only with notes.
+void TextNotes(std::string& out, std::string_view label, std::string_view notes) {
+  if (!notes.empty()) TextLine(out, label, CrToCrLf(notes));
+}
+
+// The last row of the HTML form, there with or without notes.
+void HtmlNotes(std::string& out, int columns, std::string_view label, std::string_view notes) {
+  out += kHtmlRowOpen;
+  HtmlCell(out, columns, label, notes);
+  out += kHtmlRowClose;
+}
+
+// A line of the page form that holds one field.
+void PrintLine(PageForm& form, std::string_view label, std::string_view value) {
+  form.Field(PageForm::kColumns[0], label, value);
+  form.NextLine();
+}
+
+void PrintNotes(PageForm& form, std::string_view label, std::string_view notes) {
+  if (!notes.empty()) form.Block(label, notes);
 }
 
 // Every kind but estimate, comment and release notes ends the assignment.
@@ -176,6 +206,28 @@ std::unique_ptr<CDefectEvent> CAssignEvent::Clone() const {
   return std::make_unique<CAssignEvent>(*this);
 }
 
+void CAssignEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Assigned to: ", UserName(lookups, userId));
+  TextLine(out, "Date Assigned: ", FormatDate(date));
+  TextNotes(out, "Comments: ", notes);
+}
+
+void CAssignEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Assigned to:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Assigned:", FormatDate(date));
+  out += kHtmlRowClose;
+  HtmlNotes(out, 2, "Comments:", notes);
+  out += kHtmlTableClose;
+}
+
+void CAssignEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Assigned to: ", UserName(lookups, userId));
+  PrintLine(form, "Date Assigned: ", FormatDate(date));
+  PrintNotes(form, "Notes: ", notes);
+}
+
 std::string CFixEvent::GetInfoText() const {
   std::string text = "Effort: ";
   if (hours >= 0) {
@@ -203,6 +255,47 @@ void CFixEvent::Apply(DefectCopies& copies, std::uint32_t) const {
 
 std::unique_ptr<CDefectEvent> CFixEvent::Clone() const {
   return std::make_unique<CFixEvent>(*this);
+}
+
+void CFixEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Fixed by: ", UserName(lookups, userId));
+  TextLine(out, "Date Fixed: ", FormatDate(date));
+  TextLine(out, "Version: ", fixVersion);
+  TextLine(out, "Resolution: ", ValueName(lookups, kResolutions, resolutionId));
+  if (hours >= 0) TextLine(out, "Hours to Fix: ", FormatHours(hours));
+  TextLine(out, "Affects Documentation: ", YesNo(affectsDocs));
+  TextLine(out, "Affects Test Plan: ", YesNo(affectsTestPlan));
+  TextNotes(out, "Notes: ", notes);
+}
+
+void CFixEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Fixed by:", UserName(lookups, userId));
+  HtmlCell(out, 2, "Date Fixed:", FormatDate(date));
+  out += kHtmlRowClose;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Version:", fixVersion);
+  HtmlCell(out, 1, "Resolution:", ValueName(lookups, kResolutions, resolutionId));
+  HtmlCell(out, 1, "Hours to Fix:", GivenHours(hours));
+  out += kHtmlRowClose;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Affects Documentation:", YesNo(affectsDocs));
+  HtmlCell(out, 2, "Affects Test Plan:", YesNo(affectsTestPlan));
+  out += kHtmlRowClose;
+  HtmlNotes(out, 3, "Notes:", notes);
+  out += kHtmlTableClose;
+}
+
+void CFixEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Fixed by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Fixed: ", FormatDate(date));
+  PrintLine(form, "Version: ", fixVersion);
+  PrintLine(form, "Resolution: ", ValueName(lookups, kResolutions, resolutionId));
+  if (hours >= 0) PrintLine(form, "Hours to Fix: ", FormatHours(hours));
+  PrintLine(form, "Affects Documentation: ", YesNo(affectsDocs));
+  PrintLine(form, "Affects Test Plan: ", YesNo(affectsTestPlan));
+  PrintNotes(form, "Notes: ", notes);
 }
 
 void CFixEvent::ReadOwn(PayloadReader& in, std::uint16_t recordVersion) {
@@ -238,6 +331,32 @@ std::unique_ptr<CDefectEvent> CVerifyEvent::Clone() const {
   return std::make_unique<CVerifyEvent>(*this);
 }
 
+// The result reads as in the event list: "Passed" or "Failed".
+void CVerifyEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Verified by: ", UserName(lookups, userId));
+  TextLine(out, "Date Verified: ", FormatDate(date));
+  TextLine(out, "Result: ", GetInfoText());
+  TextNotes(out, "Notes: ", notes);
+}
+
+void CVerifyEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Verified by:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Verified:", FormatDate(date));
+  HtmlCell(out, 1, "Result:", GetInfoText());
+  out += kHtmlRowClose;
+  HtmlNotes(out, 3, "Notes:", notes);
+  out += kHtmlTableClose;
+}
+
+void CVerifyEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Verified by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Verified: ", FormatDate(date));
+  PrintLine(form, "Result: ", GetInfoText());
+  PrintNotes(form, "Notes: ", notes);
+}
+
 void CVerifyEvent::ReadOwn(PayloadReader& in, std::uint16_t) { in.U8(passed); }
 
 void CVerifyEvent::WriteOwn(PayloadWriter& out) const { out.U8(passed ? 1 : 0); }
@@ -252,6 +371,32 @@ void CCloseEvent::Apply(DefectCopies& copies, std::uint32_t) const {
 
 std::unique_ptr<CDefectEvent> CCloseEvent::Clone() const {
   return std::make_unique<CCloseEvent>(*this);
+}
+
+void CCloseEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Closed by: ", UserName(lookups, userId));
+  TextLine(out, "Date Closed: ", FormatDate(date));
+  TextLine(out, "Resolution: ", ValueName(lookups, kResolutions, resolutionId));
+  TextNotes(out, "Notes: ", notes);
+}
+
+// The HTML calls the notes comments, the text and the page do not.
+void CCloseEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Closed by:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Closed:", FormatDate(date));
+  HtmlCell(out, 1, "Resolution:", ValueName(lookups, kResolutions, resolutionId));
+  out += kHtmlRowClose;
+  HtmlNotes(out, 3, "Comments:", notes);
+  out += kHtmlTableClose;
+}
+
+void CCloseEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Closed by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Closed: ", FormatDate(date));
+  PrintLine(form, "Resolution: ", ValueName(lookups, kResolutions, resolutionId));
+  PrintNotes(form, "Notes: ", notes);
 }
 
 void CCloseEvent::ReadOwn(PayloadReader& in, std::uint16_t) { in.U32(resolutionId); }
@@ -275,6 +420,30 @@ void CReOpenEvent::Apply(DefectCopies& copies, std::uint32_t) const {
 
 std::unique_ptr<CDefectEvent> CReOpenEvent::Clone() const {
   return std::make_unique<CReOpenEvent>(*this);
+}
+
+// The text form's two labels have no blank behind the colon, so the value touches it: that
+// is how this form has always read. The page form's labels have the blank.
+void CReOpenEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Re-opened by:", UserName(lookups, userId));
+  TextLine(out, "Date Re-opened:", FormatDate(date));
+  TextNotes(out, "Notes: ", notes);
+}
+
+void CReOpenEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Re-opened by:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Re-opened:", FormatDate(date));
+  out += kHtmlRowClose;
+  HtmlNotes(out, 2, "Notes:", notes);
+  out += kHtmlTableClose;
+}
+
+void CReOpenEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Re-opened by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Re-opened: ", FormatDate(date));
+  PrintNotes(form, "Notes: ", notes);
 }
 
 std::string CEstimateEvent::GetInfoText() const {
@@ -301,6 +470,41 @@ std::unique_ptr<CDefectEvent> CEstimateEvent::Clone() const {
   return std::make_unique<CEstimateEvent>(*this);
 }
 
+void CEstimateEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Estimated by: ", UserName(lookups, userId));
+  TextLine(out, "Date Estimated: ", FormatDate(date));
+  if (hours >= 0) TextLine(out, "Hours to Fix: ", FormatHours(hours));
+  TextLine(out, "Estimated completion date: ",
+           FormatDate(estimatedDate) + "  or version: " + estimatedVersion);
+  TextNotes(out, "Estimate Notes: ", notes);
+}
+
+void CEstimateEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Estimated by:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Estimated:", FormatDate(date));
+  out += kHtmlRowClose;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Hours to Fix:", GivenHours(hours));
+  HtmlCell(out, 1, "Estimated completion date:",
+           FormatDate(estimatedDate) + " or version: " + estimatedVersion);
+  out += kHtmlRowClose;
+  HtmlNotes(out, 2, "Notes:", notes);
+  out += kHtmlTableClose;
+}
+
+// The date and the version share a line, each a field of its own.
+void CEstimateEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Estimated by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Estimated: ", FormatDate(date));
+  if (hours >= 0) PrintLine(form, "Hours to Fix: ", FormatHours(hours));
+  form.Field(PageForm::kColumns[0], "Estimated completion date: ", FormatDate(estimatedDate));
+  form.Field(PageForm::kColumns[1], "or version: ", estimatedVersion);
+  form.NextLine();
+  PrintNotes(form, "Notes: ", notes);
+}
+
 void CEstimateEvent::ReadOwn(PayloadReader& in, std::uint16_t) {
   in.Float64(hours);
   in.Stamp(estimatedDate);
@@ -317,6 +521,28 @@ std::unique_ptr<CDefectEvent> CCommentEvent::Clone() const {
   return std::make_unique<CCommentEvent>(*this);
 }
 
+void CCommentEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Comment by: ", UserName(lookups, userId));
+  TextLine(out, "Date Entered: ", FormatDate(date));
+  TextNotes(out, "Comments: ", notes);
+}
+
+void CCommentEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Comment by:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Entered:", FormatDate(date));
+  out += kHtmlRowClose;
+  HtmlNotes(out, 2, "Comments:", notes);
+  out += kHtmlTableClose;
+}
+
+void CCommentEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Comment by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Entered: ", FormatDate(date));
+  PrintNotes(form, "Comments: ", notes);
+}
+
 std::string CReleaseNotesEvent::GetInfoText() const {
   return "Released in Version: " + (releaseVersion.empty() ? "not set" : releaseVersion);
 }
@@ -329,6 +555,32 @@ void CReleaseNotesEvent::Apply(DefectCopies& copies, std::uint32_t) const {
 
 std::unique_ptr<CDefectEvent> CReleaseNotesEvent::Clone() const {
   return std::make_unique<CReleaseNotesEvent>(*this);
+}
+
+void CReleaseNotesEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Entered by: ", UserName(lookups, userId));
+  TextLine(out, "Date Entered: ", FormatDate(date));
+  TextLine(out, "Released in Version: ", releaseVersion);
+  TextNotes(out, "Release Notes: ", notes);
+}
+
+// The HTML calls the date the release date, the text and the page the date of entry.
+void CReleaseNotesEvent::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Entered by:", UserName(lookups, userId));
+  HtmlCell(out, 1, "Date Released:", FormatDate(date));
+  HtmlCell(out, 1, "Released in Version:", releaseVersion);
+  out += kHtmlRowClose;
+  HtmlNotes(out, 3, "Release Notes:", notes);
+  out += kHtmlTableClose;
+}
+
+void CReleaseNotesEvent::Print(PageForm& form, const DefectLookups& lookups) const {
+  PrintLine(form, "Entered by: ", UserName(lookups, userId));
+  PrintLine(form, "Date Entered: ", FormatDate(date));
+  PrintLine(form, "Released in Version: ", releaseVersion);
+  PrintNotes(form, "Release Notes: ", notes);
 }
 
 void CReleaseNotesEvent::ReadOwn(PayloadReader& in, std::uint16_t) {

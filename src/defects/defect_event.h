@@ -34,6 +34,9 @@
 
 namespace qm {
 
+class DefectLookups;
+class PageForm;
+
 // The kinds as the record stores them; 1 is the report row of the event list only.
 enum class EventKind : std::int16_t {
   kAssign = 2,
@@ -109,6 +112,14 @@ class CDefectEvent {
   // A copy with the same session id.
   virtual std::unique_ptr<CDefectEvent> Clone() const = 0;
 
+  // The event's part of its defect's text form (each line ended by CR LF), HTML form (one
+  // table) and page form (fields on the lines of `form`, then its notes). A date that is
+  // not set reads empty, a user who is gone as an empty name; the text and the page leave
+  // out empty notes.
+  virtual void WriteText(std::string& out, const DefectLookups& lookups) const = 0;
+  virtual void WriteHtml(std::string& out, const DefectLookups& lookups) const = 0;
+  virtual void Print(PageForm& form, const DefectLookups& lookups) const = 0;
+
   std::uint32_t userId = 0;
   std::uint32_t date = platform::kNoStamp;
   std::string notes;
@@ -133,6 +144,9 @@ class CAssignEvent : public CDefectEvent {
   CAssignEvent() : CDefectEvent(EventKind::kAssign) {}
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 };
 
 class CFixEvent : public CDefectEvent {
@@ -142,6 +156,9 @@ class CFixEvent : public CDefectEvent {
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return 2; }
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 
   double hours = -1.0;  // below 0: not given
   bool affectsDocs = false;
@@ -161,6 +178,9 @@ class CVerifyEvent : public CDefectEvent {
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return passed ? 4 : 3; }
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 
   bool passed = true;
 
@@ -175,6 +195,9 @@ class CCloseEvent : public CDefectEvent {
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return 5; }
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 
   std::uint32_t resolutionId = 0;
 
@@ -189,6 +212,9 @@ class CReOpenEvent : public CDefectEvent {
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return 6; }
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 };
 
 class CEstimateEvent : public CDefectEvent {
@@ -197,6 +223,9 @@ class CEstimateEvent : public CDefectEvent {
   std::string GetInfoText() const override;
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 
   double hours = -1.0;  // below 0: not given
   std::uint32_t estimatedDate = platform::kNoStamp;
@@ -212,6 +241,9 @@ class CCommentEvent : public CDefectEvent {
   CCommentEvent() : CDefectEvent(EventKind::kComment) {}
   void Apply(DefectCopies&, std::uint32_t) const override {}
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 };
 
 class CReleaseNotesEvent : public CDefectEvent {
@@ -220,6 +252,9 @@ class CReleaseNotesEvent : public CDefectEvent {
   std::string GetInfoText() const override;
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::unique_ptr<CDefectEvent> Clone() const override;
+  void WriteText(std::string& out, const DefectLookups& lookups) const override;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
+  void Print(PageForm& form, const DefectLookups& lookups) const override;
 
   std::string releaseVersion;  // at most 32 bytes when stored
 

@@ -5,9 +5,25 @@
 #include <algorithm>
 
 #include "defects/defect_event.h"
+#include "defects/defect_lookups.h"
+#include "defects/text_forms.h"
 #include "session/item_error.h"
+#include "session/page_form.h"
 
 namespace qm {
+namespace {
+
+std::string OrNone(std::string_view text) { return text.empty() ? "none" : std::string(text); }
+
+// A text cell of the HTML form: "&nbsp;" stands for an empty text, and passes the escape
+// unchanged.
+void HtmlTextRow(std::string& out, std::string_view label, std::string_view text) {
+  out += kHtmlRowOpen;
+  HtmlCell(out, 2, label, text.empty() ? "&nbsp;" : text);
+  out += kHtmlRowClose;
+}
+
+}  // namespace
 
 void CFileAttachment::ReadFrom(PayloadReader& in) {
   const std::uint16_t version = ReadVersion(in, 1, kVersion);
@@ -157,6 +173,105 @@ std::unique_ptr<CFileAttachment> CReportedBy::RemoveAttachment(const CFileAttach
   std::unique_ptr<CFileAttachment> removed = std::move(*it);
   attachments_.erase(it);
   return removed;
+}
+
+std::string CReportedBy::GetFoundByName(const DefectLookups& lookups) const {
+  return UserName(lookups, foundById);
+}
+
+std::string CReportedBy::GetReproducedName(const DefectLookups& lookups) const {
+  return ValueName(lookups, MakeTag("rpro"), reproducedId);
+}
+
+std::string CReportedBy::StoredConfigName(const DefectLookups& lookups) const {
+  const CTestConfig* config = lookups.TestConfig(testConfigId_);
+  return config != nullptr ? config->GetName() : std::string("<not set>");
+}
+
+void CReportedBy::WriteText(std::string& out, const DefectLookups& lookups) const {
+  TextLine(out, "Reported by: ", GetFoundByName(lookups));
+  TextLine(out, "Date Found: ", FormatDate(dateFound));
+  TextLine(out, "Found in Version: ", versionFound);
+  TextLine(out, "Comments: ", OrNone(CrToCrLf(description)));
+  TextLine(out, "Reproduced: ", GetReproducedName(lookups));
+  TextLine(out, "Steps to Reproduce: ", OrNone(CrToCrLf(steps)));
+  if (configKind_ == kStoredConfig) {
+    TextLine(out, "Standard Test Configuration: ", StoredConfigName(lookups));
+  } else {
+    TextLine(out, "Custom Computer Configuration", {});
+  }
+  TextLine(out, "Other Hardware and Software: ", OrNone(CrToCrLf(otherHardware)));
+  // Each file name stands on a line of its own below the label.
+  if (attachments_.empty()) {
+    TextLine(out, "Attachments: ", "none");
+  } else {
+    TextLine(out, "Attachments: ", {});
+    for (const auto& attachment : attachments_) TextLine(out, {}, attachment->fileName.str());
+  }
+}
+
+// The HTML says "Date Reported" where the text and the page say "Date Found".
+void CReportedBy::WriteHtml(std::string& out, const DefectLookups& lookups) const {
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Reported by:", GetFoundByName(lookups));
+  HtmlCell(out, 1, "Date Reported:", FormatDate(dateFound));
+  out += kHtmlRowClose;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 1, "Found in Version:", versionFound);
+  out += kHtmlRowClose;
+  HtmlTextRow(out, "Comments:", description);
+  out += kHtmlRowOpen;
+  HtmlCell(out, 2, "Reproduced:", GetReproducedName(lookups));
+  out += kHtmlRowClose;
+  HtmlTextRow(out, "Steps to Reproduce:", steps);
+  out += kHtmlRowOpen;
+  if (configKind_ == kStoredConfig) {
+    HtmlCell(out, 2, "Standard Test Configuration:", StoredConfigName(lookups));
+  } else {
+    out += "<TD COLSPAN=2><B>Custom Computer Configuration</B></TD>";
+  }
+  out += kHtmlRowClose;
+  HtmlTextRow(out, "Other Hardware and Software:", otherHardware);
+  out += kHtmlRowOpen;
+  out += "<TD COLSPAN=2><B>Attachments:</B> ";
+  for (const auto& attachment : attachments_) {
+    out += "<BR>&nbsp;&nbsp;" + EscapeHtml(attachment->fileName.str());
+  }
+  if (attachments_.empty()) out += "<BR>&nbsp;&nbsp;none";
+  out += "</TD>";
+  out += kHtmlRowClose;
+  out += kHtmlTableClose;
+}
+
+// The page adds the contact behind the date, and names the configuration of a row
+// without a stored one as the user's.
+void CReportedBy::Print(PageForm& form, const DefectLookups& lookups) const {
+  const auto line = [&form](std::string_view label, std::string_view value) {
+    form.Field(PageForm::kColumns[0], label, value);
+    form.NextLine();
+  };
+  line("Reported by: ", GetFoundByName(lookups));
+  form.Field(PageForm::kColumns[0], "Date Found: ", FormatDate(dateFound));
+  form.Field(PageForm::kColumns[1], "Contact at: ", contact.str());
+  form.NextLine();
+  line("Found in Version: ", versionFound);
+  form.Block("Comments: ", OrNone(description));
+  line("Reproduced: ", GetReproducedName(lookups));
+  form.Block("Steps to Reproduce: ", OrNone(steps));
+  if (configKind_ == kStoredConfig) {
+    line("Standard Test Configuration: ", StoredConfigName(lookups));
+  } else {
+    form.Block("User's Computer Configuration: ", "");
+  }
+  form.Block("Other Hardware and Software: ", OrNone(otherHardware));
+  // The file names as the lines of one text, each ended as stored texts end theirs.
+  std::string names;
+  for (const auto& attachment : attachments_) {
+    if (!names.empty()) names += '\r';
+    names += attachment->fileName.str();
+  }
+  form.Block("Attachments: ", OrNone(names));
 }
 
 }  // namespace qm

@@ -49,6 +49,9 @@
 
 namespace qm {
 
+class DefectLookups;
+class PageForm;
+
 class CFileAttachment {
  public:
   static constexpr std::uint16_t kVersion = 2;
@@ -110,6 +113,18 @@ class CReportedBy {
   // Null when the attachment is not this row's.
   std::unique_ptr<CFileAttachment> RemoveAttachment(const CFileAttachment* attachment);
 
+  // The found-by user's name; empty when the user is gone.
+  std::string GetFoundByName(const DefectLookups& lookups) const;
+  // The value of list 'rpro', or "<not set>".
+  std::string GetReproducedName(const DefectLookups& lookups) const;
+
+  // The row's part of its defect's text form (each line ended by CR LF), HTML form (one
+  // table) and page form. Empty texts read "none"; a stored configuration that is gone
+  // reads "<not set>".
+  void WriteText(std::string& out, const DefectLookups& lookups) const;
+  void WriteHtml(std::string& out, const DefectLookups& lookups) const;
+  void Print(PageForm& form, const DefectLookups& lookups) const;
+
   std::uint32_t foundById = 0;  // 0: unknown
   std::uint32_t dateFound = platform::kNoStamp;
   BoundedText<63> contact;
@@ -121,6 +136,9 @@ class CReportedBy {
   std::uint32_t sessionId = NextSessionId();  // never stored; kept by Clone
 
  private:
+  // The name of the stored configuration of kind 2, or "<not set>".
+  std::string StoredConfigName(const DefectLookups& lookups) const;
+
   std::uint16_t configKind_ = kNoConfig;
   std::uint32_t testConfigId_ = 0;
   std::unique_ptr<CTestConfig> customConfig_;

@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <map>
 
 #include "defects/defect_table.h"
+#include "defects/fake_lookups.h"
 #include "people/user.h"
 #include "session/item_error.h"
 #include "store/file_bytes.h"
@@ -31,26 +31,6 @@ Bytes& Txt(Bytes& b, const std::string& s) {
 }
 // The 33-byte version field: length byte, text, zero padding.
 Bytes& Fixed33(Bytes& b, const std::string& s) { return Str(b, s).zeros(32 - s.size()); }
-
-class FakeLookups : public DefectLookups {
- public:
-  const CUser* User(std::uint32_t id) const override {
-    auto it = users.find(id);
-    return it != users.end() ? &it->second : nullptr;
-  }
-  const CUserGroup* Group(std::uint32_t) const override { return nullptr; }
-  const CTestConfig* TestConfig(std::uint32_t) const override { return nullptr; }
-  const ValueItem* Value(Tag, std::uint32_t) const override { return nullptr; }
-  std::uint32_t ValuePosition(Tag list, std::uint32_t id) const override {
-    auto it = positions.find({list, id});
-    return it != positions.end() ? it->second : 0;
-  }
-  std::uint32_t CurrentUserId() const override { return current; }
-
-  std::map<std::uint32_t, CUser> users;
-  std::map<std::pair<Tag, std::uint32_t>, std::uint32_t> positions;
-  std::uint32_t current = 0;
-};
 
 std::unique_ptr<CDefect> Read(const std::vector<std::uint8_t>& bytes,
                               const DefectLookups* lookups = nullptr) {

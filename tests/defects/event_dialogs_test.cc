@@ -1,0 +1,307 @@
+// The event dialogs' models: the order and words of their checks, what OK writes to the
+// event, the Save buttons' states, the user chosen at opening, and the dates people type.
+#include "defects/event_dialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "platform/clock.h"
+
+namespace qm::test {
+namespace {
+
+constexpr std::uint32_t kMe = 9;
+// A function, not a constant: the clock's own tables are set up at static
+// initialisation too, in an order not known here.
+std::uint32_t Day(int year, int month, int day) {
+  return platform::StampFromCivil({year, month, day, 0, 0, 0});
+}
+
+std::uint32_t March7() { return Day(2021, 3, 7); }
+
+std::unique_ptr<CDefectEvent> New(EventKind kind) {
+  auto event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
+  event->date = March7() + 3600 * 15;  // made now, at some time of the day
+  return event;
+}
+
+EventDialogRefusal Refused(EventDialog& dialog) {
+  const auto answer = dialog.Accept(EventDialogResult::kOk);
+  const auto* refusal = std::get_if<EventDialogRefusal>(&answer);
+  EXPECT_NE(refusal, nullptr);
+  return refusal != nullptr ? *refusal : EventDialogRefusal{};
+}
+
+std::optional<EventDialogResult> Closed(EventDialog& dialog,
+                                        EventDialogResult button = EventDialogResult::kOk) {
+  const auto answer = dialog.Accept(button);
+  if (const auto* result = std::get_if<EventDialogResult>(&answer)) return *result;
+  return std::nullopt;
+}
+
+TEST(EventDialog, ChecksDateThenUserThenTheKindsFields) {
+  constexpr std::string_view kResolution = "Please select the defect's resolution.";
+  struct Row {
+    EventKind kind;
+    std::string_view title;
+    std::string_view dateMessage;
+    std::string_view userMessage;
+    std::string_view fieldMessage;  // empty: no check of its own
+  };
+  const Row rows[] = {
+      {EventKind::kAssign, "Assign Defect", "Please enter the date this defect was assigned.",
+       "Please select the user to which this defect was assigned.", ""},
+      {EventKind::kFix, "Fix Defect", "Please enter the date this defect was fixed.",
+       "Please select the user who fixed this defect.", kResolution},
+      {EventKind::kVerify, "Verify Defect", "Please enter the date this defect was verified.",
+       "Please select the user who verified this defect.", ""},
+      {EventKind::kClose, "Close Defect", "Please enter the date this defect was closed.",
+       "Please select the user who closed this defect.", kResolution},
+      {EventKind::kReOpen, "Re-open Defect", "Please enter the date this defect was re-opened.",
+       "Please select the user who re-opened this defect.", ""},
+      {EventKind::kEstimate, "Estimate to Fix Problem",
+       "Please enter the date this estimate was created.",
+       "Please select the user who estimated the resolution to the problem.",
+       "Please estimate the number of hours to resolve the problem or enter a target date or "
+       "version."},
+      {EventKind::kComment, "Defect Comments", "Please enter the date this comment was entered.",
+       "Please select the user who entered this comment.", ""},
+      {EventKind::kReleaseNotes, "Release Fix or Feature",
+       "Please enter the date these release notes were entered.",
+       "Please select the user who entered these notes.", ""},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.title);
+    auto event = New(row.kind);
+    const auto original = event->Clone();
+    EventDialog dialog(*event, EventDialogMode::kEdit, 0, true);
+    EXPECT_EQ(dialog.Title(), row.title);
+    EXPECT_TRUE(dialog.fieldsEnabled());
+
+    // Nothing filled in: the date is the first complaint, and its text gets selected.
+    for (const char* date : {"", "  ", "2/30/2021", "yesterday"}) {
+      dialog.dateText = date;
+      const EventDialogRefusal refusal = Refused(dialog);
+      EXPECT_EQ(refusal.message, row.dateMessage) << date;
+      EXPECT_EQ(refusal.focus, EventField::kDate);
+      EXPECT_TRUE(refusal.selectText);
+    }
+    dialog.dateText = "3/7/2021";
+    EventDialogRefusal refusal = Refused(dialog);
+    EXPECT_EQ(refusal.message, row.userMessage);
+    EXPECT_EQ(refusal.focus, EventField::kUser);
+    EXPECT_FALSE(refusal.selectText);
+
+    dialog.userId = 4;
+    if (!row.fieldMessage.empty()) {
+      refusal = Refused(dialog);
+      EXPECT_EQ(refusal.message, row.fieldMessage);
+      EXPECT_EQ(refusal.focus,
+                row.kind == EventKind::kEstimate ? EventField::kHours : EventField::kResolution);
+      dialog.resolutionId = 2;
+      dialog.versionText = "2.0";
+    }
+    // A refusal leaves the event alone.
+    EXPECT_EQ(event->userId, original->userId);
+    EXPECT_EQ(event->date, original->date);
+
+    EXPECT_EQ(Closed(dialog), EventDialogResult::kOk);
+    EXPECT_EQ(event->userId, 4u);
+    EXPECT_EQ(event->date, March7());  // a typed date is the day, at midnight
+  }
+}
+
+TEST(EventDialog, EstimateNeedsHoursAboveZeroOrADateOrAVersion) {
+  CEstimateEvent estimate;
+  estimate.date = March7();
+  EventDialog dialog(estimate, EventDialogMode::kEdit, kMe, true);
+  EXPECT_EQ(dialog.hoursText, "");
+  EXPECT_EQ(dialog.estimatedDateText, "");
+
+  for (const char* hours : {"0", "0.00", "-2", "abc", "2 hours", "inf"}) {
+    dialog.hoursText = hours;
+    const EventDialogRefusal refusal = Refused(dialog);
+    EXPECT_EQ(refusal.message, "The number of hours you entered is not valid.") << hours;
+    EXPECT_EQ(refusal.focus, EventField::kHours);
+  }
+  // Nothing given, or only a completion date that does not read, is refused.
+  dialog.hoursText = " ";
+  for (const char* date : {"", "someday"}) {
+    dialog.estimatedDateText = date;
+    EXPECT_EQ(Refused(dialog).message,
+              "Please estimate the number of hours to resolve the problem or enter a target "
+              "date or version.");
+  }
+
+  dialog.estimatedDateText = "4/1/2021";
+  EXPECT_EQ(Closed(dialog), EventDialogResult::kOk);
+  EXPECT_EQ(estimate.hours, -1.0);
+  EXPECT_EQ(estimate.estimatedDate, Day(2021, 4, 1));
+  EXPECT_EQ(estimate.userId, kMe);
+
+  dialog.estimatedDateText = "";
+  dialog.versionText = "2.1";
+  EXPECT_EQ(Closed(dialog, EventDialogResult::kSaveAndAssign), EventDialogResult::kSaveAndAssign);
+  EXPECT_EQ(estimate.estimatedDate, platform::kNoStamp);
+  EXPECT_EQ(estimate.estimatedVersion, "2.1");
+
+  // Hours open as "%5.2lf" and read back from that form.
+  estimate.hours = 2.5;
+  EventDialog reopened(estimate, EventDialogMode::kEdit, kMe, true);
+  EXPECT_EQ(reopened.hoursText, " 2.50");
+  EXPECT_EQ(Closed(reopened), EventDialogResult::kOk);
+  EXPECT_EQ(estimate.hours, 2.5);
+}
+
+TEST(EventDialog, FixHoursAreTakenUnchecked) {
+  CFixEvent fix;
+  fix.date = March7();
+  fix.hours = 0.0;
+  EventDialog dialog(fix, EventDialogMode::kEdit, kMe, true);
+  EXPECT_EQ(dialog.hoursText, " 0.00");
+  dialog.resolutionId = 3;
+  dialog.affectsTestPlan = true;
+  // 31 bytes and a two-byte character: the version keeps whole characters only.
+  dialog.versionText = std::string(31, 'v') + "\xC3\xA9";
+
+  const std::pair<const char*, double> cases[] = {
+      {"", -1.0}, {"0", 0.0}, {"-3", -3.0}, {"abc", 0.0}, {" 12.5 ", 12.5}};
+  for (const auto& [text, hours] : cases) {
+    dialog.hoursText = text;
+    ASSERT_EQ(Closed(dialog), EventDialogResult::kOk) << text;
+    EXPECT_EQ(fix.hours, hours) << text;
+  }
+  EXPECT_EQ(fix.resolutionId, 3u);
+  EXPECT_FALSE(fix.affectsDocs);
+  EXPECT_TRUE(fix.affectsTestPlan);
+  EXPECT_EQ(fix.fixVersion, std::string(31, 'v'));
+
+  fix.hours = -1.0;
+  EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, kMe, true).hoursText, "");
+}
+
+TEST(EventDialog, UserChosenAtOpening) {
+  for (EventKind kind :
+       {EventKind::kAssign, EventKind::kFix, EventKind::kVerify, EventKind::kClose,
+        EventKind::kReOpen, EventKind::kEstimate, EventKind::kComment, EventKind::kReleaseNotes}) {
+    auto event = New(kind);
+    SCOPED_TRACE(event->ActionText());
+    const bool isAssign = kind == EventKind::kAssign;
+    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId, isAssign ? 0u : kMe);
+    // Not in the logged-in mode: no one.
+    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, 0, true).userId, 0u);
+    // An event that has its user shows that user.
+    event->userId = 4;
+    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId, 4u);
+  }
+}
+
+TEST(EventDialog, SaveButtons) {
+  // Fix, estimate and re-open offer Save && Assign to a user who may assign; the rest never.
+  const std::pair<EventKind, bool> rows[] = {
+      {EventKind::kAssign, false},       {EventKind::kFix, true},      {EventKind::kClose, false},
+      {EventKind::kReOpen, true},        {EventKind::kEstimate, true}, {EventKind::kComment, false},
+      {EventKind::kReleaseNotes, false},
+  };
+  for (const auto& [kind, offered] : rows) {
+    auto event = New(kind);
+    SCOPED_TRACE(event->ActionText());
+    for (bool mayAssign : {true, false}) {
+      EventDialog dialog(*event, EventDialogMode::kEdit, kMe, mayAssign);
+      EXPECT_EQ(dialog.saveAndAssignVisible(), offered && mayAssign);
+      EXPECT_EQ(dialog.saveAndAssignEnabled(), offered && mayAssign);
+      EXPECT_FALSE(dialog.saveAndReleaseVisible());
+    }
+  }
+
+  // Verify shows both buttons even to a user without the right; Pass and Fail switch them.
+  CVerifyEvent verify;
+  verify.date = March7();
+  EventDialog dialog(verify, EventDialogMode::kEdit, kMe, false);
+  EXPECT_TRUE(dialog.saveAndAssignVisible());
+  EXPECT_TRUE(dialog.saveAndReleaseVisible());
+  EXPECT_FALSE(dialog.saveAndAssignEnabled());
+  EXPECT_TRUE(dialog.saveAndReleaseEnabled());
+  dialog.passed = false;
+  EXPECT_TRUE(dialog.saveAndAssignEnabled());
+  EXPECT_FALSE(dialog.saveAndReleaseEnabled());
+  EXPECT_EQ(Closed(dialog, EventDialogResult::kSaveAndAssign), EventDialogResult::kSaveAndAssign);
+  EXPECT_FALSE(verify.passed);
+
+  // A failed verification opens with Fail chosen.
+  EventDialog failed(verify, EventDialogMode::kEdit, kMe, false);
+  EXPECT_FALSE(failed.passed);
+  EXPECT_TRUE(failed.saveAndAssignEnabled());
+  failed.passed = true;
+  EXPECT_EQ(Closed(failed, EventDialogResult::kSaveAndRelease), EventDialogResult::kSaveAndRelease);
+  EXPECT_TRUE(verify.passed);
+}
+
+TEST(EventDialog, ViewModeDisablesAllAndChangesNothing) {
+  CVerifyEvent verify;
+  verify.date = March7();
+  verify.userId = 4;
+  verify.notes = "kept";
+  EventDialog dialog(verify, EventDialogMode::kView, kMe, true);
+  EXPECT_FALSE(dialog.fieldsEnabled());
+  EXPECT_FALSE(dialog.saveAndAssignVisible());
+  EXPECT_FALSE(dialog.saveAndReleaseVisible());
+  dialog.userId = 0;
+  dialog.dateText = "";
+  dialog.notes = "changed";
+  dialog.passed = false;
+  EXPECT_EQ(Closed(dialog), EventDialogResult::kOk);
+  EXPECT_EQ(verify.userId, 4u);
+  EXPECT_EQ(verify.date, March7());
+  EXPECT_EQ(verify.notes, "kept");
+  EXPECT_TRUE(verify.passed);
+}
+
+TEST(EventDialog, NotesGetCrLfInTheControlAndCrStored) {
+  CCommentEvent comment;
+  comment.date = March7();
+  comment.notes = "one\rtwo\r\rthree\r";
+  EventDialog dialog(comment, EventDialogMode::kEdit, kMe, false);
+  EXPECT_EQ(dialog.notes, "one\r\ntwo\r\n\r\nthree\r\n");
+  ASSERT_EQ(Closed(dialog), EventDialogResult::kOk);
+  EXPECT_EQ(comment.notes, "one\rtwo\r\rthree\r");
+
+  // A CR LF already stored is not doubled, and goes back as a CR; a bare LF stays.
+  comment.notes = "a\r\nb\nc";
+  EventDialog again(comment, EventDialogMode::kEdit, kMe, false);
+  EXPECT_EQ(again.notes, "a\r\nb\nc");
+  ASSERT_EQ(Closed(again), EventDialogResult::kOk);
+  EXPECT_EQ(comment.notes, "a\rb\nc");
+
+  // The notes are cut to what the record holds.
+  again.notes = std::string(CDefectEvent::kNotesCapacity + 5, 'n');
+  ASSERT_EQ(Closed(again), EventDialogResult::kOk);
+  EXPECT_EQ(comment.notes.size(), CDefectEvent::kNotesCapacity);
+}
+
+TEST(EventDialog, ParseDate) {
+  const std::pair<const char*, std::uint32_t> read[] = {
+      {"3/7/2021", Day(2021, 3, 7)},   {" 03/07/2021 ", Day(2021, 3, 7)},
+      {"12/31/39", Day(2039, 12, 31)}, {"1/1/40", Day(1940, 1, 1)},
+      {"1/1/00", Day(2000, 1, 1)},     {"2/29/2020", Day(2020, 2, 29)},
+      {"2021-03-07", Day(2021, 3, 7)}, {"1/1/1904", 0},
+      {"2/6/2040", Day(2040, 2, 6)},
+  };
+  for (const auto& [text, stamp] : read) EXPECT_EQ(ParseDate(text), stamp) << text;
+  // The day a stamp of the event shows reads back to that day.
+  EXPECT_EQ(ParseDate(FormatDate(March7() + 3600 * 15)), March7());
+
+  for (const char* text : {"", "3/7", "3/7/", "3/7/2021x", "3/7/202", "3/7/20211", "13/1/2021",
+                           "0/1/2021", "1/0/2021", "2/29/2021", "4/31/2021", "3-7-2021",
+                           "2021/03/07", "12/31/1903", "1/1/2041", "2021-13-01", "123/1/2021"}) {
+    EXPECT_EQ(ParseDate(text), std::nullopt) << text;
+  }
+}
+
+}  // namespace
+}  // namespace qm::test
