@@ -4,10 +4,13 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <iterator>
 #include <ostream>
+#include <set>
 
 #include "args.h"
 #include "cli_host.h"
+#include "defect_commands.h"
 #include "defects/project_defects.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
@@ -192,6 +195,17 @@ const char* ProjectUsage() {
          "  values FILE LIST rename OLD NEW\n"
          "  values FILE LIST delete NAME [--replace-with NAME]\n"
          "  values FILE LIST move NAME up|down\n"
+         "  defects FILE [--sort FIELD[,FIELD2]] [--desc] [--json]\n"
+         "                                     the defect list; FIELD by number or label\n"
+         "  defect FILE NUMBER [--text|--html]  one defect's text or HTML form\n"
+         "  defect FILE add --summary TEXT [--type NAME] [--priority NAME] [--severity NAME]\n"
+         "      [--product NAME] [--component NAME] [--description TEXT] [--found-by LOGIN]\n"
+         "      [--version-found TEXT]         a new defect; prints its number\n"
+         "  defect FILE NUMBER EVENT [--to LOGIN|--by LOGIN] [--date DATE] [--notes TEXT]\n"
+         "      [--hours H] [--version TEXT] [--resolution NAME] [--completion DATE]\n"
+         "      [--pass|--fail] [--docs] [--test-plan]\n"
+         "                                     adds an event: assign, estimate, fix, verify,\n"
+         "                                     close, reopen, comment or release\n"
          "Options of the project commands:\n"
          "  --user NAME --password TEXT        log in without the dialog\n"
          "  --remember                         keep this login for the next opening of the\n"
@@ -200,13 +214,16 @@ const char* ProjectUsage() {
 }
 
 bool IsProjectCommand(const std::string& word) {
-  return word == "new" || word == "info" || word == "values";
+  return word == "new" || word == "info" || word == "values" || word == "defects" ||
+         word == "defect";
 }
 
 int RunProject(const std::vector<std::string>& words, ui::Ui& ui, CAppPreferences& preferences,
                std::ostream& out, std::ostream& err) {
   try {
-    const Args args(words, {"user", "password", "replace-with"});
+    std::set<std::string> valued{"user", "password", "replace-with"};
+    valued.insert(std::begin(kDefectValueOptions), std::end(kDefectValueOptions));
+    const Args args(words, valued);
     const auto& pos = args.positional();
     const std::string& command = pos.at(0);  // the options are anywhere around it
     if (command == "new") return NewProject(args, ui, preferences, out, err);
@@ -237,6 +254,8 @@ int RunProject(const std::vector<std::string>& words, ui::Ui& ui, CAppPreference
     try {
       if (command == "info") {
         Info(doc, out);
+      } else if (command == "defects" || command == "defect") {
+        result = RunDefectCommand(doc, args, ui, out, err);
       } else {
         result = Values(doc, args, ui, out, err);
       }

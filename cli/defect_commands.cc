@@ -1,0 +1,254 @@
+// quillmark-cli defects and defect: the defect list, one defect's forms, and new defects.
+#include "defect_commands.h"
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+#include <utility>
+#include <variant>
+
+#include "defects/defect_fields.h"
+#include "defects/defect_table.h"
+#include "defects/event_dialogs.h"
+#include "json.h"
+#include "people/user.h"
+#include "session/db_doc.h"
+#include "session/login.h"
+#include "session/value_item.h"
+#include "store/store_error.h"
+
+namespace qm::cli {
+
+namespace {
+
+// The columns of a new defect list window.
+constexpr std::uint16_t kListColumns[] = {1, 2, 4, 5, 6};
+
+CDefectTable& Defects(CDBDoc& doc) {
+  return static_cast<CDefectTable&>(*doc.GetTable(kDefectsTag));
+}
+
+// A field by its number or its short label ("summary", "No.").
+std::uint16_t FieldArgument(const std::string& word) {
+  for (const DefectField& f : DefectFields()) {
+    if (std::to_string(f.number) == word || SameLoginText(f.label, word) ||
+        (!f.tag.empty() && SameLoginText(f.tag, word))) {
+      return f.number;
+    }
+  }
+  throw UsageError{"There is no defect field \"" + word + "\"."};
+}
+
+std::string FieldText(const CDefect& defect, std::uint16_t field) {
+  std::string text;
+  defect.GetFieldText(field, text);
+  return text;
+}
+
+int List(CDBDoc& doc, const Args& args, std::ostream& out) {
+  args.ExpectPositional(2, "defects FILE [--sort FIELD[,FIELD2]] [--desc] [--json]");
+  CDefectTable& table = Defects(doc);
+  SortOrder order{1, args.Flag("desc") ? std::int16_t{2} : std::int16_t{1}};
+  std::int16_t secondary = kNoSortField;
+  if (const auto sort = args.Value("sort")) {
+    const auto comma = sort->find(',');
+    order.field = static_cast<std::int16_t>(FieldArgument(sort->substr(0, comma)));
+    if (comma != std::string::npos) {
+      secondary = static_cast<std::int16_t>(FieldArgument(sort->substr(comma + 1)));
+    }
+  }
+  table.SetSecondaryField(secondary);
+  table.SetSortOrder(order);
+  table.Sort();
+  if (args.Flag("json")) {
+    Json j;
+    j.Open('[');
+    for (std::uint32_t p = 1; p <= table.count(); ++p) {
+      const CDefect& d = *table.DefectAt(p);
+      if (d.deleted) continue;
+      j.Open('{');
+      for (const DefectField& f : DefectFields()) {
+        j.Key(std::to_string(f.number)).String(FieldText(d, f.number));
+      }
+      j.Close('}');
+    }
+    j.Close(']');
+    out << j.text() << "\n";
+    return 0;
+  }
+  for (const std::uint16_t field : kListColumns) {
+    out << (field == kListColumns[0] ? "" : "\t") << DefectFieldLabel(field);
+  }
+  out << "\n";
+  for (std::uint32_t p = 1; p <= table.count(); ++p) {
+    const CDefect& d = *table.DefectAt(p);
+    if (d.deleted) continue;
+    for (const std::uint16_t field : kListColumns) {
+      out << (field == kListColumns[0] ? "" : "\t") << FieldText(d, field);
+    }
+    out << "\n";
+  }
+  return 0;
+}
+
+CDefect* FindDefect(CDBDoc& doc, const std::string& word, std::ostream& err) {
+  std::uint32_t number = 0;
+  try {
+    number = static_cast<std::uint32_t>(std::stoul(word));
+  } catch (const std::exception&) {
+    throw UsageError{"A defect is named by its number, not \"" + word + "\"."};
+  }
+  const CDefectTable& table = Defects(doc);
+  for (std::uint32_t p = 1; p <= table.count(); ++p) {
+    CDefect* d = table.DefectAt(p);
+    if (!d->deleted && d->number == number) return d;
+  }
+  err << "There is no defect number " << number << ".\n";
+  return nullptr;
+}
+
+// The id of the name in a value list, in any case; 0 for none given.
+std::uint32_t ValueArgument(CDBDoc& doc, const Args& args, const char* option, Tag list,
+                            bool firstByDefault) {
+  const ItemTable& table = *doc.GetTable(list);
+  const auto name = args.Value(option);
+  if (!name) return firstByDefault && table.count() > 0 ? table.ItemAt(1)->GetId() : 0;
+  for (std::uint32_t p = 1; p <= table.count(); ++p) {
+    if (SameLoginText(table.ItemAt(p)->GetName(), *name)) return table.ItemAt(p)->GetId();
+  }
+  throw UsageError{"The list of --" + std::string(option) + " has no name \"" + *name + "\"."};
+}
+
+std::uint32_t UserArgument(CDBDoc& doc, const Args& args, const char* option) {
+  const auto login = args.Value(option);
+  if (!login) return doc.currentUserId();
+  const ItemTable& users = *doc.GetTable(kUserTag);
+  for (std::uint32_t p = 1; p <= users.count(); ++p) {
+    const auto* user = dynamic_cast<const CUser*>(users.ItemAt(p));
+    if (user != nullptr && !user->deleted && SameLoginText(user->GetLogin(), *login)) {
+      return user->GetId();
+    }
+  }
+  throw UsageError{"There is no user with the login \"" + *login + "\"."};
+}
+
+int Add(CDBDoc& doc, const Args& args, std::ostream& out) {
+  args.ExpectPositional(3, "defect FILE add --summary TEXT [--type NAME] ...");
+  const auto summary = args.Value("summary");
+  if (!summary || summary->empty()) throw UsageError{"A new defect needs --summary TEXT."};
+  const std::uint32_t now = platform::Clock::System().Now();
+  CDefectTable& table = Defects(doc);
+  std::unique_ptr<RecordItem> item = table.NewItem();
+  auto& defect = static_cast<CDefect&>(*item);
+  defect.summary = std::string(CutToCapacity(*summary, kStringCapacity));
+  defect.typeId = ValueArgument(doc, args, "type", MakeTag("type"), true);
+  defect.priorityId = ValueArgument(doc, args, "priority", MakeTag("prio"), true);
+  defect.severityId = ValueArgument(doc, args, "severity", MakeTag("sevr"), true);
+  defect.productId = ValueArgument(doc, args, "product", MakeTag("prod"), true);
+  defect.componentId = ValueArgument(doc, args, "component", MakeTag("comp"), false);
+  defect.dateCreated = defect.dateModified = defect.dateEntered = now;
+  defect.enteredById = doc.currentUserId();
+
+  auto row = std::make_unique<CReportedBy>();
+  row->foundById = UserArgument(doc, args, "found-by");
+  row->dateFound = now;
+  if (const auto* user =
+          dynamic_cast<const CUser*>(doc.GetTable(kUserTag)->ItemById(row->foundById))) {
+    row->contact = user->GetCompany().empty() ? user->GetName() : user->GetCompany();
+  }
+  row->versionFound = std::string(CutToCapacity(args.Value("version-found").value_or(""), 32));
+  row->description = args.Value("description").value_or("");
+  defect.AddReportedBy(std::move(row));
+  defect.RefreshFromFirstReport();
+
+  if (doc.options().numberOnUserEntry) {
+    if (const DBStatus s = doc.NextCounter(kMiscTag, kDefectCounterRecord, defect.number);
+        s != DBStatus::kOk) {
+      Fail(s);
+    }
+  }
+  if (const DBStatus s = table.AddItem(item); s != DBStatus::kOk) Fail(s);
+  out << (defect.number != 0 ? std::to_string(defect.number) : "-") << "\n";
+  return 0;
+}
+
+// The event kinds by the words of the command line.
+std::optional<EventKind> EventWord(const std::string& word) {
+  static const std::pair<const char*, EventKind> kWords[] = {
+      {"assign", EventKind::kAssign},   {"estimate", EventKind::kEstimate},
+      {"fix", EventKind::kFix},         {"verify", EventKind::kVerify},
+      {"close", EventKind::kClose},     {"reopen", EventKind::kReOpen},
+      {"comment", EventKind::kComment}, {"release", EventKind::kReleaseNotes}};
+  for (const auto& [name, kind] : kWords) {
+    if (word == name) return kind;
+  }
+  return std::nullopt;
+}
+
+// Adds an event as its dialog would, the options filling the dialog's fields.
+int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std::ostream& out,
+             std::ostream& err) {
+  const std::uint32_t now = platform::Clock::System().Now();
+  std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
+  event->date = now;
+  EventDialog dialog(*event, EventDialogMode::kEdit, doc.currentUserId(), doc.HasRight(31));
+  const char* person = kind == EventKind::kAssign ? "to" : "by";
+  if (args.Value(person)) dialog.userId = UserArgument(doc, args, person);
+  if (const auto date = args.Value("date")) dialog.dateText = *date;
+  if (const auto notes = args.Value("notes")) dialog.notes = *notes;
+  if (const auto version = args.Value("version")) dialog.versionText = *version;
+  if (const auto hours = args.Value("hours")) dialog.hoursText = *hours;
+  if (const auto completion = args.Value("completion")) dialog.estimatedDateText = *completion;
+  if (args.Value("resolution")) {
+    dialog.resolutionId = ValueArgument(doc, args, "resolution", MakeTag("reso"), false);
+  }
+  dialog.affectsDocs = args.Flag("docs");
+  dialog.affectsTestPlan = args.Flag("test-plan");
+  if (args.Flag("pass") && args.Flag("fail")) throw UsageError{"Either --pass or --fail."};
+  dialog.passed = !args.Flag("fail");
+  const auto closed = dialog.Accept(EventDialogResult::kOk);
+  if (const auto* refusal = std::get_if<EventDialogRefusal>(&closed)) {
+    err << refusal->message << "\n";
+    return 1;
+  }
+  defect.AddEvent(std::move(event));
+  defect.dateModified = now;
+  if (const DBStatus s = Defects(doc).SaveItem(defect); s != DBStatus::kOk) Fail(s);
+  out << "Defect " << defect.number << ": " << defect.GetStatusText() << "\n";
+  return 0;
+}
+
+}  // namespace
+
+int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui&, std::ostream& out, std::ostream& err) {
+  const auto& pos = args.positional();
+  if (pos[0] == "defects") return List(doc, args, out);
+  if (pos.size() < 3) {
+    throw UsageError{
+        "usage: quillmark-cli defect FILE NUMBER [--text|--html] | defect FILE add ..."};
+  }
+  if (pos[2] == "add") return Add(doc, args, out);
+  if (pos.size() == 4) {
+    const auto kind = EventWord(pos[3]);
+    if (!kind) {
+      throw UsageError{"Unknown defect command \"" + pos[3] +
+                       "\"; the events are assign, estimate, fix, verify, close, reopen, "
+                       "comment and release."};
+    }
+    CDefect* defect = FindDefect(doc, pos[2], err);
+    return defect != nullptr ? AddEvent(doc, *defect, *kind, args, out, err) : 1;
+  }
+  args.ExpectPositional(3, "defect FILE NUMBER [--text|--html]");
+  const CDefect* defect = FindDefect(doc, pos[2], err);
+  if (defect == nullptr) return 1;
+  std::string form;
+  if (args.Flag("html")) {
+    defect->WriteHtml(form);
+  } else {
+    defect->WriteText(form);
+  }
+  out << form;
+  return 0;
+}
+
+}  // namespace qm::cli

@@ -1,0 +1,84 @@
+// quillmark-cli defects and defect, run as the real program: new defects and their
+// numbers, the list and its sorting, one defect's forms, and value names deleted from
+// under the defects that use them.
+#include <gtest/gtest.h>
+
+#include "cli/cli_run.h"
+
+namespace qm::test {
+namespace {
+
+class DefectCli : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(RunCli(dir, "new " + file).code, 0); }
+  CliResult Run(const std::string& args) {
+    return RunCli(dir, "--user admin --password '' " + args);
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  std::string file = "'" + path + "'";
+};
+
+TEST_F(DefectCli, NewDefectsAreNumberedListedAndSorted) {
+  CliResult r = Run("defect " + file + " add --summary 'Crash on save' --type Cosmetic");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "1\n");
+  r = Run("defect " + file +
+          " add --summary 'Assert in parser' --priority 'Before Beta' --description 'Boom'");
+  EXPECT_EQ(r.out, "2\n");
+  EXPECT_EQ(Run("defect " + file + " add --summary x --type Nonsense").code, 64);
+  EXPECT_EQ(Run("defect " + file + " add").code, 64) << "a summary is needed";
+
+  r = Run("defects " + file);
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out,
+            "No.\tSummary\tType\tPriority\tStatus\n"
+            "1\tCrash on save\tCosmetic\tImmediate\tOpen, not assigned\n"
+            "2\tAssert in parser\tCrash - Data Loss\tBefore Beta\tOpen, not assigned\n");
+  r = Run("defects " + file + " --sort summary");
+  EXPECT_EQ(r.out.substr(r.out.find('\n') + 1, 1), "2");
+  r = Run("defects " + file + " --sort 5 --desc");
+  EXPECT_EQ(r.out.substr(r.out.find('\n') + 1, 1), "2") << "Before Beta comes after Immediate";
+  r = Run("defects " + file + " --json");
+  EXPECT_NE(r.out.find("\"2\":\"Assert in parser\""), std::string::npos);
+  EXPECT_NE(r.out.find("\"200\":\"Boom\""), std::string::npos);
+  EXPECT_EQ(Run("defects " + file + " --sort colour").code, 64);
+
+  r = Run("defect " + file + " 2");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out.substr(0, 13), "Defect No: 2\r");
+  EXPECT_NE(r.out.find("Summary: Assert in parser\r\n"), std::string::npos);
+  EXPECT_NE(r.out.find("This defect has never been assigned, fixed or closed.\r\n"),
+            std::string::npos);
+  r = Run("defect " + file + " 2 --html");
+  EXPECT_EQ(r.out.substr(0, 63), "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%><TR><TD>");
+  r = Run("defect " + file + " 9");
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.err, "There is no defect number 9.\n");
+}
+
+TEST_F(DefectCli, DeletingANameReachesTheDefectsThatUseIt) {
+  ASSERT_EQ(Run("defect " + file + " add --summary One --type Cosmetic").code, 0);
+  ASSERT_EQ(Run("defect " + file + " add --summary Two --type 'Feature Request'").code, 0);
+  CliResult r = Run("--yes values " + file + " Type delete Cosmetic");
+  EXPECT_EQ(r.code, 1) << "a name in use needs a replacing name";
+  EXPECT_NE(r.err.find("One or more defects use this field name."), std::string::npos);
+  r = Run("--yes values " + file + " Type delete Cosmetic --replace-with 'Feature Request'");
+  ASSERT_EQ(r.code, 0) << r.err;
+  r = Run("defects " + file);
+  EXPECT_EQ(r.out,
+            "No.\tSummary\tType\tPriority\tStatus\n"
+            "1\tOne\tFeature Request\tImmediate\tOpen, not assigned\n"
+            "2\tTwo\tFeature Request\tImmediate\tOpen, not assigned\n");
+
+  // A component may go without a replacement: the defects lose it.
+  ASSERT_EQ(Run("values " + file + " Component add Parser").code, 0);
+  ASSERT_EQ(Run("defect " + file + " add --summary Three --component parser").code, 0);
+  ASSERT_EQ(Run("--yes values " + file + " Component delete Parser").code, 0);
+  r = Run("defects " + file + " --json");
+  EXPECT_EQ(r.out.find("Parser"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace qm::test
