@@ -150,8 +150,11 @@ void CDefect::ReadFrom(PayloadReader& in) {
       std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
       if (event == nullptr) throw ItemError(kNoItem);
       event->ReadFrom(in, version);
-      AddEvent(std::move(event));
+      InsertEvent(std::move(event));
     }
+    // One replay over all the events leaves what a replay after each insertion would: every
+    // copy is set by the last event in order that sets it.
+    Replay();
     if (copies_.fixedById == 0) copies_.hoursToFix = -1.0;
     std::uint16_t storedStatus = 0;
     in.U16(storedStatus);
@@ -195,6 +198,7 @@ void CDefect::ReadFrom(PayloadReader& in) {
     RefreshFromFirstReport();
   } catch (const ItemError&) {
     // What was read stays; the copies still follow the events that were read.
+    Replay();
     RefreshFromFirstReport();
     throw;
   }
@@ -243,6 +247,11 @@ CDefectEvent* CDefect::EventAt(std::uint32_t n) const {
 }
 
 void CDefect::AddEvent(std::unique_ptr<CDefectEvent> event) {
+  InsertEvent(std::move(event));
+  Replay();
+}
+
+void CDefect::InsertEvent(std::unique_ptr<CDefectEvent> event) {
   // Events of one date keep the order they came in; where either date is not set, the
   // weight of the kind decides.
   auto at = std::find_if(events_.begin(), events_.end(), [&](const auto& row) {
@@ -252,7 +261,6 @@ void CDefect::AddEvent(std::unique_ptr<CDefectEvent> event) {
     return row->date > event->date;
   });
   events_.insert(at, std::move(event));
-  Replay();
 }
 
 std::unique_ptr<CDefectEvent> CDefect::RemoveEvent(const CDefectEvent* event) {

@@ -164,6 +164,8 @@ class CDefect : public RecordItem {
  private:
   // The lookups, or ones that find nothing.
   const DefectLookups& Lookups() const;
+  // Puts an event in its place among the others, without replaying.
+  void InsertEvent(std::unique_ptr<CDefectEvent> event);
   // A user's name, empty when there is none.
   std::string NameOf(std::uint32_t userId) const;
   // The old records' found-by fields become the first reported-by row.

@@ -29,6 +29,10 @@ class CDefectTable : public ItemTable {
   std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload,
                                              std::uint32_t id = 0) const override;
   std::unique_ptr<RecordItem> NewItem() const override;
+  // Ties go by record id, except by number alone.
+  bool IsTotalOrder(const SortOrder& order) const override {
+    return secondary_ != kNoSortField || order.field != 1;
+  }
 
   // The field that decides between defects equal in the sort field; kNoSortField for none.
   std::int16_t secondaryField() const { return secondary_; }

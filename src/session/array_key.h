@@ -39,6 +39,9 @@ class ArrayKey {
  public:
   virtual ~ArrayKey() = default;
   virtual int Compare(const T& a, const T& b) const = 0;
+  // Whether Compare calls no two distinct elements equal. Then every sort gives one and
+  // the same order, and the array may use the quickest.
+  virtual bool TotalOrder() const { return false; }
   virtual bool Equal(const T& a, const T& b) const { return Compare(a, b) == 0; }
   virtual int CompareToKey(const T& /*element*/, const KeyRef& /*key*/) const {
     ui::DebugOutput("CompareToKey not implemented");
