@@ -80,5 +80,37 @@ TEST_F(DefectCli, DeletingANameReachesTheDefectsThatUseIt) {
   EXPECT_EQ(r.out.find("Parser"), std::string::npos);
 }
 
+TEST_F(DefectCli, EventsGoThroughTheirDialogs) {
+  ASSERT_EQ(Run("defect " + file + " add --summary 'Crash on save'").code, 0);
+  CliResult r = Run("defect " + file + " 1 assign");
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.err, "Please select the user to which this defect was assigned.\n");
+  r = Run("defect " + file + " 1 assign --to ADMIN --notes 'please look'");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "Defect 1: Open, assigned to Project Admin\n");
+  r = Run("defect " + file + " 1 fix --hours 2.5");
+  EXPECT_EQ(r.err, "Please select the defect's resolution.\n");
+  r = Run("defect " + file + " 1 fix --date 2/30/2025 --resolution 'Code Change'");
+  EXPECT_EQ(r.err, "Please enter the date this defect was fixed.\n");
+  r = Run("defect " + file + " 1 fix --hours 2.5 --resolution 'code change' --version 1.1");
+  EXPECT_EQ(r.out, "Defect 1: Fixed, not assigned\n");
+  r = Run("defect " + file + " 1 estimate --hours 0");
+  EXPECT_EQ(r.err, "The number of hours you entered is not valid.\n");
+  r = Run("defect " + file + " 1 verify --pass");
+  EXPECT_EQ(r.out, "Defect 1: Passed verification, closed\n");
+  r = Run("defect " + file + " 1 reopen --date 1/1/2099");
+  EXPECT_EQ(r.code, 1) << "beyond what a date of the file can hold";
+  r = Run("defect " + file + " 1 reopen");
+  EXPECT_EQ(r.out, "Defect 1: Re-opened, not assigned\n");
+  EXPECT_EQ(Run("defect " + file + " 1 dance").code, 64);
+
+  r = Run("defect " + file + " 1");
+  EXPECT_NE(r.out.find("Hours to Fix:  2.50\r\n"), std::string::npos);
+  EXPECT_NE(r.out.find("Re-opened by:Project Admin\r\n"), std::string::npos);
+  r = Run("defects " + file + " --json");
+  EXPECT_NE(r.out.find("\"19\":\"\""), std::string::npos)
+      << "re-opened, a defect read again shows no hours until its next fix";
+}
+
 }  // namespace
 }  // namespace qm::test

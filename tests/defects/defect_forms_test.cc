@@ -1,0 +1,337 @@
+// A defect's field texts, and its text and HTML forms whole, for a defect with every kind
+// of event and two reported-by rows.
+#include <gtest/gtest.h>
+
+#include "defects/defect.h"
+#include "defects/defect_fields.h"
+#include "defects/fake_lookups.h"
+
+namespace qm::test {
+namespace {
+
+std::uint32_t Day(int month, int day) { return platform::StampFromCivil({2025, month, day}); }
+
+class DefectForms : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    lookups.users[2].SetLastName("Smith");
+    lookups.users[2].SetFirstName("Ann");
+    lookups.users[2].SetCompany("Acme");
+    lookups.users[3].SetLastName("Lee");
+    for (const auto& [list, id, name] : std::vector<std::tuple<Tag, std::uint32_t, const char*>>{
+             {MakeTag("prod"), 1, "Atlas"},
+             {MakeTag("comp"), 2, "Parser"},
+             {MakeTag("type"), 3, "Cosmetic"},
+             {MakeTag("prio"), 4, "Immediate"},
+             {MakeTag("sevr"), 5, "Workaround"},
+             {MakeTag("reso"), 6, "Code Change"},
+             {MakeTag("rpro"), 7, "Always"}}) {
+      lookups.values.emplace(std::piecewise_construct, std::forward_as_tuple(list, id),
+                             std::forward_as_tuple(name, 1u));
+    }
+    d.number = 7;
+    d.summary = "Crash <on> save";
+    d.productId = 1;
+    d.componentId = 2;
+    d.typeId = 3;
+    d.priorityId = 4;
+    d.severityId = 5;
+    d.reference = "R-1";
+    d.enteredById = 2;
+    d.dateEntered = Day(1, 2);
+    d.workaround = "Save\rtwice";
+    for (std::uint32_t who : {2u, 9u}) {
+      auto row = std::make_unique<CReportedBy>();
+      row->foundById = who;
+      row->dateFound = Day(1, 2);
+      row->versionFound = "1.0";
+      row->description = "It \"crashes\"";
+      row->reproducedId = 7;
+      d.AddReportedBy(std::move(row));
+    }
+    d.RefreshFromFirstReport();
+  }
+  template <class Event>
+  Event& Add(int day, std::uint32_t user, const char* notes) {
+    auto e = std::make_unique<Event>();
+    e->date = Day(2, day);
+    e->userId = user;
+    e->notes = notes;
+    Event& raw = *e;
+    d.AddEvent(std::move(e));
+    return raw;
+  }
+  std::string Field(std::uint16_t n) {
+    std::string text;
+    EXPECT_TRUE(d.GetFieldText(n, text)) << n;
+    return text;
+  }
+
+  FakeLookups lookups;
+  CDefect d{&lookups};
+};
+
+TEST_F(DefectForms, FieldTextsFollowTheEvents) {
+  EXPECT_EQ(Field(6), "Open, not assigned");
+  d.number = 0;
+  EXPECT_EQ(Field(1), "-");
+  d.number = 7;
+  Add<CAssignEvent>(1, 3, "look");
+  EXPECT_EQ(Field(6), "Open, assigned to Lee");
+  Add<CAssignEvent>(2, 44, "");
+  EXPECT_EQ(Field(6), "Open, assigned to Unknown");
+  EXPECT_EQ(Field(15), "Unknown");
+  auto& fix = Add<CFixEvent>(3, 2, "done");
+  fix.hours = 2;
+  fix.resolutionId = 6;
+  d.Replay();
+  EXPECT_EQ(Field(6), "Fixed, not assigned");
+  EXPECT_EQ(Field(7), "Code Change");
+  EXPECT_EQ(Field(19), " 2.00");
+  Add<CVerifyEvent>(4, 3, "");
+  EXPECT_EQ(Field(6), "Passed verification, closed") << "no assignment tail";
+  EXPECT_EQ(Field(41), "Lee");
+  EXPECT_EQ(Field(42), "") << "a passed verification gives no close resolution";
+  EXPECT_EQ(Field(3), "Atlas");
+  d.productId = 99;
+  EXPECT_EQ(Field(3), "<not set>");
+  EXPECT_EQ(Field(11), "Always");
+  EXPECT_EQ(Field(9), "Smith, Ann");
+  EXPECT_EQ(Field(39), "Acme");
+  EXPECT_EQ(Field(26), "2");
+  EXPECT_EQ(Field(22), "2/4/2025");
+  EXPECT_EQ(Field(8), "1/2/2025");
+  EXPECT_EQ(Field(34), "Yes");
+  Add<CCommentEvent>(5, 2, "first");
+  Add<CCommentEvent>(6, 3, "second");
+  std::string text;
+  std::string block;
+  ASSERT_TRUE(d.GetFieldText(205, text, &block));
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(block, "first\r\rsecond");
+  EXPECT_EQ(Field(207), "Smith, Ann");
+  EXPECT_EQ(Field(209), "second");
+  EXPECT_FALSE(d.GetFieldText(46, text));
+
+  ASSERT_TRUE(d.GetFieldByTag(MakeTag("SUMM"), text, &block));
+  EXPECT_EQ(block, "Crash <on> save") << "a short field is copied to the block";
+  ASSERT_TRUE(d.GetFieldByTag(MakeTag("ASSN"), text, &block));
+  EXPECT_EQ(block, "") << "the newest assignment's notes";
+  EXPECT_FALSE(d.GetFieldByTag(MakeTag("XXXX"), text, &block));
+  EXPECT_EQ(DefectFieldLabel(208), "") << "labels are looked up for 1 to 45 and 200 to 207";
+  EXPECT_EQ(DefectFieldLabel(207), "Comment By");
+}
+
+TEST_F(DefectForms, TextAndHtmlWhole) {
+  Add<CAssignEvent>(1, 3, "look");
+  auto& estimate = Add<CEstimateEvent>(2, 3, "easy");
+  estimate.hours = 4;
+  estimate.estimatedVersion = "1.1";
+  auto& fix = Add<CFixEvent>(3, 3, "patched");
+  fix.hours = 2.5;
+  fix.resolutionId = 6;
+  fix.fixVersion = "1.1";
+  fix.affectsDocs = true;
+  auto& verify = Add<CVerifyEvent>(4, 2, "");
+  verify.passed = false;
+  auto& close = Add<CCloseEvent>(5, 2, "gone");
+  close.resolutionId = 6;
+  Add<CReOpenEvent>(6, 2, "back");
+  Add<CCommentEvent>(7, 3, "a\rb");
+  auto& release = Add<CReleaseNotesEvent>(8, 2, "Fixed <it>");
+  release.releaseVersion = "1.2";
+  d.Replay();
+
+  std::string text;
+  d.WriteText(text);
+  EXPECT_EQ(text,
+            "Defect No: 7\r\n"
+            "Found by: Smith, Ann                    Date Entered: 1/2/2025\r\n"
+            "Product: Atlas                          Component: Parser\r\n"
+            "\r\n"
+            "Type: Cosmetic\r\n"
+            "Status: Re-opened, not assigned\r\n"
+            "Priority: Immediate                     Severity: Workaround\r\n"
+            "Reference: R-1                          Is Duplicate: No\r\n"
+            "\r\n"
+            "Summary: Crash <on> save\r\n"
+            "Release Notes: \r\n"
+            "Fixed <it>\r\n"
+            "Work Around: \r\n"
+            "Save\r\n"
+            "twice\r\n"
+            "\r\n"
+            "--- Reported By ---\r\n"
+            "Reported by: Smith, Ann\r\n"
+            "Date Found: 1/2/2025\r\n"
+            "Found in Version: 1.0\r\n"
+            "Comments: It \"crashes\"\r\n"
+            "Reproduced: Always\r\n"
+            "Steps to Reproduce: none\r\n"
+            "Custom Computer Configuration\r\n"
+            "Other Hardware and Software: none\r\n"
+            "Attachments: none\r\n"
+            "\r\n"
+            "Reported by: \r\n"
+            "Date Found: 1/2/2025\r\n"
+            "Found in Version: 1.0\r\n"
+            "Comments: It \"crashes\"\r\n"
+            "Reproduced: Always\r\n"
+            "Steps to Reproduce: none\r\n"
+            "Custom Computer Configuration\r\n"
+            "Other Hardware and Software: none\r\n"
+            "Attachments: none\r\n"
+            "\r\n"
+            "--- History ---\r\n"
+            "Assigned to: Lee\r\n"
+            "Date Assigned: 2/1/2025\r\n"
+            "Comments: look\r\n"
+            "\r\n"
+            "Estimated by: Lee\r\n"
+            "Date Estimated: 2/2/2025\r\n"
+            "Hours to Fix:  4.00\r\n"
+            "Estimated completion date:   or version: 1.1\r\n"
+            "Estimate Notes: easy\r\n"
+            "\r\n"
+            "Fixed by: Lee\r\n"
+            "Date Fixed: 2/3/2025\r\n"
+            "Version: 1.1\r\n"
+            "Resolution: Code Change\r\n"
+            "Hours to Fix:  2.50\r\n"
+            "Affects Documentation: Yes\r\n"
+            "Affects Test Plan: No\r\n"
+            "Notes: patched\r\n"
+            "\r\n"
+            "Verified by: Smith, Ann\r\n"
+            "Date Verified: 2/4/2025\r\n"
+            "Result: Failed\r\n"
+            "\r\n"
+            "Closed by: Smith, Ann\r\n"
+            "Date Closed: 2/5/2025\r\n"
+            "Resolution: Code Change\r\n"
+            "Notes: gone\r\n"
+            "\r\n"
+            "Re-opened by:Smith, Ann\r\n"
+            "Date Re-opened:2/6/2025\r\n"
+            "Notes: back\r\n"
+            "\r\n"
+            "Comment by: Lee\r\n"
+            "Date Entered: 2/7/2025\r\n"
+            "Comments: a\r\n"
+            "b\r\n"
+            "\r\n"
+            "Entered by: Smith, Ann\r\n"
+            "Date Entered: 2/8/2025\r\n"
+            "Released in Version: 1.2\r\n"
+            "Release Notes: Fixed <it>\r\n");
+  std::string html;
+  d.WriteHtml(html);
+  EXPECT_EQ(
+      html,
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%><TR><TD>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Defect No:</B> 7</TD><TD><B>Date Entered:</B> "
+      "1/2/2025</TD><TD><B>Product:</B> Atlas</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD>&nbsp;</TD><TD><B>Entered by:</B> Smith, "
+      "Ann</TD><TD><B>Component:</B> Parser</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><HR></TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Status:</B> Re-opened, not "
+      "assigned</TD><TD>&nbsp;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Type:</B> Cosmetic</TD><TD><B>Priority:</B> "
+      "Immediate</TD><TD><B>Severity:</B> Workaround</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Reference:</B> R-1</TD><TD><B>Is Duplicate:</B> "
+      "No</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><HR></TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Summary:</B> Crash &lt;on&gt; save</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Release Notes:</B> Fixed &lt;it&gt;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Work Around:</B> Save\rtwice</TD></TR>\n"
+      "</TABLE>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD ALIGN=CENTER><HR><BR>--- Reported By ---</TD></TR><TR "
+      "BGCOLOR=#FFFFFF><TD><TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Reported by:</B> Smith, Ann</TD><TD><B>Date Reported:</B> "
+      "1/2/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Found in Version:</B> 1.0</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Comments:</B> It &quot;crashes&quot;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Reproduced:</B> Always</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Steps to Reproduce:</B> &nbsp;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Custom Computer Configuration</B></TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Other Hardware and Software:</B> &nbsp;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Attachments:</B> <BR>&nbsp;&nbsp;none</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Reported by:</B> </TD><TD><B>Date Reported:</B> "
+      "1/2/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Found in Version:</B> 1.0</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Comments:</B> It &quot;crashes&quot;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Reproduced:</B> Always</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Steps to Reproduce:</B> &nbsp;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Custom Computer Configuration</B></TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Other Hardware and Software:</B> &nbsp;</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Attachments:</B> <BR>&nbsp;&nbsp;none</TD></TR>\n"
+      "</TABLE>\n"
+      "</TD></TR>\n"
+      "</TABLE>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD ALIGN=CENTER><HR><BR>--- History ---</TD></TR><TR "
+      "BGCOLOR=#FFFFFF><TD><TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Assigned to:</B> Lee</TD><TD><B>Date Assigned:</B> "
+      "2/1/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Comments:</B> look</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Estimated by:</B> Lee</TD><TD><B>Date Estimated:</B> "
+      "2/2/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Hours to Fix:</B>  4.00</TD><TD><B>Estimated completion "
+      "date:</B>  or version: 1.1</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Notes:</B> easy</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Fixed by:</B> Lee</TD><TD COLSPAN=2><B>Date Fixed:</B> "
+      "2/3/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Version:</B> 1.1</TD><TD><B>Resolution:</B> Code "
+      "Change</TD><TD><B>Hours to Fix:</B>  2.50</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Affects Documentation:</B> Yes</TD><TD COLSPAN=2><B>Affects Test "
+      "Plan:</B> No</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Notes:</B> patched</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Verified by:</B> Smith, Ann</TD><TD><B>Date Verified:</B> "
+      "2/4/2025</TD><TD><B>Result:</B> Failed</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Notes:</B> </TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Closed by:</B> Smith, Ann</TD><TD><B>Date Closed:</B> "
+      "2/5/2025</TD><TD><B>Resolution:</B> Code Change</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Comments:</B> gone</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Re-opened by:</B> Smith, Ann</TD><TD><B>Date Re-opened:</B> "
+      "2/6/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Notes:</B> back</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Comment by:</B> Lee</TD><TD><B>Date Entered:</B> "
+      "2/7/2025</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Comments:</B> a\rb</TD></TR>\n"
+      "</TABLE>\n"
+      "<HR>\n"
+      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+      "<TR BGCOLOR=#FFFFFF><TD><B>Entered by:</B> Smith, Ann</TD><TD><B>Date Released:</B> "
+      "2/8/2025</TD><TD><B>Released in Version:</B> 1.2</TD></TR>\n"
+      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Release Notes:</B> Fixed &lt;it&gt;</TD></TR>\n"
+      "</TABLE>\n"
+      "</TD></TR>\n"
+      "</TABLE>\n"
+      "</TD></TR></TABLE>\n");
+}
+
+}  // namespace
+}  // namespace qm::test
