@@ -12,8 +12,11 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/bench_project.h"
 #include "bench/ratio_reporter.h"
+#include "bench/setup_checks.h"
 #include "bench/silent_ui.h"
+#include "bench/sqlite_check.h"
 #include "defects/defect.h"
 #include "defects/defect_event.h"
 #include "defects/defect_table.h"
@@ -30,6 +33,9 @@
 namespace qm {
 namespace {
 
+using bench::Check;
+using bench::CheckSqlite;
+
 constexpr std::uint32_t kDefects = 100'000;
 constexpr std::uint32_t kStaff = 36;
 
@@ -39,19 +45,6 @@ constexpr const char* kSummaryName = "sort/summary";
 constexpr const char* kSqliteSummaryName = "sort/sqlite_summary";
 constexpr const char* kStatusTypeName = "sort/status_type";
 constexpr const char* kSqliteStatusTypeName = "sort/sqlite_status_type";
-
-// Setup failures end the program; exit, not abort, so the temporary folder goes too.
-void Check(DBStatus status, const char* what) {
-  if (status == DBStatus::kOk) return;
-  std::fprintf(stderr, "%s: %u %s\n", what, Code(status), StatusSentence(status).c_str());
-  std::exit(1);
-}
-
-void CheckSqlite(int rc, sqlite3* db, const char* what) {
-  if (rc == SQLITE_OK || rc == SQLITE_DONE || rc == SQLITE_ROW) return;
-  std::fprintf(stderr, "%s: %s\n", what, sqlite3_errmsg(db));
-  std::exit(1);
-}
 
 // ---- the defects ----
 
@@ -295,15 +288,8 @@ class Project {
   void Build() {
     projectPath_ = dir_.File("defects.qmk");
     sqlitePath_ = dir_.File("defects.db");
-    bench::SilentUi ui;
-    test::QuietHost host;
-    ProjectItemKinds kinds;
-    CDBDoc doc(ui, kinds, host);
-    try {
-      doc.NewProject(projectPath_, true);
-    } catch (const StoreError& e) {
-      Check(e.status, "new project");
-    }
+    bench::BenchProject project(projectPath_);
+    CDBDoc& doc = project.doc;
     CProjectStore& store = *doc.store();
     Source source;
     Check(store.BeginAccess(true), "begin access");

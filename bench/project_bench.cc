@@ -16,7 +16,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "bench/bench_project.h"
 #include "bench/ratio_reporter.h"
+#include "bench/setup_checks.h"
 #include "bench/silent_ui.h"
 #include "people/test_config.h"
 #include "people/user.h"
@@ -31,6 +33,8 @@
 namespace qm {
 namespace {
 
+using bench::Check;
+
 // The 100,000 records: the people of a product with a large customer base (staff who log
 // in, customers who report), the machines its testers keep, and its components.
 constexpr std::uint32_t kStaff = 1'000;
@@ -43,13 +47,6 @@ static_assert(kRecords == 100'000);
 constexpr std::size_t kReadChunk = 1 << 20;
 constexpr const char* kOpenName = "open_project";
 constexpr const char* kReadName = "read_file";
-
-// Setup failures end the program; exit, not abort, so the temporary folder goes too.
-void Check(DBStatus status, const char* what) {
-  if (status == DBStatus::kOk) return;
-  std::fprintf(stderr, "%s: %u %s\n", what, Code(status), StatusSentence(status).c_str());
-  std::exit(1);
-}
 
 // ---- the records ----
 
@@ -216,15 +213,8 @@ class Files {
   // setup take minutes and measure nothing.
   std::string BuildProject(const std::string& name) {
     const std::string path = dir_.File(name);
-    bench::SilentUi ui;
-    test::QuietHost host;
-    ProjectItemKinds kinds;
-    CDBDoc doc(ui, kinds, host);
-    try {
-      doc.NewProject(path, true);
-    } catch (const StoreError& e) {
-      Check(e.status, "new project");
-    }
+    bench::BenchProject project(path);
+    CDBDoc& doc = project.doc;
     CProjectStore& store = *doc.store();
     Source source;
 

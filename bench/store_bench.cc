@@ -14,12 +14,17 @@
 #include <unistd.h>
 
 #include "bench/ratio_reporter.h"
+#include "bench/setup_checks.h"
 #include "bench/silent_ui.h"
+#include "bench/sqlite_check.h"
 #include "store/project_store.h"
 #include "support/temp_dir.h"
 
 namespace qm {
 namespace {
+
+using bench::Check;
+using bench::CheckSqlite;
 
 constexpr Tag kDfct = MakeTag("dfct");
 constexpr std::uint32_t kLargeTable = 100'000;
@@ -31,19 +36,6 @@ constexpr int kAddsPerIteration = 128;
 constexpr int kAddIterations = 24;
 constexpr const char* kSmallAddCounter = "ms_per_add_100";
 constexpr const char* kLargeAddCounter = "ms_per_add_100000";
-
-// Setup failures end the program; exit, not abort, so the temporary folder goes too.
-void Check(DBStatus status, const char* what) {
-  if (status == DBStatus::kOk) return;
-  std::fprintf(stderr, "%s: %u %s\n", what, Code(status), StatusSentence(status).c_str());
-  std::exit(1);
-}
-
-void CheckSqlite(int rc, sqlite3* db, const char* what) {
-  if (rc == SQLITE_OK || rc == SQLITE_DONE || rc == SQLITE_ROW) return;
-  std::fprintf(stderr, "%s: %s\n", what, sqlite3_errmsg(db));
-  std::exit(1);
-}
 
 // Payloads differ from record to record, so that every checksum is worked for.
 std::vector<std::uint8_t> Payload(std::uint32_t seed) {

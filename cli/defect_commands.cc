@@ -39,12 +39,6 @@ std::uint16_t FieldArgument(const std::string& word) {
   throw UsageError{"There is no defect field \"" + word + "\"."};
 }
 
-std::string FieldText(const CDefect& defect, std::uint16_t field) {
-  std::string text;
-  defect.GetFieldText(field, text);
-  return text;
-}
-
 int List(CDBDoc& doc, const Args& args, std::ostream& out) {
   args.ExpectPositional(2, "defects FILE [--sort FIELD[,FIELD2]] [--desc] [--json]");
   CDefectTable& table = Defects(doc);
@@ -68,7 +62,7 @@ int List(CDBDoc& doc, const Args& args, std::ostream& out) {
       if (d.deleted) continue;
       j.Open('{');
       for (const DefectField& f : DefectFields()) {
-        j.Key(std::to_string(f.number)).String(FieldText(d, f.number));
+        j.Key(std::to_string(f.number)).String(d.FieldText(f.number));
       }
       j.Close('}');
     }
@@ -84,7 +78,7 @@ int List(CDBDoc& doc, const Args& args, std::ostream& out) {
     const CDefect& d = *table.DefectAt(p);
     if (d.deleted) continue;
     for (const std::uint16_t field : kListColumns) {
-      out << (field == kListColumns[0] ? "" : "\t") << FieldText(d, field);
+      out << (field == kListColumns[0] ? "" : "\t") << d.FieldText(field);
     }
     out << "\n";
   }

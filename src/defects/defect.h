@@ -116,6 +116,8 @@ class CDefect : public RecordItem {
   // The field of a template tag; ASSN, which is no field, gives the newest assignment's
   // notes. False for any other tag, which is then not the defect's.
   bool GetFieldByTag(Tag tag, std::string& text, std::string* block = nullptr) const;
+  // The text of a field, the long ones included.
+  std::string FieldText(std::uint16_t field) const;
   // Field 6: the status and the assignment.
   std::string GetStatusText() const;
 

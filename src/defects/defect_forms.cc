@@ -41,32 +41,33 @@ std::string Cell(const char* format, const std::string& value) {
 
 }  // namespace
 
+std::string CDefect::FieldText(std::uint16_t field) const {
+  std::string text;
+  GetFieldText(field, text);
+  return text;
+}
+
 const DefectLookups& CDefect::Lookups() const {
   static const NoLookups none;
   return lookups_ != nullptr ? *lookups_ : none;
 }
 
 void CDefect::WriteText(std::string& out) const {
-  const auto field = [&](std::uint16_t which) {
-    std::string text;
-    GetFieldText(which, text);
-    return text;
-  };
   const std::string releaseNotes =
       copies_.releaseNotes != nullptr ? *copies_.releaseNotes : std::string();
-  out += "Defect No: " + field(1) + "\r\n";
+  out += "Defect No: " + FieldText(1) + "\r\n";
   // The label says found by while the value is the user who entered the defect.
-  out += TwoColumns("Found by: " + field(28), "Date Entered: " + field(27));
-  out += TwoColumns("Product: " + field(3), "Component: " + field(24));
+  out += TwoColumns("Found by: " + FieldText(28), "Date Entered: " + FieldText(27));
+  out += TwoColumns("Product: " + FieldText(3), "Component: " + FieldText(24));
   out += "\r\n";
-  out += "Type: " + field(4) + "\r\n";
+  out += "Type: " + FieldText(4) + "\r\n";
   if (copies_.resolutionId != 0) {
-    out += TwoColumns("Status: " + field(6), "Resolution: " + field(7));
+    out += TwoColumns("Status: " + FieldText(6), "Resolution: " + FieldText(7));
   } else {
-    out += "Status: " + field(6) + "\r\n";
+    out += "Status: " + FieldText(6) + "\r\n";
   }
-  out += TwoColumns("Priority: " + field(5), "Severity: " + field(33));
-  out += TwoColumns("Reference: " + field(25), "Is Duplicate: " + field(10));
+  out += TwoColumns("Priority: " + FieldText(5), "Severity: " + FieldText(33));
+  out += TwoColumns("Reference: " + FieldText(25), "Is Duplicate: " + FieldText(10));
   out += "\r\n";
   out += "Summary: " + summary + "\r\n";
   out += "Release Notes: \r\n" + CrToCrLf(releaseNotes) + "\r\n";
@@ -85,31 +86,26 @@ void CDefect::WriteText(std::string& out) const {
 }
 
 void CDefect::WriteHtml(std::string& out) const {
-  const auto field = [&](std::uint16_t which) {
-    std::string text;
-    GetFieldText(which, text);
-    return text;
-  };
   const std::string releaseNotes =
       copies_.releaseNotes != nullptr ? *copies_.releaseNotes : std::string();
   out += "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%><TR><TD>\n";
   out += kHtmlTable;
-  out += std::string(kHtmlRow) + Cell("<TD><B>Defect No:</B> %s</TD>", field(1)) +
-         Cell("<TD><B>Date Entered:</B> %s</TD>", field(27)) +
-         Cell("<TD><B>Product:</B> %s</TD>", field(3)) + kHtmlRowEnd;
+  out += std::string(kHtmlRow) + Cell("<TD><B>Defect No:</B> %s</TD>", FieldText(1)) +
+         Cell("<TD><B>Date Entered:</B> %s</TD>", FieldText(27)) +
+         Cell("<TD><B>Product:</B> %s</TD>", FieldText(3)) + kHtmlRowEnd;
   out += std::string(kHtmlRow) + "<TD>&nbsp;</TD>" +
-         Cell("<TD><B>Entered by:</B> %s</TD>", field(28)) +
-         Cell("<TD><B>Component:</B> %s</TD>", field(24)) + kHtmlRowEnd;
+         Cell("<TD><B>Entered by:</B> %s</TD>", FieldText(28)) +
+         Cell("<TD><B>Component:</B> %s</TD>", FieldText(24)) + kHtmlRowEnd;
   out += kHtmlRule;
-  out += std::string(kHtmlRow) + Cell("<TD COLSPAN=2><B>Status:</B> %s</TD>", field(6)) +
-         (copies_.resolutionId != 0 ? Cell("<TD><B>Resolution:</B> %s</TD>", field(7))
+  out += std::string(kHtmlRow) + Cell("<TD COLSPAN=2><B>Status:</B> %s</TD>", FieldText(6)) +
+         (copies_.resolutionId != 0 ? Cell("<TD><B>Resolution:</B> %s</TD>", FieldText(7))
                                     : std::string("<TD>&nbsp;</TD>")) +
          kHtmlRowEnd;
-  out += std::string(kHtmlRow) + Cell("<TD><B>Type:</B> %s</TD>", field(4)) +
-         Cell("<TD><B>Priority:</B> %s</TD>", field(5)) +
-         Cell("<TD><B>Severity:</B> %s</TD>", field(33)) + kHtmlRowEnd;
-  out += std::string(kHtmlRow) + Cell("<TD COLSPAN=2><B>Reference:</B> %s</TD>", field(25)) +
-         Cell("<TD><B>Is Duplicate:</B> %s</TD>", field(10)) + kHtmlRowEnd;
+  out += std::string(kHtmlRow) + Cell("<TD><B>Type:</B> %s</TD>", FieldText(4)) +
+         Cell("<TD><B>Priority:</B> %s</TD>", FieldText(5)) +
+         Cell("<TD><B>Severity:</B> %s</TD>", FieldText(33)) + kHtmlRowEnd;
+  out += std::string(kHtmlRow) + Cell("<TD COLSPAN=2><B>Reference:</B> %s</TD>", FieldText(25)) +
+         Cell("<TD><B>Is Duplicate:</B> %s</TD>", FieldText(10)) + kHtmlRowEnd;
   out += kHtmlRule;
   out +=
       std::string(kHtmlRow) + Cell("<TD COLSPAN=3><B>Summary:</B> %s</TD>", summary) + kHtmlRowEnd;
@@ -141,30 +137,25 @@ void CDefect::WriteHtml(std::string& out) const {
 }
 
 void CDefect::Print(std::vector<PrintRow>& rows) const {
-  const auto field = [&](std::uint16_t which) {
-    std::string text;
-    GetFieldText(which, text);
-    return text;
-  };
   const auto [left, middle, right] = PageForm::kColumns;
   PageForm form(rows);
-  form.Field(left, "Defect No: ", field(1));
-  form.Field(middle, "Date Entered: ", field(27));
-  form.Field(right, "Product: ", field(3));
+  form.Field(left, "Defect No: ", FieldText(1));
+  form.Field(middle, "Date Entered: ", FieldText(27));
+  form.Field(right, "Product: ", FieldText(3));
   form.NextLine();
-  form.Field(middle, "Entered by: ", field(28));
-  form.Field(right, "Component: ", field(24));
+  form.Field(middle, "Entered by: ", FieldText(28));
+  form.Field(right, "Component: ", FieldText(24));
   form.NextLine();
   form.Rule();
-  form.Field(left, "Status: ", field(6));
-  if (copies_.resolutionId != 0) form.Field(middle, "Resolution: ", field(7));
+  form.Field(left, "Status: ", FieldText(6));
+  if (copies_.resolutionId != 0) form.Field(middle, "Resolution: ", FieldText(7));
   form.NextLine();
-  form.Field(left, "Type: ", field(4));
-  form.Field(middle, "Priority: ", field(5));
-  form.Field(right, "Severity: ", field(33));
+  form.Field(left, "Type: ", FieldText(4));
+  form.Field(middle, "Priority: ", FieldText(5));
+  form.Field(right, "Severity: ", FieldText(33));
   form.NextLine();
-  form.Field(left, "Reference: ", field(25));
-  form.Field(right, "Is Duplicate: ", field(10));
+  form.Field(left, "Reference: ", FieldText(25));
+  form.Field(right, "Is Duplicate: ", FieldText(10));
   form.NextLine();
   form.Rule();
   form.Field(left, "Summary: ", summary);
