@@ -67,6 +67,20 @@ std::unique_ptr<RecordItem> CDefectTable::ItemFromRecord(std::span<const std::ui
   return defect;
 }
 
+std::vector<std::pair<Tag, std::uint32_t>> CDefectTable::OwnedRecords(
+    const RecordItem& item) const {
+  const auto& defect = static_cast<const CDefect&>(item);
+  std::vector<std::pair<Tag, std::uint32_t>> records;
+  for (std::uint32_t n = 1; n <= defect.ReportedByCount(); ++n) {
+    const CReportedBy& row = *defect.ReportedByAt(n);
+    for (std::uint32_t a = 1; a <= row.AttachmentCount(); ++a) {
+      const std::uint32_t id = row.AttachmentAt(a)->storeId;
+      if (id != 0 && id != CFileAttachment::kInFolder) records.emplace_back(MakeTag("atch"), id);
+    }
+  }
+  return records;
+}
+
 int CDefectTable::CompareItems(const RecordItem& a, const RecordItem& b,
                                const SortOrder& order) const {
   const auto& x = static_cast<const CDefect&>(a);

@@ -29,6 +29,8 @@ class CDefectTable : public ItemTable {
   std::unique_ptr<RecordItem> ItemFromRecord(std::span<const std::uint8_t> payload,
                                              std::uint32_t id = 0) const override;
   std::unique_ptr<RecordItem> NewItem() const override;
+  // The attachments stored in the project, in every reported-by row.
+  std::vector<std::pair<Tag, std::uint32_t>> OwnedRecords(const RecordItem& item) const override;
   // Ties go by record id, except by number alone.
   bool IsTotalOrder(const SortOrder& order) const override {
     return secondary_ != kNoSortField || order.field != 1;

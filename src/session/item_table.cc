@@ -270,8 +270,18 @@ DBStatus ItemTable::DeleteItem(RecordItem& item, bool keep, std::unique_ptr<Reco
     status = WhileBusy([&] { return store_->UpdateRecord(tag_, item.GetId(), payload); });
     if (status != DBStatus::kOk) item.deleted = false;
   } else {
-    status = WhileBusy([&] { return store_->DeleteRecord(tag_, item.GetId()); });
+    // A record that is gone already is no reason to keep the item; a busy store that the
+    // person gave up on is.
+    for (const auto& [tag, id] : OwnedRecords(item)) {
+      status = WhileBusy([&] { return store_->DeleteRecord(tag, id); });
+      if (status == DBStatus::kBusy) break;
+      status = DBStatus::kOk;
+    }
+    if (status == DBStatus::kOk) {
+      status = WhileBusy([&] { return store_->DeleteRecord(tag_, item.GetId()); });
+    }
     if (status == DBStatus::kOk) taken = RemoveItem(&item);
+    if (status != DBStatus::kOk) item.deleted = false;
   }
   if (status == DBStatus::kOk) item.AfterDelete();
   if (removed != nullptr) *removed = std::move(taken);

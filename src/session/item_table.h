@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "session/lockable_array.h"
@@ -52,6 +53,11 @@ class ItemTable {
                                                      std::uint32_t id = 0) const = 0;
   // A new empty item of the class.
   virtual std::unique_ptr<RecordItem> NewItem() const = 0;
+  // The records of other tables that belong to the item (a defect's attachments), which a
+  // deletion that does not keep the record removes first.
+  virtual std::vector<std::pair<Tag, std::uint32_t>> OwnedRecords(const RecordItem&) const {
+    return {};
+  }
   // Whether CompareItems under `order` calls no two items of the table equal (it breaks
   // every tie, by record id say); sorting is then quicker.
   virtual bool IsTotalOrder(const SortOrder& /*order*/) const { return false; }
@@ -115,7 +121,8 @@ class ItemTable {
   // Writes the item to its record.
   [[nodiscard]] DBStatus SaveItem(RecordItem& item);
   // Marks the item deleted. With `keep` the record stays, rewritten with the mark;
-  // without, it leaves the store and the item leaves the table. The item is handed to
+  // without, the records it owns leave the store first, then its own, and the item
+  // leaves the table. The item is handed to
   // `removed` when given, else destroyed at the end of the call.
   [[nodiscard]] DBStatus DeleteItem(RecordItem& item, bool keep,
                                     std::unique_ptr<RecordItem>* removed = nullptr);

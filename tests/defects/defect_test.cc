@@ -11,7 +11,9 @@
 #include "people/user.h"
 #include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "store/project_store.h"
 #include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -350,6 +352,39 @@ TEST(DefectTable, SortsByNumberThenTypeThenRecord) {
   defects[1]->summary = "Banana";
   EXPECT_GT(table.CompareItems(*defects[0], *defects[1], table.sortOrder()), 0) << "descending";
   for (auto& d : defects) table.RemoveItem(d.get());
+}
+
+// A defect deleted for good takes the attachments stored in the project with it; those in
+// the attachments folder are the folder's business.
+TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
+  TempDir dir;
+  ScriptedUi ui;
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Create(dir.File("p.qmk"), 0), DBStatus::kOk);
+  ASSERT_EQ(store.AddTable(kDefectsTag, {}), DBStatus::kOk);
+  ASSERT_EQ(store.AddTable(MakeTag("atch"), {}), DBStatus::kOk);
+  std::uint32_t first = 0;
+  std::uint32_t second = 0;
+  ASSERT_EQ(store.AddRecord(MakeTag("atch"), std::vector<std::uint8_t>{1}, &first), DBStatus::kOk);
+  ASSERT_EQ(store.AddRecord(MakeTag("atch"), std::vector<std::uint8_t>{2}, &second), DBStatus::kOk);
+  CDefectTable table(&store, ui, nullptr);
+  std::unique_ptr<RecordItem> item = table.NewItem();
+  auto& defect = static_cast<CDefect&>(*item);
+  for (const std::uint32_t id : {first, 0u, CFileAttachment::kInFolder, second}) {
+    auto row = std::make_unique<CReportedBy>();
+    auto attachment = std::make_unique<CFileAttachment>();
+    attachment->storeId = id;
+    row->AddAttachment(std::move(attachment));
+    defect.AddReportedBy(std::move(row));
+  }
+  ASSERT_EQ(table.AddItem(item), DBStatus::kOk);
+  ASSERT_EQ(table.DeleteItem(defect, false), DBStatus::kOk);
+  std::uint32_t count = 1;
+  ASSERT_EQ(store.CountRecords(MakeTag("atch"), count), DBStatus::kOk);
+  EXPECT_EQ(count, 0u);
+  ASSERT_EQ(store.CountRecords(kDefectsTag, count), DBStatus::kOk);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(table.count(), 0u);
 }
 
 }  // namespace
