@@ -272,8 +272,8 @@ DBStatus ItemTable::DeleteItem(RecordItem& item, bool keep, std::unique_ptr<Reco
   } else {
     // A record that is gone already is no reason to keep the item; a busy store that the
     // person gave up on is.
-    for (const auto& [tag, id] : OwnedRecords(item)) {
-      status = WhileBusy([&] { return store_->DeleteRecord(tag, id); });
+    for (const auto& owned : OwnedRecords(item)) {
+      status = WhileBusy([&] { return store_->DeleteRecord(owned.first, owned.second); });
       if (status == DBStatus::kBusy) break;
       status = DBStatus::kOk;
     }
