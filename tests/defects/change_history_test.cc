@@ -1,0 +1,332 @@
+// The change text of a saved defect, compared whole: field lines, changed, deleted and
+// added reported-by rows, the notification list, and changed, deleted and added events.
+#include <gtest/gtest.h>
+
+#include "defects/change_history.h"
+#include "defects/fake_lookups.h"
+
+namespace qm::test {
+namespace {
+
+std::uint32_t Day(int month, int day, int hour = 0) {
+  return platform::StampFromCivil({2025, month, day, hour, 0, 0});
+}
+
+class ChangeHistory : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    lookups.users[2].SetLastName("Smith");
+    lookups.users[2].SetFirstName("Ann");
+    lookups.users[3].SetLastName("Lee");
+    for (const auto& [list, id, name] : std::vector<std::tuple<Tag, std::uint32_t, const char*>>{
+             {MakeTag("prod"), 1, "Atlas"},
+             {MakeTag("prod"), 11, "Beacon"},
+             {MakeTag("comp"), 2, "Parser"},
+             {MakeTag("comp"), 12, "Lexer"},
+             {MakeTag("type"), 3, "Cosmetic"},
+             {MakeTag("type"), 13, "Crash"},
+             {MakeTag("prio"), 4, "Immediate"},
+             {MakeTag("sevr"), 5, "Workaround"},
+             {MakeTag("reso"), 6, "Code Change"},
+             {MakeTag("rpro"), 7, "Always"},
+             {MakeTag("rpro"), 17, "Sometimes"}}) {
+      lookups.values.emplace(std::piecewise_construct, std::forward_as_tuple(list, id),
+                             std::forward_as_tuple(name, 1u));
+    }
+    d.summary = "Crash <on> save";
+    d.productId = 1;
+    d.componentId = 2;
+    d.typeId = 3;
+    d.priorityId = 4;
+    d.severityId = 5;
+    d.reference = "R-1";
+    d.enteredById = 2;
+    d.dateEntered = Day(1, 2);
+    d.workaround = "Save\rtwice";
+    d.AddReportedBy(Row(2, Day(1, 2)));
+  }
+  static std::unique_ptr<CReportedBy> Row(std::uint32_t who, std::uint32_t date) {
+    auto row = std::make_unique<CReportedBy>();
+    row->foundById = who;
+    row->dateFound = date;
+    row->versionFound = "1.0";
+    row->description = "It crashes";
+    row->reproducedId = 7;
+    return row;
+  }
+  template <class Event>
+  Event& Add(int day, std::uint32_t user, const char* notes) {
+    auto e = std::make_unique<Event>();
+    e->date = Day(2, day);
+    e->userId = user;
+    e->notes = notes;
+    Event& raw = *e;
+    d.AddEvent(std::move(e));
+    return raw;
+  }
+  template <class Event>
+  Event& NewEvent(std::uint32_t n) {
+    return dynamic_cast<Event&>(*edited->EventAt(n));
+  }
+  // Starts the edit: the new defect is a copy of the old one as it stands.
+  void Edit() { edited = d.Clone(); }
+  std::string Changes() {
+    std::string text = "left from before";
+    const bool any = BuildChangeText(lookups, d, *edited, text);
+    EXPECT_EQ(any, !text.empty());
+    return text;
+  }
+
+  FakeLookups lookups;
+  CDefect d{&lookups};
+  std::unique_ptr<CDefect> edited;
+};
+
+TEST_F(ChangeHistory, ChangesThatAreNoneLogNothing) {
+  Add<CAssignEvent>(1, 3, "look");
+  auto& estimate = Add<CEstimateEvent>(2, 3, "");
+  estimate.estimatedDate = Day(3, 1);
+  estimate.estimatedVersion = "v1";
+  d.ReportedByAt(1)->versionFound = "v1";
+  Edit();
+  EXPECT_EQ(Changes(), "") << "a plain copy";
+
+  edited->summary = "CRASH <ON> SAVE";
+  edited->reference = "r-1";
+  edited->workaround = "save\rTWICE";
+  edited->dateEntered = Day(1, 2, 17);
+  edited->ReportedByAt(1)->versionFound = "V1";
+  edited->ReportedByAt(1)->description = "it CRASHES";
+  edited->ReportedByAt(1)->dateFound = Day(1, 2, 9);
+  NewEvent<CAssignEvent>(1).date = Day(2, 1, 15);
+  NewEvent<CEstimateEvent>(2).estimatedDate = Day(3, 1, 12);
+  NewEvent<CEstimateEvent>(2).estimatedVersion = "V1";
+  EXPECT_EQ(Changes(), "") << "case and the time of day are no change";
+}
+
+TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
+  Edit();
+  edited->typeId = 13;
+  edited->priorityId = 99;
+  edited->productId = 11;
+  edited->componentId = 12;
+  edited->reference = "R-2";
+  edited->severityId = 0;
+  edited->enteredById = 44;
+  edited->dateEntered = platform::kNoStamp;
+  edited->summary = "Crash on load";
+  edited->workaround = "Reload";
+  EXPECT_EQ(Changes(),
+            "Type: [Cosmetic] to [Crash]\r"
+            "Priority: [Immediate] to [<not set>]\r"
+            "Product: [Atlas] to [Beacon]\r"
+            "Component: [Parser] to [Lexer]\r"
+            "Reference: [R-1] to [R-2]\r"
+            "Severity: [Workaround] to [<not set>]\r"
+            "Entered by: [Smith, Ann] to [Unknown]\r"
+            "Date Entered: [1/2/2025] to [<not set>]\r"
+            "Summary: [Crash <on> save] to [Crash on load]\r"
+            "Workaround: [Save\rtwice] to [Reload]\r");
+}
+
+TEST_F(ChangeHistory, ChangedReportedByRows) {
+  d.AddReportedBy(Row(3, Day(1, 5)));
+  d.AddReportedBy(Row(3, Day(1, 6)));
+  d.ReportedByAt(2)->AddAttachment(std::make_unique<CFileAttachment>());
+  Edit();
+  CReportedBy& first = *edited->ReportedByAt(1);
+  first.dateFound = Day(1, 3);
+  first.foundById = 3;
+  first.versionFound = "1.1";
+  first.description = "It hangs";
+  first.reproducedId = 17;
+  first.steps = "Open\rSave";
+  first.otherHardware = "8 GB";
+  first.AddAttachment(std::make_unique<CFileAttachment>());
+  first.AddAttachment(std::make_unique<CFileAttachment>());
+  CReportedBy& second = *edited->ReportedByAt(2);
+  second.RemoveAttachment(second.AttachmentAt(1));
+  edited->ReportedByAt(3)->contact = "not compared";
+  EXPECT_EQ(Changes(),
+            "**** Changed reported by dated 1/2/2025 ****\r"
+            "Date found changed from [1/2/2025] to [1/3/2025]\r"
+            "Found by changed from [Smith, Ann] to [Lee]\r"
+            "Version found in changed from [1.0] to [1.1]\r"
+            "Description changed from...\r[It crashes]\r to...\r[It hangs]\r"
+            "Reproduced changed from [Always] to [Sometimes]\r\r"
+            "Steps to Reproduce changed from...\r[]\r to...\r[Open\rSave]\r"
+            "Other Hardware and Software changed from...\r[]\r to...\r[8 GB]\r"
+            "Added 2 attachments\r"
+            "\r"
+            "**** Changed reported by dated 1/5/2025 ****\r"
+            "Removed 1 attachments\r"
+            "\r");
+}
+
+TEST_F(ChangeHistory, DeletedAndAddedReportedByRows) {
+  // The block of a deleted or added row: its header, its text form in CR lines, a CR.
+  const auto block = [](const std::string& header, const std::string& who,
+                        const std::string& date) {
+    return "**** " + header + " reported by dated " + date + " ****\r" + "Reported by: " + who +
+           "\rDate Found: " + date +
+           "\rFound in Version: 1.0\r"
+           "Comments: It crashes\r"
+           "Reproduced: Always\r"
+           "Steps to Reproduce: none\r"
+           "Custom Computer Configuration\r"
+           "Other Hardware and Software: none\r"
+           "Attachments: none\r"
+           "\r";
+  };
+  Edit();
+  edited->RemoveReportedBy(edited->ReportedByAt(1));
+  EXPECT_EQ(Changes(), block("Deleted", "Smith, Ann", "1/2/2025")) << "the only row deleted";
+
+  Edit();
+  edited->AddReportedBy(Row(3, Day(1, 9)));
+  EXPECT_EQ(Changes(), "") << "a row behind the old count is not looked at";
+
+  Edit();
+  edited->RemoveReportedBy(edited->ReportedByAt(1));
+  edited->AddReportedBy(Row(3, Day(1, 9)));
+  EXPECT_EQ(Changes(),
+            block("Deleted", "Smith, Ann", "1/2/2025") + block("Added", "Lee", "1/9/2025"))
+      << "the row replaced";
+
+  d.AddReportedBy(Row(3, Day(1, 5)));
+  Edit();
+  edited->RemoveReportedBy(edited->ReportedByAt(1));
+  EXPECT_EQ(Changes(),
+            block("Deleted", "Smith, Ann", "1/2/2025") + block("Added", "Lee", "1/5/2025"))
+      << "the second row, now first, is looked for among as many old rows as are left";
+}
+
+TEST_F(ChangeHistory, NotificationList) {
+  d.SetNotifyList({2});
+  Edit();
+  edited->SetNotifyList({2, 3});
+  EXPECT_EQ(Changes(), "1 name added the notification list: Lee\r");
+
+  d.SetNotifyList({});
+  Edit();
+  edited->SetNotifyList({2, 3});
+  EXPECT_EQ(Changes(), "2 names added the notification list: Smith, Ann, Lee\r");
+
+  d.SetNotifyList({44, 2});
+  Edit();
+  edited->SetNotifyList({3, 55});
+  EXPECT_EQ(Changes(),
+            "2 names added the notification list: Lee, \r"
+            "2 names removed the notification list: Smith, Ann\r")
+      << "an id without a user gives no name but counts for the count and the separator";
+}
+
+TEST_F(ChangeHistory, ChangedEventsOfEveryKind) {
+  Add<CAssignEvent>(1, 3, "look");
+  auto& estimate = Add<CEstimateEvent>(2, 3, "");
+  estimate.hours = 4;
+  estimate.estimatedDate = Day(3, 1);
+  estimate.estimatedVersion = "1.1";
+  auto& fix = Add<CFixEvent>(3, 3, "");
+  fix.fixVersion = "1.1";
+  fix.resolutionId = 6;
+  Add<CVerifyEvent>(4, 2, "");
+  Add<CCloseEvent>(5, 2, "");
+  Add<CReOpenEvent>(6, 2, "");
+  Add<CCommentEvent>(7, 3, "a\rb");
+  Add<CReleaseNotesEvent>(8, 2, "").releaseVersion = "1.2";
+  Edit();
+  auto& assign = NewEvent<CAssignEvent>(1);
+  assign.date = Day(2, 1, 15);
+  assign.userId = 2;
+  assign.notes = "Look";
+  auto& newEstimate = NewEvent<CEstimateEvent>(2);
+  newEstimate.estimatedDate = Day(3, 2);
+  newEstimate.hours = -1;
+  newEstimate.estimatedVersion = "1.2";
+  auto& newFix = NewEvent<CFixEvent>(3);
+  newFix.date = Day(2, 10);
+  newFix.hours = 2.5;
+  newFix.fixVersion = "1.2";
+  newFix.resolutionId = 0;
+  newFix.affectsDocs = true;
+  newFix.affectsTestPlan = true;
+  NewEvent<CVerifyEvent>(4).passed = false;
+  NewEvent<CCloseEvent>(5).resolutionId = 6;
+  NewEvent<CReOpenEvent>(6).userId = 44;
+  NewEvent<CCommentEvent>(7).notes = "a\rc";
+  NewEvent<CReleaseNotesEvent>(8).releaseVersion = "1.3";
+  EXPECT_EQ(Changes(),
+            "**** Changed Assignment dated 2/1/2025 ****\r"
+            "Assigned to changed from [Lee] to [Smith, Ann]\r"
+            "Notes changed from...\r[look]\r to...\r[Look]\r"
+            "\r"
+            "**** Changed Estimate dated 2/2/2025 ****\r"
+            "Estimated fix date changed from [2/2/2025] to [2/2/2025]\r"
+            "Estimated hours to fix changed from [ 4.00] to [ 0.00]\r"
+            "Estimated version fixed in changed from [1.1] to [1.2]\r"
+            "\r"
+            "**** Changed Fix dated 2/3/2025 ****\r"
+            "Date changed from [2/3/2025] to [2/10/2025]\r"
+            "Hours to fix changed from [ 0.00] to [ 2.50]\r"
+            "Version fixed in changed from [1.1] to [1.2]\r"
+            "Close resolution changed from [Code Change] to [<not set>]\r"
+            "Affects documentation changed from [No] to [Yes]\r"
+            "Affects test plan changed from [No] to [Yes]\r"
+            "\r"
+            "**** Changed Verification dated 2/4/2025 ****\r"
+            "Verification changed from [Passed] to [Failed]\r"
+            "\r"
+            "**** Changed Closed dated 2/5/2025 ****\r"
+            "Close resolution changed from [<not set>] to [Code Change]\r"
+            "\r"
+            "**** Changed Re-open dated 2/6/2025 ****\r"
+            "Re-opened by changed from [Smith, Ann] to []\r"
+            "\r"
+            "**** Changed Comment dated 2/7/2025 ****\r"
+            "Notes changed from...\r[a\rb]\r to...\r[a\rc]\r"
+            "\r"
+            "**** Changed Release Notes dated 2/8/2025 ****\r"
+            "Release Notes version changed from [1.2] to [1.3]\r"
+            "\r");
+}
+
+TEST_F(ChangeHistory, DeletedAndAddedEventsComeLastInTheText) {
+  Add<CAssignEvent>(1, 3, "look");
+  Add<CCommentEvent>(7, 3, "a\rb");
+  Edit();
+  edited->RemoveEvent(edited->EventAt(2));
+  auto fix = std::make_unique<CFixEvent>();
+  fix->date = Day(2, 3);
+  fix->userId = 3;
+  fix->notes = "patched";
+  fix->hours = 2.5;
+  fix->resolutionId = 6;
+  fix->fixVersion = "1.1";
+  fix->affectsDocs = true;
+  edited->AddEvent(std::move(fix));
+  edited->SetNotifyList({3});
+  edited->summary = "Crash on load";
+  EXPECT_EQ(Changes(),
+            "Summary: [Crash <on> save] to [Crash on load]\r"
+            "1 name added the notification list: Lee\r"
+            "**** Deleted Comment dated 2/7/2025 ****\r"
+            "Comment by: Lee\r"
+            "Date Entered: 2/7/2025\r"
+            "Comments: a\r"
+            "b\r"
+            "\r"
+            "**** Added Fix dated 2/3/2025 ****\r"
+            "Fixed by: Lee\r"
+            "Date Fixed: 2/3/2025\r"
+            "Version: 1.1\r"
+            "Resolution: Code Change\r"
+            "Hours to Fix:  2.50\r"
+            "Affects Documentation: Yes\r"
+            "Affects Test Plan: No\r"
+            "Notes: patched\r"
+            "\r");
+}
+
+}  // namespace
+}  // namespace qm::test
