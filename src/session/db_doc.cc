@@ -110,8 +110,10 @@ std::uint32_t CDBDoc::currentUserId() const {
   return user != nullptr ? user->GetId() : 0;
 }
 
-bool CDBDoc::HasRight(std::uint32_t right) const {
-  return login_ ? login_->HasRight(right) : right >= 1 && right <= kRightCount;
+const CAccess& CDBDoc::access() const {
+  // A project without logins allows every command.
+  static const CAccess everyone(false);
+  return login_ ? login_->access() : everyone;
 }
 
 ItemTable* CDBDoc::GetTable(Tag tag) const {

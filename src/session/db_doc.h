@@ -90,8 +90,10 @@ class CDBDoc : public ProjectCounters {
   // The user of this session; null in a single-user project.
   RecordItem* currentUser() const { return login_ ? login_->currentUser() : nullptr; }
   std::uint32_t currentUserId() const;
-  // Right n, 1 to kRightCount; every right in a single-user project.
-  bool HasRight(std::uint32_t right) const;
+  // The rights of this session; every right in a single-user project.
+  const CAccess& access() const;
+  // Right n, 1 to kRightCount (0: a command that needs none).
+  bool HasRight(std::uint32_t right) const { return access().IsAllowed(right); }
   // The current user's window places and states, or the project's when single-user.
   const PreferenceBlock& preferences() const { return preferences_; }
   // The table directory as of the last look, to see which tables grew.

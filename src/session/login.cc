@@ -96,18 +96,25 @@ void LoginSession::Become(RecordItem& user) {
   // A full user block (1029) or a slot taken in the same moment (1020) leaves the user
   // without a slot; the check before has tested what matters.
   (void)store_.LoginUser(user.GetId());
-  rights_.fill(true);
   const auto* account = dynamic_cast<const LoginAccount*>(&user);
-  if (const auto* group = dynamic_cast<const RightsGroup*>(
-          account != nullptr ? groups_.ItemById(account->LoginGroupId()) : nullptr)) {
-    for (std::uint32_t right = 1; right <= kRightCount; ++right) {
-      if (group->DeniesRight(right)) rights_[right - 1] = false;
-    }
-  }
+  access_.LogIn(user,
+                dynamic_cast<const RightsGroup*>(
+                    account != nullptr ? groups_.ItemById(account->LoginGroupId()) : nullptr));
 }
 
-bool LoginSession::HasRight(std::uint32_t right) const {
-  return right >= 1 && right <= kRightCount && rights_[right - 1];
+bool CAccess::IsAllowed(std::uint32_t right) const {
+  if (right == 0) return true;
+  if (user_ == nullptr) return loginState_ == 0;
+  return right <= kRightCount && rights_[right - 1];
+}
+
+void CAccess::LogIn(const RecordItem& user, const RightsGroup* group) {
+  user_ = &user;
+  rights_.fill(true);
+  if (group == nullptr) return;
+  for (std::uint32_t right = 1; right <= kRightCount; ++right) {
+    if (group->DeniesRight(right)) rights_[right - 1] = false;
+  }
 }
 
 int CheckProjectPassword(ui::Ui& ui, const std::string& path, std::string_view password) {

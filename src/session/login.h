@@ -57,6 +57,28 @@ LoginCheck CheckLogin(const ItemTable& users, CProjectStore* store, std::string_
                       std::string_view password, RecordItem** user,
                       const RecordItem* self = nullptr);
 
+// The rights of a session: whether the project asks for logins, who is logged in, and
+// what that user's group allows. Every command asks it by the number of its right.
+class CAccess {
+ public:
+  explicit CAccess(bool asksForLogins) : loginState_(asksForLogins ? 1 : 0) { rights_.fill(true); }
+
+  // Right n, 1 to kRightCount; 0 stands for a command that needs no right and is always
+  // allowed. With a user logged in, what the group allows; before anyone is, everything in
+  // a project without logins and nothing in one that asks for them.
+  bool IsAllowed(std::uint32_t right) const;
+  // Every right, less those the group denies; a user without a group keeps them all.
+  void LogIn(const RecordItem& user, const RightsGroup* group);
+
+  const RecordItem* user() const { return user_; }
+  std::uint16_t loginState() const { return loginState_; }
+
+ private:
+  std::uint16_t loginState_;
+  const RecordItem* user_ = nullptr;
+  std::array<bool, kRightCount> rights_{};
+};
+
 // The login state of an open multi-user project: the current user and the rights.
 class LoginSession {
  public:
@@ -70,8 +92,9 @@ class LoginSession {
   void LogInAs(RecordItem& user);
 
   RecordItem* currentUser() const { return current_; }
+  const CAccess& access() const { return access_; }
   // Right n, from 1 to kRightCount.
-  bool HasRight(std::uint32_t right) const;
+  bool HasRight(std::uint32_t right) const { return access_.IsAllowed(right); }
 
  private:
   // The login dialog until a user is found or the person cancels.
@@ -85,7 +108,7 @@ class LoginSession {
   const ItemTable& groups_;
   std::string path_;
   RecordItem* current_ = nullptr;
-  std::array<bool, kRightCount> rights_{};
+  CAccess access_{true};
 };
 
 // The password of a single-user project: 0 when there is none or it was typed right, -1

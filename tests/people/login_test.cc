@@ -106,6 +106,28 @@ TEST_F(Login, TheDialogAsksUntilAUserIsFound) {
   EXPECT_EQ(second.LogIn(std::nullopt), -1) << "cancelled";
 }
 
+// The one test of a right: nothing before a login where logins are asked for, everything
+// where they are not, and after a login what the group allows; 0 always.
+TEST_F(Login, AccessFollowsTheGroupOfTheUserLoggedIn) {
+  const CAccess none(false);
+  EXPECT_TRUE(none.IsAllowed(4));
+  EXPECT_TRUE(none.IsAllowed(67));
+
+  LoginSession session(ui, store, users, groups, path);
+  EXPECT_FALSE(session.access().IsAllowed(3)) << "nobody logged in yet";
+  EXPECT_TRUE(session.access().IsAllowed(0));
+  ASSERT_EQ(session.LogIn(ui::LoginEntry{"tess", "secret"}), 0);
+  EXPECT_FALSE(session.access().IsAllowed(4)) << "the group denies it";
+  EXPECT_TRUE(session.access().IsAllowed(67));
+  EXPECT_FALSE(session.access().IsAllowed(68));
+  EXPECT_EQ(session.access().user(), tess);
+
+  CUser* loner = AddUser("loner", "", 99);
+  CAccess alone(true);
+  alone.LogIn(*loner, nullptr);
+  EXPECT_TRUE(alone.IsAllowed(4)) << "a user without a group keeps every right";
+}
+
 TEST(ProjectPassword, AskedUntilRightOrCancelled) {
   ScriptedUi ui;
   EXPECT_EQ(CheckProjectPassword(ui, "/p.qmk", ""), 0);
