@@ -1,4 +1,5 @@
-// quillmark-cli defects and defect: the defect list, one defect's forms, and new defects.
+// quillmark-cli defects and defect: the defect list and the commands run on a selection of
+// it, one defect's forms and events, and new defects.
 #include "defect_commands.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <utility>
 #include <variant>
 
+#include "defects/defect_actions.h"
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
 #include "defects/event_dialogs.h"
@@ -179,14 +181,12 @@ std::optional<EventKind> EventWord(const std::string& word) {
   return std::nullopt;
 }
 
-// Adds an event as its dialog would, the options filling the dialog's fields.
-int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std::ostream& out,
-             std::ostream& err) {
-  const std::uint32_t now = platform::Clock::System().Now();
-  std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
-  event->date = now;
-  EventDialog dialog(*event, EventDialogMode::kEdit, doc.currentUserId(), doc.HasRight(31));
-  const char* person = kind == EventKind::kAssign ? "to" : "by";
+// Fills the dialog of `event` from the options and closes it with OK; the message of its
+// refusal, or nothing when the event took the fields.
+std::optional<std::string_view> FillEventDialog(CDBDoc& doc, CDefectEvent& event,
+                                                const Args& args) {
+  EventDialog dialog(event, EventDialogMode::kEdit, doc.currentUserId(), doc.HasRight(31));
+  const char* person = event.kind() == EventKind::kAssign ? "to" : "by";
   if (args.Value(person)) dialog.userId = UserArgument(doc, args, person);
   if (const auto date = args.Value("date")) dialog.dateText = *date;
   if (const auto notes = args.Value("notes")) dialog.notes = *notes;
@@ -201,8 +201,18 @@ int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std
   if (args.Flag("pass") && args.Flag("fail")) throw UsageError{"Either --pass or --fail."};
   dialog.passed = !args.Flag("fail");
   const auto closed = dialog.Accept(EventDialogResult::kOk);
-  if (const auto* refusal = std::get_if<EventDialogRefusal>(&closed)) {
-    err << refusal->message << "\n";
+  if (const auto* refusal = std::get_if<EventDialogRefusal>(&closed)) return refusal->message;
+  return std::nullopt;
+}
+
+// Adds an event as its dialog would, the options filling the dialog's fields.
+int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std::ostream& out,
+             std::ostream& err) {
+  const std::uint32_t now = platform::Clock::System().Now();
+  std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
+  event->date = now;
+  if (const auto refusal = FillEventDialog(doc, *event, args)) {
+    err << *refusal << "\n";
     return 1;
   }
   defect.AddEvent(std::move(event));
@@ -212,11 +222,60 @@ int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std
   return 0;
 }
 
+// The command of the defect list that adds events of `kind`.
+DefectCommand CommandOf(EventKind kind) {
+  for (const DefectCommand c :
+       {DefectCommand::kAssign, DefectCommand::kEstimate, DefectCommand::kFix,
+        DefectCommand::kVerify, DefectCommand::kClose, DefectCommand::kReOpen,
+        DefectCommand::kReleaseNotes, DefectCommand::kComment}) {
+    if (CommandInfo(c).kind == kind) return c;
+  }
+  throw UsageError{"No command of the defect list adds that event."};
+}
+
+// A command of the defect list on the defects of --numbers, as a person selecting them
+// would run it: the messages go to the Ui, the one dialog is filled from the options, and
+// closes with OK.
+int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostream& err) {
+  args.ExpectPositional(4, "defects FILE act EVENT --numbers N[,N...] [event options]");
+  const auto kind = EventWord(args.positional()[3]);
+  if (!kind) throw UsageError{"Unknown defect command \"" + args.positional()[3] + "\"."};
+  const auto numbers = args.Value("numbers");
+  if (!numbers) throw UsageError{"defects FILE act EVENT needs --numbers N[,N...]."};
+  std::vector<CDefect*> selection;
+  for (std::size_t from = 0; from <= numbers->size();) {
+    const std::size_t comma = std::min(numbers->find(',', from), numbers->size());
+    CDefect* defect = FindDefect(doc, numbers->substr(from, comma - from), err);
+    if (defect == nullptr) return 1;
+    selection.push_back(defect);
+    from = comma + 1;
+  }
+  bool refused = false;
+  SelectionAction action(doc, Defects(doc), std::move(selection), ui,
+                         [&](CDefectEvent& event) -> std::optional<EventDialogResult> {
+                           if (const auto refusal = FillEventDialog(doc, event, args)) {
+                             err << *refusal << "\n";
+                             refused = true;
+                             return std::nullopt;
+                           }
+                           return EventDialogResult::kOk;
+                         });
+  // OK asks for no next command.
+  (void)action.Run(CommandOf(*kind));
+  for (const SelectionAction::Changed& changed : action.changed()) {
+    out << "Defect " << changed.defect->number << ": " << changed.defect->GetStatusText() << "\n";
+  }
+  return refused ? 1 : 0;
+}
+
 }  // namespace
 
-int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui&, std::ostream& out, std::ostream& err) {
+int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out,
+                     std::ostream& err) {
   const auto& pos = args.positional();
-  if (pos[0] == "defects") return List(doc, args, out);
+  if (pos[0] == "defects") {
+    return pos.size() > 2 && pos[2] == "act" ? Act(doc, args, ui, out, err) : List(doc, args, out);
+  }
   if (pos.size() < 3) {
     throw UsageError{
         "usage: quillmark-cli defect FILE NUMBER [--text|--html] | defect FILE add ..."};

@@ -14,9 +14,9 @@ namespace qm::cli {
 
 // The options of the defect commands that take a value.
 inline constexpr const char* kDefectValueOptions[] = {
-    "sort",      "summary",     "type",     "priority",      "severity",   "product",
-    "component", "description", "found-by", "version-found", "to",         "by",
-    "date",      "notes",       "version",  "hours",         "completion", "resolution"};
+    "sort",        "summary",  "type",          "priority",   "severity", "product", "component",
+    "description", "found-by", "version-found", "to",         "by",       "date",    "notes",
+    "version",     "hours",    "completion",    "resolution", "numbers"};
 
 // Runs `defects FILE ...` or `defect FILE ...` on the open project; the exit code.
 int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out,

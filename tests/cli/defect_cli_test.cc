@@ -1,6 +1,6 @@
 // quillmark-cli defects and defect, run as the real program: new defects and their
-// numbers, the list and its sorting, one defect's forms, and value names deleted from
-// under the defects that use them.
+// numbers, the list and its sorting, one defect's forms and events, events on a selection,
+// and value names deleted from under the defects that use them.
 #include <gtest/gtest.h>
 
 #include "cli/cli_run.h"
@@ -110,6 +110,35 @@ TEST_F(DefectCli, EventsGoThroughTheirDialogs) {
   r = Run("defects " + file + " --json");
   EXPECT_NE(r.out.find("\"19\":\"\""), std::string::npos)
       << "re-opened, a defect read again shows no hours until its next fix";
+}
+
+TEST_F(DefectCli, ActionsRunOnASelection) {
+  for (const char* summary : {"One", "Two", "Three"}) {
+    ASSERT_EQ(Run("defect " + file + " add --summary " + summary).code, 0);
+  }
+  ASSERT_EQ(Run("defect " + file + " 2 close --resolution 'Not a Bug'").code, 0);
+  CliResult r = Run("defects " + file + " act close --numbers 1,2,3 --resolution 'not a bug'");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.err, "One or more defects will not be closed because they are not open.\n");
+  EXPECT_EQ(r.out, "Defect 1: Closed\nDefect 3: Closed\n");
+
+  r = Run("defects " + file + " act fix --numbers 1");
+  EXPECT_EQ(r.err, "One or more defects will not be updated because they are closed.\n");
+  EXPECT_EQ(r.out, "");
+  r = Run("defects " + file + " act reopen --numbers 3,2 --by admin");
+  EXPECT_EQ(r.out, "Defect 3: Re-opened, not assigned\nDefect 2: Re-opened, not assigned\n");
+  r = Run("defects " + file + " act assign --numbers 1,2");
+  EXPECT_EQ(r.code, 1) << "the dialog refused";
+  EXPECT_EQ(r.err,
+            "One or more defects will not be assigned because they are closed.\n"
+            "Please select the user to which this defect was assigned.\n");
+  r = Run("defects " + file + " act assign --numbers 2,3 --to admin");
+  EXPECT_EQ(r.out,
+            "Defect 2: Re-opened, assigned to Project Admin\n"
+            "Defect 3: Re-opened, assigned to Project Admin\n");
+  EXPECT_EQ(Run("defects " + file + " act reopen --numbers 2,9").err,
+            "There is no defect number 9.\n");
+  EXPECT_EQ(Run("defects " + file + " act reopen").code, 64);
 }
 
 }  // namespace

@@ -1,0 +1,228 @@
+// The defect commands' table of states, and a command run on a selection of defects.
+#include "defects/defect_actions.h"
+
+#include <algorithm>
+#include <array>
+
+#include "defects/project_defects.h"
+#include "defects/text_forms.h"
+#include "session/db_doc.h"
+#include "session/value_setup.h"
+#include "store/bytes.h"
+
+namespace qm {
+
+namespace {
+
+// Statuses as bits: bit n stands for status n.
+constexpr std::uint8_t Statuses(std::initializer_list<int> statuses) {
+  std::uint8_t bits = 0;
+  for (const int s : statuses) bits = static_cast<std::uint8_t>(bits | (1u << s));
+  return bits;
+}
+
+constexpr std::uint8_t kAnyStatus = 0xFF;
+constexpr std::uint8_t kNoStatus = 0;
+constexpr std::uint8_t kClosed = Statuses({4, 5});
+constexpr std::uint8_t kNotClosed = Statuses({1, 2, 3, 6});
+
+struct CommandRow {
+  DefectCommandInfo info;
+  std::uint8_t windowAllows;  // the statuses the record window offers it in
+  std::uint8_t listBlocks;    // a selected defect in one of these disables it in the list
+  // The statuses that leave a selection before the dialog, and the messages of step 2
+  // and 3 (empty: no filter).
+  std::uint8_t filterOut;
+  std::string_view lockedText;
+  std::string_view filterText;
+};
+
+// By DefectCommand. Fix has status 2 added in the window and taken from the list's
+// blocks when a project allows several fixes.
+constexpr std::array<CommandRow, 8> kCommands{{
+    {{EventKind::kAssign, "&Assign...", 31},
+     kNotClosed,
+     kClosed,
+     kClosed,
+     "One or more defects will not be assigned because they are in use by another user.",
+     "One or more defects will not be assigned because they are closed."},
+    {{EventKind::kEstimate, "&Estimate...", 40},
+     Statuses({1, 3, 6}),
+     Statuses({2, 4, 5}),
+     kClosed,
+     "One or more defects will not be updated because they are in use by another user.",
+     "One or more defects will not be updated because they are closed."},
+    {{EventKind::kFix, "&Fix...", 32},
+     Statuses({1, 3, 6}),
+     Statuses({2, 4, 5}),
+     kClosed,
+     "One or more defects will not be updated because they are in use by another user.",
+     "One or more defects will not be updated because they are closed."},
+    {{EventKind::kVerify, "&Verify...", 33},
+     Statuses({2}),
+     Statuses({1, 3, 4, 5, 6}),
+     kClosed,
+     "One or more defects will not be verified because they are in use by another user.",
+     "One or more defects will not be verified because they are closed."},
+    {{EventKind::kClose, "&Close...", 34},
+     kNotClosed,
+     kClosed,
+     kClosed,
+     "One or more defects will not be closed because they are in use by another user.",
+     "One or more defects will not be closed because they are not open."},
+    {{EventKind::kReOpen, "Re-&Open...", 35},
+     kClosed,
+     kNotClosed,
+     static_cast<std::uint8_t>(~kClosed),
+     "One or more defects will not be re-opened because they are in use by another user.",
+     "One or more defects will not be re-opened because they are not closed."},
+    {{EventKind::kReleaseNotes, "&Release Notes...", 46},
+     kAnyStatus,
+     kNoStatus,
+     kNoStatus,
+     "One or more defects will not be released because they are in use by another user.",
+     ""},
+    {{EventKind::kComment, "Co&mment...", 41},
+     kAnyStatus,
+     kNoStatus,
+     kNoStatus,
+     "One or more defects will not be commented because they are in use by another user.",
+     ""},
+}};
+
+const CommandRow& Row(DefectCommand command) {
+  return kCommands[static_cast<std::size_t>(command)];
+}
+
+bool In(std::uint8_t statuses, std::uint16_t status) {
+  return status < 8 && (statuses & (1u << status)) != 0;
+}
+
+// Whether a dialog's closing button adds the event: assign, comment, release notes and
+// close know OK only; estimate, fix and re-open Save & Assign too; verify both Saves.
+bool Accepted(EventKind kind, EventDialogResult result) {
+  switch (kind) {
+    case EventKind::kEstimate:
+    case EventKind::kFix:
+    case EventKind::kReOpen:
+      return result != EventDialogResult::kSaveAndRelease;
+    case EventKind::kVerify:
+      return true;
+    default:
+      return result == EventDialogResult::kOk;
+  }
+}
+
+std::string AssigneeName(const DefectLookups& lookups, std::uint32_t userId) {
+  return userId != 0 ? UserName(lookups, userId) : std::string("not assigned");
+}
+
+}  // namespace
+
+const DefectCommandInfo& CommandInfo(DefectCommand command) { return Row(command).info; }
+
+bool AllowedInWindow(DefectCommand command, std::uint16_t shownStatus, bool allowMultipleFixes) {
+  if (command == DefectCommand::kFix && allowMultipleFixes && shownStatus == 2) return true;
+  return Row(command).windowAllows == kAnyStatus || In(Row(command).windowAllows, shownStatus);
+}
+
+bool AllowedOnSelection(DefectCommand command, std::span<const std::uint16_t> statuses,
+                        bool allowMultipleFixes) {
+  if (statuses.empty()) return false;
+  return std::none_of(statuses.begin(), statuses.end(), [&](std::uint16_t status) {
+    if (command == DefectCommand::kFix && allowMultipleFixes && status == 2) return false;
+    return In(Row(command).listBlocks, status);
+  });
+}
+
+SelectionAction::SelectionAction(CDBDoc& doc, CDefectTable& table, std::vector<CDefect*> selection,
+                                 ui::Ui& ui, RunDialog runDialog, platform::Clock& clock)
+    : doc_(doc),
+      table_(table),
+      selection_(std::move(selection)),
+      ui_(ui),
+      runDialog_(std::move(runDialog)),
+      clock_(clock) {}
+
+std::vector<CDefect*> SelectionAction::Eligible(DefectCommand command) {
+  const CommandRow& row = Row(command);
+  std::vector<CDefect*> defects = selection_;
+  const auto lockedGo = std::erase_if(defects, [this](const CDefect* d) {
+    bool locked = false;
+    // A lock that cannot be looked at does not keep the defect out: the store's write
+    // lock still orders the updates, and the last writer wins.
+    return doc_.store()->IsRecordLocked(kDefectsTag, d->GetId(), locked) == DBStatus::kOk && locked;
+  });
+  if (lockedGo > 0) ui_.Tell(std::string(row.lockedText), ui::Icon::kWarning);
+  const auto filteredGo =
+      std::erase_if(defects, [&row](const CDefect* d) { return In(row.filterOut, d->status()); });
+  if (filteredGo > 0) ui_.Tell(std::string(row.filterText), ui::Icon::kWarning);
+  return defects;
+}
+
+std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
+  changed_.clear();
+  const std::vector<CDefect*> defects = Eligible(command);
+  if (defects.empty()) return std::nullopt;
+
+  const EventKind kind = CommandInfo(command).kind;
+  std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
+  event->userId = 0;
+  event->date = clock_.Now();
+  const std::optional<EventDialogResult> result = runDialog_(*event);
+  if (!result || !Accepted(kind, *result)) return std::nullopt;
+
+  const std::uint32_t now = clock_.Now();
+  for (CDefect* defect : defects) {
+    if (!Apply(*defect, *event, now)) continue;
+    PostChanged(defect->GetId());
+    // The notification of a changed defect goes here, with the change text as %CHNG%.
+  }
+  // Then the mail layer is told to send or queue what the notifications made.
+
+  const auto* verify = dynamic_cast<const CVerifyEvent*>(event.get());
+  if (*result == EventDialogResult::kSaveAndAssign && (verify == nullptr || !verify->passed)) {
+    return DefectCommand::kAssign;
+  }
+  if (*result == EventDialogResult::kSaveAndRelease && verify != nullptr && verify->passed) {
+    return DefectCommand::kReleaseNotes;
+  }
+  return std::nullopt;
+}
+
+bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uint32_t now) {
+  const std::uint32_t oldAssignee = defect.copies().assignedToId;
+  const std::uint32_t oldModified = defect.dateModified;
+  std::unique_ptr<CDefectEvent> copy = event.Clone();
+  const CDefectEvent* added = copy.get();
+  defect.AddEvent(std::move(copy));
+  defect.dateModified = now;
+  if (table_.SaveItem(defect) != DBStatus::kOk) {
+    // The defect stays as its record holds it, and the loop goes on with the next one.
+    defect.RemoveEvent(added);
+    defect.dateModified = oldModified;
+    return false;
+  }
+  std::string changeText;
+  if (event.kind() == EventKind::kAssign) {
+    const DocLookups lookups(doc_);
+    changeText = "The following fields changed:\r\rDefect assignment: ";
+    changeText += " [" + AssigneeName(lookups, oldAssignee) + "] to [" +
+                  AssigneeName(lookups, defect.copies().assignedToId) + "]";
+  }
+  changed_.push_back({&defect, std::move(changeText)});
+  return true;
+}
+
+void SelectionAction::PostChanged(std::uint32_t defectId) {
+  if (!doc_.multiUser()) return;
+  std::array<std::uint8_t, 8> data{};
+  BeWriter out(data.data());
+  out.U32(kDefectsTag);
+  out.U32(defectId);
+  // A notice that cannot be posted only leaves the others to see the change at their
+  // next look at the file.
+  (void)doc_.store()->PostMessage(doc_.currentUserId(), kNoticeChanged, data);
+}
+
+}  // namespace qm

@@ -1,0 +1,103 @@
+// The commands that add an event to defects (assign, estimate, fix, verify, close,
+// re-open, release notes, comment): when each is offered, and each run on a selection.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "defects/defect.h"
+#include "defects/defect_table.h"
+#include "defects/event_dialogs.h"
+#include "platform/clock.h"
+#include "ui/ui.h"
+
+namespace qm {
+
+class CDBDoc;
+
+enum class DefectCommand {
+  kAssign,
+  kEstimate,
+  kFix,
+  kVerify,
+  kClose,
+  kReOpen,
+  kReleaseNotes,
+  kComment
+};
+
+// What a command adds, how its menu item reads, and the right (1 to kRightCount) it needs.
+struct DefectCommandInfo {
+  EventKind kind;
+  std::string_view menuText;
+  std::uint32_t right;
+};
+const DefectCommandInfo& CommandInfo(DefectCommand command);
+
+// Whether a command is offered by the status each place tests; the right, the record
+// window's edit mode and a record that is not read-only are for the caller to add.
+//
+// In the record window the status is the one the window shows, with its unsaved events.
+bool AllowedInWindow(DefectCommand command, std::uint16_t shownStatus, bool allowMultipleFixes);
+// In the defect list every selected defect must allow it; an empty selection allows nothing.
+bool AllowedOnSelection(DefectCommand command, std::span<const std::uint16_t> statuses,
+                        bool allowMultipleFixes);
+
+// A command run on a selection of defects: one dialog, then one event for each defect that
+// may take it.
+//
+//   1. the selection is copied;
+//   2. defects whose record another client holds locked leave the copy, with one message;
+//   3. defects that cannot take the event leave it (closed ones for most commands, open
+//      ones for re-open), with one message. This is looser than AllowedOnSelection: a
+//      selection made before the list disabled the command still goes through;
+//   4. nothing left: nothing more happens;
+//   5. one event is made and its dialog runs once;
+//   6. on a result the kind accepts, every defect left gets a copy of the event and is
+//      saved; in a multi-user project the other clients get notice 1002. A defect whose
+//      save fails gets back its former state, and the others go on.
+//
+// Afterwards changed() lists the defects saved; Run's answer is the command the closing
+// button asks for next (assign after "Save && Assign", release notes after "Save &&
+// Release" on a passed verify), which the caller runs on the selection as it then stands.
+class SelectionAction {
+ public:
+  // Runs the event's dialog in mode 1 and answers its closing button; nothing is Cancel.
+  using RunDialog = std::function<std::optional<EventDialogResult>(CDefectEvent& event)>;
+
+  struct Changed {
+    CDefect* defect;
+    // For an assignment, what its mail tells as %CHNG%; empty for the other commands.
+    std::string changeText;
+  };
+
+  SelectionAction(CDBDoc& doc, CDefectTable& table, std::vector<CDefect*> selection, ui::Ui& ui,
+                  RunDialog runDialog, platform::Clock& clock = platform::Clock::System());
+
+  [[nodiscard]] std::optional<DefectCommand> Run(DefectCommand command);
+
+  // The defects the last Run saved, in the order of the selection.
+  const std::vector<Changed>& changed() const { return changed_; }
+
+ private:
+  // Steps 1 to 3: the defects that take the command.
+  std::vector<CDefect*> Eligible(DefectCommand command);
+  // Step 6 for one defect; false when its save failed.
+  bool Apply(CDefect& defect, const CDefectEvent& event, std::uint32_t now);
+  void PostChanged(std::uint32_t defectId);
+
+  CDBDoc& doc_;
+  CDefectTable& table_;
+  std::vector<CDefect*> selection_;
+  ui::Ui& ui_;
+  RunDialog runDialog_;
+  platform::Clock& clock_;
+  std::vector<Changed> changed_;
+};
+
+}  // namespace qm

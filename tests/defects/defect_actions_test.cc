@@ -1,0 +1,323 @@
+// The defect commands: the statuses that offer each, and a command run on a selection of
+// a real project, with records locked by another process and notices read by another
+// client.
+#include "defects/defect_actions.h"
+
+#include <gtest/gtest.h>
+
+#include "people/user.h"
+#include "session/db_doc.h"
+#include "session/value_setup.h"
+#include "shell/project_item_kinds.h"
+#include "store/project_store.h"
+#include "support/child_process.h"
+#include "support/fake_files.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+constexpr DefectCommand kAll[] = {DefectCommand::kAssign,       DefectCommand::kEstimate,
+                                  DefectCommand::kFix,          DefectCommand::kVerify,
+                                  DefectCommand::kClose,        DefectCommand::kReOpen,
+                                  DefectCommand::kReleaseNotes, DefectCommand::kComment};
+
+// Statuses 1 to 6, 'x' where the command is offered.
+std::string Offered(DefectCommand command, bool inWindow, bool multipleFixes) {
+  std::string row;
+  for (std::uint16_t status = 1; status <= 6; ++status) {
+    const std::uint16_t one[] = {status};
+    const bool offered = inWindow ? AllowedInWindow(command, status, multipleFixes)
+                                  : AllowedOnSelection(command, one, multipleFixes);
+    row += offered ? 'x' : '.';
+  }
+  return row;
+}
+
+TEST(DefectCommands, OfferedByStatusAsTheCommandTableSays) {
+  struct Expected {
+    EventKind kind;
+    std::string_view menu;
+    std::uint32_t right;
+    std::string window;          // statuses 1 to 6
+    std::string windowMultiple;  // the same with allowMultipleFixes
+  };
+  const Expected table[] = {
+      {EventKind::kAssign, "&Assign...", 31, "xxx..x", "xxx..x"},
+      {EventKind::kEstimate, "&Estimate...", 40, "x.x..x", "x.x..x"},
+      {EventKind::kFix, "&Fix...", 32, "x.x..x", "xxx..x"},
+      {EventKind::kVerify, "&Verify...", 33, ".x....", ".x...."},
+      {EventKind::kClose, "&Close...", 34, "xxx..x", "xxx..x"},
+      {EventKind::kReOpen, "Re-&Open...", 35, "...xx.", "...xx."},
+      {EventKind::kReleaseNotes, "&Release Notes...", 46, "xxxxxx", "xxxxxx"},
+      {EventKind::kComment, "Co&mment...", 41, "xxxxxx", "xxxxxx"},
+  };
+  for (std::size_t c = 0; c < std::size(kAll); ++c) {
+    const DefectCommand command = kAll[c];
+    const Expected& e = table[c];
+    SCOPED_TRACE(e.menu);
+    EXPECT_EQ(CommandInfo(command).kind, e.kind);
+    EXPECT_EQ(CommandInfo(command).menuText, e.menu);
+    EXPECT_EQ(CommandInfo(command).right, e.right);
+    EXPECT_EQ(Offered(command, true, false), e.window);
+    EXPECT_EQ(Offered(command, true, true), e.windowMultiple);
+    // A selection of one defect is offered what the window offers for its status.
+    EXPECT_EQ(Offered(command, false, false), e.window);
+    EXPECT_EQ(Offered(command, false, true), e.windowMultiple);
+    EXPECT_FALSE(AllowedOnSelection(command, {}, true)) << "nothing selected";
+  }
+
+  // One defect that blocks a command disables it for the whole selection.
+  const std::uint16_t openAndClosed[] = {1, 5};
+  EXPECT_FALSE(AllowedOnSelection(DefectCommand::kClose, openAndClosed, false));
+  EXPECT_FALSE(AllowedOnSelection(DefectCommand::kReOpen, openAndClosed, false));
+  EXPECT_TRUE(AllowedOnSelection(DefectCommand::kComment, openAndClosed, false));
+  const std::uint16_t openAndFixed[] = {1, 2, 6};
+  EXPECT_FALSE(AllowedOnSelection(DefectCommand::kFix, openAndFixed, false));
+  EXPECT_TRUE(AllowedOnSelection(DefectCommand::kFix, openAndFixed, true));
+}
+
+// A multi-user project with its administrator logged in, a second user and three open
+// defects; another client of the file watches for notices.
+class SelectionActions : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(doc.NewProject(path, true), 1);
+    auto user = std::make_unique<CUser>();
+    user->SetFirstName("Tess");
+    user->SetLastName("Ng");
+    user->SetLogin("tess");
+    user->SetGroupId(1);
+    const CUser* tess = user.get();
+    std::unique_ptr<RecordItem> item = std::move(user);
+    ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
+    tessId = tess->GetId();
+    for (const char* summary : {"One", "Two", "Three"}) {
+      std::unique_ptr<RecordItem> d = defects().NewItem();
+      static_cast<CDefect&>(*d).summary = summary;
+      ASSERT_EQ(defects().AddItem(d), DBStatus::kOk);
+    }
+    ASSERT_EQ(watcher.Open(path), DBStatus::kOk);
+    ui.shown.clear();
+  }
+
+  CDefectTable& defects() { return static_cast<CDefectTable&>(*doc.GetTable(kDefectTag)); }
+  CDefect& Defect(std::uint32_t position) { return *defects().DefectAt(position); }
+
+  // An action on `selection` whose dialog closes with `button`, after `fill` has set the
+  // event's fields; each dialog run is noted in `dialogs`.
+  SelectionAction Action(std::vector<CDefect*> selection, std::optional<EventDialogResult> button,
+                         std::function<void(CDefectEvent&)> fill = {}) {
+    return SelectionAction(
+        doc, defects(), std::move(selection), ui,
+        [this, button, fill](CDefectEvent& event) {
+          dialogs.push_back(event.kind());
+          EXPECT_EQ(event.userId, 0u);
+          EXPECT_EQ(event.date, clock.now);
+          if (fill) fill(event);
+          return button;
+        },
+        clock);
+  }
+
+  // Puts a defect in a status through its events, as saved earlier.
+  void Give(CDefect& defect, std::int16_t kind) {
+    std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(kind);
+    event->userId = tessId;
+    event->date = 100;
+    defect.AddEvent(std::move(event));
+    ASSERT_EQ(defects().SaveItem(defect), DBStatus::kOk);
+  }
+
+  // The defect as the other client reads its record.
+  std::uint16_t StoredStatus(const CDefect& defect) {
+    std::vector<std::uint8_t> bytes;
+    EXPECT_EQ(watcher.ReadRecord(kDefectTag, defect.GetId(), bytes), DBStatus::kOk);
+    CDefect stored;
+    PayloadReader in(bytes);
+    stored.ReadFrom(in);
+    return stored.status();
+  }
+
+  // The notices the other client has not read yet, as "kind sender tag id".
+  std::vector<std::string> Notices() {
+    std::vector<std::string> texts;
+    Notice notice;
+    while (watcher.GetNextMessage(notice) == DBStatus::kOk) {
+      std::string text = std::to_string(notice.kind) + " " + std::to_string(notice.sender);
+      for (std::size_t at = 0; at + 4 <= notice.data.size(); at += 4) {
+        std::uint32_t v = 0;
+        for (std::size_t b = 0; b < 4; ++b) v = (v << 8) | notice.data[at + b];
+        text += " " + std::to_string(v);
+      }
+      texts.push_back(text);
+      CProjectStore::FreeMessage(notice);
+    }
+    return texts;
+  }
+
+  std::string Notice1002(const CDefect& defect) {
+    return "1002 " + std::to_string(doc.currentUserId()) + " " + std::to_string(kDefectTag) + " " +
+           std::to_string(defect.GetId());
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ScriptedUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  CDBDoc doc{ui, kinds, host};
+  FakeClock clock;
+  ScriptedUi watcherUi;
+  CProjectStore watcher{watcherUi};
+  std::uint32_t tessId = 0;
+  std::vector<EventKind> dialogs;
+};
+
+TEST_F(SelectionActions, OneDialogGivesEachEligibleDefectItsOwnEvent) {
+  Give(Defect(3), static_cast<std::int16_t>(EventKind::kClose));
+  clock.now = 3'100'000'000u;
+  SelectionAction close = Action({&Defect(1), &Defect(2), &Defect(3)}, EventDialogResult::kOk,
+                                 [](CDefectEvent& e) { e.notes = "Shipped"; });
+  EXPECT_EQ(close.Run(DefectCommand::kClose), std::nullopt);
+
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "One or more defects will not be closed because they are not open."});
+  EXPECT_EQ(dialogs, std::vector<EventKind>{EventKind::kClose});
+  ASSERT_EQ(close.changed().size(), 2u);
+  EXPECT_EQ(close.changed()[0].defect, &Defect(1));
+  EXPECT_EQ(close.changed()[1].defect, &Defect(2));
+  EXPECT_EQ(close.changed()[0].changeText, "");
+  for (std::uint32_t p = 1; p <= 2; ++p) {
+    EXPECT_EQ(Defect(p).status(), 5);
+    EXPECT_EQ(StoredStatus(Defect(p)), 5) << "saved";
+    ASSERT_EQ(Defect(p).EventCount(), 1u);
+    EXPECT_EQ(Defect(p).EventAt(1)->notes, "Shipped");
+    EXPECT_EQ(Defect(p).EventAt(1)->date, clock.now);
+    EXPECT_EQ(Defect(p).dateModified, clock.now);
+  }
+  EXPECT_NE(Defect(1).EventAt(1), Defect(2).EventAt(1));
+  EXPECT_EQ(Defect(3).EventCount(), 1u) << "the closed one is left alone";
+  EXPECT_EQ(Notices(), (std::vector<std::string>{Notice1002(Defect(1)), Notice1002(Defect(2))}));
+
+  // Cancel, and a button the kind does not take, change nothing.
+  SelectionAction cancelled = Action({&Defect(1)}, std::nullopt);
+  EXPECT_EQ(cancelled.Run(DefectCommand::kComment), std::nullopt);
+  SelectionAction wrongButton = Action({&Defect(1)}, EventDialogResult::kSaveAndAssign);
+  EXPECT_EQ(wrongButton.Run(DefectCommand::kComment), std::nullopt);
+  EXPECT_EQ(dialogs.size(), 3u);
+  EXPECT_EQ(Defect(1).EventCount(), 1u);
+  EXPECT_TRUE(cancelled.changed().empty());
+  EXPECT_TRUE(Notices().empty());
+}
+
+TEST_F(SelectionActions, NothingLeftMeansNoDialog) {
+  SelectionAction none = Action({}, EventDialogResult::kOk);
+  EXPECT_EQ(none.Run(DefectCommand::kAssign), std::nullopt);
+  EXPECT_TRUE(ui.shown.empty()) << "an empty selection shows nothing";
+
+  SelectionAction reopen = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk);
+  EXPECT_EQ(reopen.Run(DefectCommand::kReOpen), std::nullopt);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{
+                "One or more defects will not be re-opened because they are not closed."});
+  EXPECT_TRUE(dialogs.empty());
+  EXPECT_TRUE(Notices().empty());
+}
+
+TEST_F(SelectionActions, DefectsLockedByAnotherClientAreLeftOut) {
+  const std::uint32_t first = Defect(1).GetId();
+  const std::uint32_t second = Defect(2).GetId();
+  const std::string file = path;
+  const std::uint32_t user = tessId;
+  Child other([file, user, first, second](Child::Channel& c) {
+    ScriptedUi childUi;
+    CProjectStore s(childUi);
+    if (s.Open(file) != DBStatus::kOk || s.LoginUser(user) != DBStatus::kOk ||
+        s.LockRecord(kDefectTag, first, user) != DBStatus::kOk ||
+        s.LockRecord(kDefectTag, second, user) != DBStatus::kOk) {
+      return 1;
+    }
+    c.Send("locked");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(other.Receive(), "locked");
+
+  SelectionAction assign = Action({&Defect(1), &Defect(2), &Defect(3)}, EventDialogResult::kOk,
+                                  [this](CDefectEvent& e) { e.userId = tessId; });
+  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"One or more defects will not be assigned "
+                                                 "because they are in use by another user."})
+      << "once for the whole selection";
+  EXPECT_EQ(Defect(1).EventCount(), 0u);
+  EXPECT_EQ(Defect(2).EventCount(), 0u);
+  ASSERT_EQ(assign.changed().size(), 1u);
+  EXPECT_EQ(assign.changed()[0].defect, &Defect(3));
+  EXPECT_EQ(Defect(3).copies().assignedToId, tessId);
+
+  other.Kill();
+  ui.shown.clear();
+  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
+  EXPECT_TRUE(ui.shown.empty()) << "the locks died with their process";
+  EXPECT_EQ(assign.changed().size(), 3u);
+}
+
+TEST_F(SelectionActions, AnAssignmentTellsTheOldAndTheNewAssignee) {
+  Give(Defect(2), static_cast<std::int16_t>(EventKind::kAssign));
+  const std::uint32_t admin = doc.currentUserId();
+  SelectionAction assign = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk,
+                                  [admin](CDefectEvent& e) { e.userId = admin; });
+  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
+  ASSERT_EQ(assign.changed().size(), 2u);
+  EXPECT_EQ(assign.changed()[0].changeText,
+            "The following fields changed:\r\rDefect assignment:  [not assigned] to [Project "
+            "Admin]");
+  EXPECT_EQ(assign.changed()[1].changeText,
+            "The following fields changed:\r\rDefect assignment:  [Ng, Tess] to [Project Admin]");
+}
+
+TEST_F(SelectionActions, SaveButtonsAskForTheNextCommand) {
+  SelectionAction fix =
+      Action({&Defect(1), &Defect(2)}, EventDialogResult::kSaveAndAssign,
+             [](CDefectEvent& e) { static_cast<CFixEvent&>(e).resolutionId = 1; });
+  ASSERT_EQ(fix.Run(DefectCommand::kFix), DefectCommand::kAssign);
+  EXPECT_EQ(Defect(1).status(), 2);
+  EXPECT_EQ(Defect(2).status(), 2);
+  SelectionAction assign = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk,
+                                  [this](CDefectEvent& e) { e.userId = tessId; });
+  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
+  EXPECT_EQ(dialogs, (std::vector<EventKind>{EventKind::kFix, EventKind::kAssign}))
+      << "Save & Assign after a fix assigns all of them in a second dialog";
+  EXPECT_EQ(Defect(1).copies().assignedToId, tessId);
+  EXPECT_EQ(Defect(2).copies().assignedToId, tessId);
+
+  SelectionAction pass = Action({&Defect(1)}, EventDialogResult::kSaveAndRelease);
+  EXPECT_EQ(pass.Run(DefectCommand::kVerify), DefectCommand::kReleaseNotes);
+  EXPECT_EQ(Defect(1).status(), 4);
+  SelectionAction fail =
+      Action({&Defect(2)}, EventDialogResult::kSaveAndAssign,
+             [](CDefectEvent& e) { static_cast<CVerifyEvent&>(e).passed = false; });
+  EXPECT_EQ(fail.Run(DefectCommand::kVerify), DefectCommand::kAssign);
+  EXPECT_EQ(Defect(2).status(), 3);
+  EXPECT_EQ(StoredStatus(Defect(2)), 3);
+}
+
+TEST_F(SelectionActions, AFailedSaveLeavesThatDefectAsStored) {
+  // Another client takes the record away between the list's load and the action.
+  ASSERT_EQ(watcher.DeleteRecord(kDefectTag, Defect(1).GetId()), DBStatus::kOk);
+  const std::uint32_t modified = Defect(1).dateModified;
+  SelectionAction comment = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk);
+  EXPECT_EQ(comment.Run(DefectCommand::kComment), std::nullopt);
+  EXPECT_EQ(Defect(1).EventCount(), 0u);
+  EXPECT_EQ(Defect(1).dateModified, modified);
+  EXPECT_EQ(Defect(2).EventCount(), 1u) << "the next one goes on";
+  ASSERT_EQ(comment.changed().size(), 1u);
+  EXPECT_EQ(comment.changed()[0].defect, &Defect(2));
+  EXPECT_EQ(Notices(), std::vector<std::string>{Notice1002(Defect(2))});
+}
+
+}  // namespace
+}  // namespace qm::test
