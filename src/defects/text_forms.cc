@@ -8,6 +8,20 @@ namespace qm {
 
 // The three replacements, done one after the other, give the same text as this one
 // pass: none of them brings in a character that a later one replaces.
+std::string QuoteText(std::string_view text) {
+  std::string quoted;
+  bool lineStart = true;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (lineStart) quoted += '>';
+    lineStart = false;
+    quoted += text[i];
+    if (text[i] != '\r') continue;
+    if (i + 1 < text.size() && text[i + 1] == '\n') quoted += text[++i];
+    lineStart = true;
+  }
+  return quoted;
+}
+
 std::string EscapeHtml(std::string_view text) {
   std::string out;
   out.reserve(text.size());

@@ -16,6 +16,10 @@ namespace qm {
 // "&quot;", "&gt;" and "&lt;". Nothing else is touched, the ampersand included.
 std::string EscapeHtml(std::string_view text);
 
+// A text quoted for a reply: broken into lines at each CR (a LF right behind it stays with
+// its line), each line led by ">". An empty text gives an empty quotation.
+std::string QuoteText(std::string_view text);
+
 // Makes each lone CR a CR LF; a CR already followed by LF stays as it is. Stored texts end
 // their lines with a bare CR, text files with CR LF.
 std::string CrToCrLf(std::string_view text);

@@ -1,0 +1,125 @@
+// Duplicate, delete, the clipboard block and the reply to submitters.
+#include "defects/selection_commands.h"
+
+#include <algorithm>
+#include <array>
+
+#include "defects/text_forms.h"
+#include "session/db_doc.h"
+#include "session/numbering.h"
+#include "session/payload.h"
+
+namespace qm {
+
+namespace {
+
+constexpr std::uint16_t kClipboardVersion = 1;
+
+// Tells the other clients of a multi-user project what happened to a defect.
+void Notify(CDBDoc& doc, std::uint32_t kind, std::uint32_t defectId) {
+  if (!doc.multiUser()) return;
+  std::array<std::uint8_t, 8> data{};
+  BeWriter out(data.data());
+  out.U32(kDefectsTag);
+  out.U32(defectId);
+  // A notice that does not go out costs the others a refresh, not the change itself.
+  (void)doc.store()->PostMessage(doc.currentUserId(), kind, data);
+}
+
+}  // namespace
+
+std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
+                                     ui::Ui& ui, const char* message) {
+  std::vector<CDefect*> free;
+  for (CDefect* defect : selection) {
+    bool locked = false;
+    LockHolder holder;
+    if (doc.store()->IsRecordLocked(kDefectsTag, defect->GetId(), locked, &holder) ==
+            DBStatus::kOk &&
+        locked && holder.userId != doc.currentUserId()) {
+      continue;
+    }
+    free.push_back(defect);
+  }
+  if (free.size() < selection.size()) ui.Tell(message, ui::Icon::kInformation);
+  return free;
+}
+
+std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
+                                       const std::vector<CDefect*>& selection, ui::Ui& ui) {
+  std::vector<CDefect*> copies;
+  for (CDefect* source : LeaveOutLocked(
+           doc, selection, ui,
+           "One or more defects will not be duplicated because they are in use by another "
+           "user.")) {
+    std::unique_ptr<CDefect> copy = source->Clone();
+    copy->SetId(0);
+    if (source->number != 0 &&
+        doc.NextCounter(kMiscTag, kDefectCounterRecord, copy->number) != DBStatus::kOk) {
+      continue;
+    }
+    CDefect* raw = copy.get();
+    std::unique_ptr<RecordItem> item = std::move(copy);
+    if (table.AddItem(item) == DBStatus::kOk) copies.push_back(raw);
+  }
+  return copies;
+}
+
+std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
+                            const std::vector<CDefect*>& selection, ui::Ui& ui) {
+  const std::vector<CDefect*> free = LeaveOutLocked(
+      doc, selection, ui,
+      "One or more defects will not be deleted because they are in use by another user.");
+  if (free.empty()) return 0;
+  if (ui.Ask({"Are you sure that you want to delete the selected items(s)? There is no undo "
+              "available.",
+              "", ui::Icon::kQuestion, ui::Buttons::kOkCancel}) != ui::Answer::kOk) {
+    return 0;
+  }
+  std::uint32_t deleted = 0;
+  for (CDefect* defect : free) {
+    const std::uint32_t id = defect->GetId();
+    // The workbook drops its tasks on the defect once tasks are loaded with the project.
+    if (table.DeleteItem(*defect, false) != DBStatus::kOk) continue;
+    Notify(doc, kNoticeDeleted, id);
+    ++deleted;
+  }
+  return deleted;
+}
+
+std::vector<std::uint8_t> ClipboardBlock(const std::vector<CDefect*>& selection) {
+  CHandleFile file;
+  PayloadWriter out(file);
+  out.U16(kClipboardVersion);
+  out.U32(static_cast<std::uint32_t>(selection.size()));
+  for (const CDefect* defect : selection) {
+    constexpr std::array<std::uint16_t, 8> kFields{2, 4, 5, 3, 24, 25, 33, 28};
+    for (const std::uint16_t field : kFields) {
+      out.Text(defect->FieldText(field));
+    }
+  }
+  return file.Detach();
+}
+
+SubmitterReply ReplyToSubmitters(const std::vector<CDefect*>& selection) {
+  SubmitterReply reply;
+  for (const CDefect* defect : selection) {
+    for (std::uint32_t n = 1; n <= defect->ReportedByCount(); ++n) {
+      const std::uint32_t who = defect->ReportedByAt(n)->foundById;
+      if (who != 0 && std::find(reply.recipients.begin(), reply.recipients.end(), who) ==
+                          reply.recipients.end()) {
+        reply.recipients.push_back(who);
+      }
+    }
+    const CReportedBy* first = defect->ReportedByAt(1);
+    reply.body += QuoteText(CrToCrLf(first != nullptr ? first->description : std::string()));
+    reply.body += "\r\n>\r\n";
+  }
+  if (!selection.empty()) {
+    reply.subject = "Re: " + selection.front()->summary;
+    if (selection.size() > 1) reply.subject += ", etc.";
+  }
+  return reply;
+}
+
+}  // namespace qm

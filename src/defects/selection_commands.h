@@ -1,0 +1,55 @@
+// The commands on a selection of defects that add no event: duplicate, delete, copy to the
+// clipboard, and the reply to the people who reported them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "defects/defect.h"
+#include "defects/defect_table.h"
+#include "store/db_status.h"
+#include "ui/ui.h"
+
+namespace qm {
+
+class CDBDoc;
+
+// The kind of change notice that tells other clients a record is gone.
+inline constexpr std::uint32_t kNoticeDeleted = 1003;
+
+// The selected defects that another user holds locked are left out, with `message` said
+// once; the others are answered in selection order.
+std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
+                                     ui::Ui& ui, const char* message);
+
+// Copies of the selected defects, events and reported-by rows included. A copy of a
+// numbered defect takes the next number; one of an un-numbered defect stays without. The
+// copies are stored and join the table; answers them.
+std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
+                                       const std::vector<CDefect*>& selection, ui::Ui& ui);
+
+// Deletes the selected defects for good after asking, each with its stored attachments;
+// other clients hear of each. Answers how many went.
+std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
+                            const std::vector<CDefect*>& selection, ui::Ui& ui);
+
+// The program's own clipboard format: one entry per defect.
+inline constexpr const char* kClipboardFormat = "CF_QUILLMARK";
+//   u16     version, 1
+//   u32     count of entries
+//   per entry, strings of a u16 length and UTF-8 bytes:
+//           summary, type, priority, product, component, reference, severity,
+//           entered by (the user's name)
+std::vector<std::uint8_t> ClipboardBlock(const std::vector<CDefect*>& selection);
+
+// What a reply to the submitters of the selected defects starts with, before the mail
+// dialog takes over.
+struct SubmitterReply {
+  std::vector<std::uint32_t> recipients;  // the found-by users, each once
+  std::string subject;
+  std::string body;
+};
+SubmitterReply ReplyToSubmitters(const std::vector<CDefect*>& selection);
+
+}  // namespace qm
