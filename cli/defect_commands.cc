@@ -12,6 +12,7 @@
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
 #include "defects/event_dialogs.h"
+#include "defects/selection_commands.h"
 #include "json.h"
 #include "people/user.h"
 #include "session/db_doc.h"
@@ -237,11 +238,15 @@ DefectCommand CommandOf(EventKind kind) {
 // would run it: the messages go to the Ui, the one dialog is filled from the options, and
 // closes with OK.
 int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostream& err) {
-  args.ExpectPositional(4, "defects FILE act EVENT --numbers N[,N...] [event options]");
-  const auto kind = EventWord(args.positional()[3]);
-  if (!kind) throw UsageError{"Unknown defect command \"" + args.positional()[3] + "\"."};
+  args.ExpectPositional(4, "defects FILE act ACTION --numbers N[,N...] [event options]");
+  const std::string& word = args.positional()[3];
+  const auto kind = EventWord(word);
+  if (!kind && word != "duplicate" && word != "delete") {
+    throw UsageError{"Unknown defect command \"" + word +
+                     "\"; the actions are the events, duplicate and delete."};
+  }
   const auto numbers = args.Value("numbers");
-  if (!numbers) throw UsageError{"defects FILE act EVENT needs --numbers N[,N...]."};
+  if (!numbers) throw UsageError{"defects FILE act ACTION needs --numbers N[,N...]."};
   std::vector<CDefect*> selection;
   for (std::size_t from = 0; from <= numbers->size();) {
     const std::size_t comma = std::min(numbers->find(',', from), numbers->size());
@@ -249,6 +254,17 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
     if (defect == nullptr) return 1;
     selection.push_back(defect);
     from = comma + 1;
+  }
+  if (word == "duplicate") {
+    for (const CDefect* copy : DuplicateDefects(doc, Defects(doc), selection, ui)) {
+      out << "Defect " << copy->FieldText(1) << ": " << copy->summary << "\n";
+    }
+    return 0;
+  }
+  if (word == "delete") {
+    const std::uint32_t deleted = DeleteDefects(doc, Defects(doc), selection, ui);
+    out << "Deleted " << deleted << " of " << selection.size() << " defects.\n";
+    return deleted > 0 ? 0 : 1;
   }
   bool refused = false;
   SelectionAction action(doc, Defects(doc), std::move(selection), ui,

@@ -200,6 +200,8 @@ const char* ProjectUsage() {
          "  defects FILE act EVENT --numbers N[,N...] [the options of a defect's EVENT]\n"
          "                                     one event for the defects that may take it, as\n"
          "                                     the list's command on that selection adds it\n"
+         "  defects FILE act duplicate|delete --numbers N[,N...]\n"
+         "                                     copies, or deletes for good after asking\n"
          "  defect FILE NUMBER [--text|--html]  one defect's text or HTML form\n"
          "  defect FILE add --summary TEXT [--type NAME] [--priority NAME] [--severity NAME]\n"
          "      [--product NAME] [--component NAME] [--description TEXT] [--found-by LOGIN]\n"

@@ -141,5 +141,23 @@ TEST_F(DefectCli, ActionsRunOnASelection) {
   EXPECT_EQ(Run("defects " + file + " act reopen").code, 64);
 }
 
+TEST_F(DefectCli, DuplicateAndDeleteASelection) {
+  ASSERT_EQ(Run("defect " + file + " add --summary One").code, 0);
+  ASSERT_EQ(Run("defect " + file + " add --summary Two").code, 0);
+  CliResult r = Run("defects " + file + " act duplicate --numbers 1,2");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "Defect 3: One\nDefect 4: Two\n");
+  r = Run("defects " + file + " act delete --numbers 1,3");
+  EXPECT_EQ(r.code, 1) << "without a terminal the question is answered Cancel";
+  r = Run("--yes defects " + file + " act delete --numbers 1,3");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "Deleted 2 of 2 defects.\n");
+  r = Run("defects " + file);
+  EXPECT_EQ(r.out,
+            "No.\tSummary\tType\tPriority\tStatus\n"
+            "2\tTwo\tCrash - Data Loss\tImmediate\tOpen, not assigned\n"
+            "4\tTwo\tCrash - Data Loss\tImmediate\tOpen, not assigned\n");
+}
+
 }  // namespace
 }  // namespace qm::test
