@@ -8,10 +8,12 @@
 #include <utility>
 #include <variant>
 
+#include "defects/change_history.h"
 #include "defects/defect_actions.h"
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
 #include "defects/event_dialogs.h"
+#include "defects/project_defects.h"
 #include "defects/selection_commands.h"
 #include "json.h"
 #include "people/user.h"
@@ -216,10 +218,22 @@ int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std
     err << *refusal << "\n";
     return 1;
   }
+  // The change text compares the defect as it is with the defect as saving would leave it.
+  const std::unique_ptr<CDefect> before = defect.Clone();
+  const std::unique_ptr<CDefect> after = defect.Clone();
+  after->AddEvent(event->Clone());
+  after->dateModified = now;
+  std::string change;
+  BuildChangeText(DocLookups(doc), *before, *after, change);
+  std::replace(change.begin(), change.end(), '\r', '\n');
+  if (args.Flag("dry-run")) {
+    out << change;
+    return 0;
+  }
   defect.AddEvent(std::move(event));
   defect.dateModified = now;
   if (const DBStatus s = Defects(doc).SaveItem(defect); s != DBStatus::kOk) Fail(s);
-  out << "Defect " << defect.number << ": " << defect.GetStatusText() << "\n";
+  out << "Defect " << defect.number << ": " << defect.GetStatusText() << "\n" << change;
   return 0;
 }
 

@@ -141,6 +141,20 @@ TEST_F(DefectCli, ActionsRunOnASelection) {
   EXPECT_EQ(Run("defects " + file + " act reopen").code, 64);
 }
 
+TEST_F(DefectCli, ADryRunPrintsTheChangeTextAndSavesNothing) {
+  ASSERT_EQ(Run("defect " + file + " add --summary X").code, 0);
+  CliResult r = Run("defect " + file + " 1 comment --notes 'first look' --date 3/4/2025 --dry-run");
+  ASSERT_EQ(r.code, 0) << r.err;
+  const std::string change =
+      "**** Added Comment dated 3/4/2025 ****\nComment by: Project Admin\n"
+      "Date Entered: 3/4/2025\nComments: first look\n\n";
+  EXPECT_EQ(r.out, change);
+  EXPECT_NE(Run("defect " + file + " 1").out.find("This defect has never been assigned"),
+            std::string::npos);
+  r = Run("defect " + file + " 1 comment --notes 'first look' --date 3/4/2025");
+  EXPECT_EQ(r.out, "Defect 1: Open, not assigned\n" + change);
+}
+
 TEST_F(DefectCli, DuplicateAndDeleteASelection) {
   ASSERT_EQ(Run("defect " + file + " add --summary One").code, 0);
   ASSERT_EQ(Run("defect " + file + " add --summary Two").code, 0);
