@@ -39,13 +39,8 @@ std::string CrLfToCr(std::string_view text) {
   return out;
 }
 
-// Hours as "%5.2lf"; hours not given (below 0) read as 0.
-std::string Hours(double hours) {
-  // Wide enough for the largest double in fixed notation.
-  std::array<char, 400> text{};
-  std::snprintf(text.data(), text.size(), "%5.2lf", std::max(hours, 0.0));
-  return text.data();
-}
+// Hours as the history shows them; hours not given (below 0) read as 0.
+std::string Hours(double hours) { return FormatHours(std::max(hours, 0.0)); }
 
 std::string_view HistoryName(EventKind kind) {
   switch (kind) {

@@ -7,7 +7,7 @@
 #include "defects/project_defects.h"
 #include "defects/text_forms.h"
 #include "session/db_doc.h"
-#include "session/value_setup.h"
+#include "session/record_notice.h"
 #include "store/bytes.h"
 
 namespace qm {
@@ -216,13 +216,10 @@ bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uin
 
 void SelectionAction::PostChanged(std::uint32_t defectId) {
   if (!doc_.multiUser()) return;
-  std::array<std::uint8_t, 8> data{};
-  BeWriter out(data.data());
-  out.U32(kDefectsTag);
-  out.U32(defectId);
   // A notice that cannot be posted only leaves the others to see the change at their
   // next look at the file.
-  (void)doc_.store()->PostMessage(doc_.currentUserId(), kNoticeChanged, data);
+  (void)PostRecordNotice(*doc_.store(), doc_.currentUserId(), kNoticeChanged, kDefectsTag,
+                         defectId);
 }
 
 }  // namespace qm

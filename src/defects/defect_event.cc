@@ -20,17 +20,6 @@ constexpr std::size_t kFixedVersionCapacity = 32;
 // What a release notes event keeps of its version when it is stored.
 constexpr std::size_t kReleaseVersionCapacity = 32;
 
-// Hours as every view of an event shows them: "%5.2lf".
-std::string FormatHours(double hours) {
-  // Wide enough for the largest double in fixed notation.
-  std::array<char, 400> text{};
-  std::snprintf(text.data(), text.size(), "%5.2lf", hours);
-  return text.data();
-}
-
-// The forms show hours only when they are given; the HTML leaves the cell empty.
-std::string GivenHours(double hours) { return hours >= 0 ? FormatHours(hours) : std::string(); }
-
 constexpr Tag kResolutions = MakeTag("reso");
 
 // The last line of the text form, present only with notes.
@@ -62,6 +51,15 @@ void EndAssignment(DefectCopies& copies) {
 }
 
 }  // namespace
+
+std::string FormatHours(double hours) {
+  // Wide enough for the largest double in fixed notation.
+  std::array<char, 400> text{};
+  std::snprintf(text.data(), text.size(), "%5.2lf", hours);
+  return text.data();
+}
+
+std::string GivenHours(double hours) { return hours >= 0 ? FormatHours(hours) : std::string(); }
 
 std::string FormatDate(std::uint32_t stamp) {
   if (stamp == platform::kNoStamp) return {};

@@ -265,6 +265,10 @@ class CReleaseNotesEvent : public CDefectEvent {
 
 // A date as people read it, "M/D/YYYY"; empty for a stamp that is not set.
 std::string FormatDate(std::uint32_t stamp);
+// Hours as every view shows them, "%5.2lf"; GivenHours leaves hours not given (below 0)
+// empty.
+std::string FormatHours(double hours);
+std::string GivenHours(double hours);
 
 // The hours of a fix event and of a defect record, in the form of the record's version:
 // below 0x102 a 2- or 4-byte whole number (all ones: not set), 0x102 and 0x103 twelve

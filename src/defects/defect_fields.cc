@@ -76,13 +76,6 @@ constexpr std::array<DefectField, 55> kFields{{
 constexpr const char* kStatusTexts[] = {
     "Open", "Fixed", "Failed verification", "Passed verification, closed", "Closed", "Re-opened"};
 
-std::string Hours(double hours) {
-  if (hours < 0) return {};
-  char text[32];
-  std::snprintf(text, sizeof text, "%5.2lf", hours);
-  return text;
-}
-
 }  // namespace
 
 const std::array<DefectField, 55>& DefectFields() { return kFields; }
@@ -210,7 +203,7 @@ bool CDefect::GetFieldText(std::uint16_t field, std::string& text, std::string* 
       text = copies_.fixVersion;
       return true;
     case 19:
-      text = Hours(copies_.hoursToFix);
+      text = GivenHours(copies_.hoursToFix);
       return true;
     case 20:
       text = YesNo(copies_.affectsDocs);
@@ -246,7 +239,7 @@ bool CDefect::GetFieldText(std::uint16_t field, std::string& text, std::string* 
       text = user(copies_.estimatedById);
       return true;
     case 31:
-      text = Hours(copies_.estimatedHours);
+      text = GivenHours(copies_.estimatedHours);
       return true;
     case 32:
       text = FormatDate(copies_.estimatedFixDate);

@@ -116,13 +116,6 @@ std::string ToStoredLines(std::string_view text) {
   return out;
 }
 
-std::string FormatHours(double hours) {
-  if (hours < 0) return {};
-  char text[32];
-  std::snprintf(text, sizeof text, "%5.2lf", hours);
-  return text;
-}
-
 // The finite number `text` starts with, after blanks, and how much of the text it took.
 // from_chars reads the same in every locale, as the stored hours must.
 std::optional<double> LeadingNumber(std::string_view text, std::size_t* used = nullptr) {
@@ -210,7 +203,7 @@ EventDialog::EventDialog(CDefectEvent& event, EventDialogMode mode, std::uint32_
       const auto& fix = static_cast<const CFixEvent&>(event);
       versionText = fix.fixVersion;
       resolutionId = fix.resolutionId;
-      hoursText = FormatHours(fix.hours);
+      hoursText = GivenHours(fix.hours);
       affectsDocs = fix.affectsDocs;
       affectsTestPlan = fix.affectsTestPlan;
       break;
@@ -223,7 +216,7 @@ EventDialog::EventDialog(CDefectEvent& event, EventDialogMode mode, std::uint32_
       break;
     case EventKind::kEstimate: {
       const auto& estimate = static_cast<const CEstimateEvent&>(event);
-      hoursText = FormatHours(estimate.hours);
+      hoursText = GivenHours(estimate.hours);
       estimatedDateText = FormatDate(estimate.estimatedDate);
       versionText = estimate.estimatedVersion;
       break;

@@ -18,12 +18,8 @@ constexpr std::uint16_t kClipboardVersion = 1;
 // Tells the other clients of a multi-user project what happened to a defect.
 void Notify(CDBDoc& doc, std::uint32_t kind, std::uint32_t defectId) {
   if (!doc.multiUser()) return;
-  std::array<std::uint8_t, 8> data{};
-  BeWriter out(data.data());
-  out.U32(kDefectsTag);
-  out.U32(defectId);
   // A notice that does not go out costs the others a refresh, not the change itself.
-  (void)doc.store()->PostMessage(doc.currentUserId(), kind, data);
+  (void)PostRecordNotice(*doc.store(), doc.currentUserId(), kind, kDefectsTag, defectId);
 }
 
 }  // namespace

@@ -8,15 +8,13 @@
 
 #include "defects/defect.h"
 #include "defects/defect_table.h"
+#include "session/record_notice.h"
 #include "store/db_status.h"
 #include "ui/ui.h"
 
 namespace qm {
 
 class CDBDoc;
-
-// The kind of change notice that tells other clients a record is gone.
-inline constexpr std::uint32_t kNoticeDeleted = 1003;
 
 // The selected defects that another user holds locked are left out, with `message` said
 // once; the others are answered in selection order.

@@ -203,11 +203,7 @@ void ValueSetup::FinishDelete(ValueItem& item, bool used, std::uint32_t newId) {
 
 void ValueSetup::PostChanged(std::uint32_t defectId) {
   if (!store_.multiUser()) return;
-  std::array<std::uint8_t, 8> data{};
-  BeWriter out(data.data());
-  out.U32(MakeTag("dfct"));
-  out.U32(defectId);
-  Require(store_.PostMessage(currentUserId_, kNoticeChanged, data));
+  Require(PostRecordNotice(store_, currentUserId_, kNoticeChanged, MakeTag("dfct"), defectId));
 }
 
 void ValueSetup::MoveUp() {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "session/record_notice.h"
 #include "session/value_item.h"
 #include "session/value_lists.h"
 #include "store/db_status.h"
@@ -44,9 +45,6 @@ struct ReplacementQuestion {
   std::string label;
   std::vector<std::string> names;  // the other names of the list, in list order
 };
-
-// The kind of change notice that tells other clients a record changed.
-inline constexpr std::uint32_t kNoticeChanged = 1002;
 
 // Works on the list's table, which must have a store. The list box rows are the table's
 // items in table order, and a selection is a row from 1 (0: none). A failure of the store

@@ -18,21 +18,17 @@ class ChangeHistory : public ::testing::Test {
     lookups.users[2].SetLastName("Smith");
     lookups.users[2].SetFirstName("Ann");
     lookups.users[3].SetLastName("Lee");
-    for (const auto& [list, id, name] : std::vector<std::tuple<Tag, std::uint32_t, const char*>>{
-             {MakeTag("prod"), 1, "Atlas"},
-             {MakeTag("prod"), 11, "Beacon"},
-             {MakeTag("comp"), 2, "Parser"},
-             {MakeTag("comp"), 12, "Lexer"},
-             {MakeTag("type"), 3, "Cosmetic"},
-             {MakeTag("type"), 13, "Crash"},
-             {MakeTag("prio"), 4, "Immediate"},
-             {MakeTag("sevr"), 5, "Workaround"},
-             {MakeTag("reso"), 6, "Code Change"},
-             {MakeTag("rpro"), 7, "Always"},
-             {MakeTag("rpro"), 17, "Sometimes"}}) {
-      lookups.values.emplace(std::piecewise_construct, std::forward_as_tuple(list, id),
-                             std::forward_as_tuple(name, 1u));
-    }
+    lookups.AddValues({{MakeTag("prod"), 1, "Atlas"},
+                       {MakeTag("prod"), 11, "Beacon"},
+                       {MakeTag("comp"), 2, "Parser"},
+                       {MakeTag("comp"), 12, "Lexer"},
+                       {MakeTag("type"), 3, "Cosmetic"},
+                       {MakeTag("type"), 13, "Crash"},
+                       {MakeTag("prio"), 4, "Immediate"},
+                       {MakeTag("sevr"), 5, "Workaround"},
+                       {MakeTag("reso"), 6, "Code Change"},
+                       {MakeTag("rpro"), 7, "Always"},
+                       {MakeTag("rpro"), 17, "Sometimes"}});
     d.summary = "Crash <on> save";
     d.productId = 1;
     d.componentId = 2;

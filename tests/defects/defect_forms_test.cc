@@ -18,17 +18,13 @@ class DefectForms : public ::testing::Test {
     lookups.users[2].SetFirstName("Ann");
     lookups.users[2].SetCompany("Acme");
     lookups.users[3].SetLastName("Lee");
-    for (const auto& [list, id, name] : std::vector<std::tuple<Tag, std::uint32_t, const char*>>{
-             {MakeTag("prod"), 1, "Atlas"},
-             {MakeTag("comp"), 2, "Parser"},
-             {MakeTag("type"), 3, "Cosmetic"},
-             {MakeTag("prio"), 4, "Immediate"},
-             {MakeTag("sevr"), 5, "Workaround"},
-             {MakeTag("reso"), 6, "Code Change"},
-             {MakeTag("rpro"), 7, "Always"}}) {
-      lookups.values.emplace(std::piecewise_construct, std::forward_as_tuple(list, id),
-                             std::forward_as_tuple(name, 1u));
-    }
+    lookups.AddValues({{MakeTag("prod"), 1, "Atlas"},
+                       {MakeTag("comp"), 2, "Parser"},
+                       {MakeTag("type"), 3, "Cosmetic"},
+                       {MakeTag("prio"), 4, "Immediate"},
+                       {MakeTag("sevr"), 5, "Workaround"},
+                       {MakeTag("reso"), 6, "Code Change"},
+                       {MakeTag("rpro"), 7, "Always"}});
     d.number = 7;
     d.summary = "Crash <on> save";
     d.productId = 1;

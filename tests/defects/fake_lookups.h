@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "defects/defect_lookups.h"
@@ -26,6 +28,19 @@ class FakeLookups : public DefectLookups {
     return it != positions.end() ? it->second : 0;
   }
   std::uint32_t CurrentUserId() const override { return current; }
+
+  struct NamedValue {
+    Tag list;
+    std::uint32_t id;
+    const char* name;
+  };
+  // Enters each name as the value of its id in its list.
+  void AddValues(std::initializer_list<NamedValue> names) {
+    for (const NamedValue& v : names) {
+      values.emplace(std::piecewise_construct, std::forward_as_tuple(v.list, v.id),
+                     std::forward_as_tuple(v.name, 1u));
+    }
+  }
 
   std::map<std::uint32_t, CUser> users;
   std::map<std::uint32_t, CTestConfig> configs;
