@@ -226,18 +226,22 @@ void CDefect::ConvertOldReport(std::uint32_t oldConfigId, std::string oldConfigT
 
 std::unique_ptr<CDefect> CDefect::Clone() const {
   auto copy = std::make_unique<CDefect>(lookups_);
-  const std::vector<std::uint8_t> bytes = Pack();
+  copy->CopyFrom(*this);
+  return copy;
+}
+
+void CDefect::CopyFrom(const CDefect& other) {
+  const std::vector<std::uint8_t> bytes = other.Pack();
   PayloadReader in(bytes);
-  copy->ReadFrom(in);
-  copy->SetId(GetId());
+  ReadFrom(in);
+  SetId(other.GetId());
   // The rows pair up by place: the byte form keeps the order of both tables.
   for (std::uint32_t n = 1; n <= EventCount(); ++n) {
-    copy->EventAt(n)->sessionId = EventAt(n)->sessionId;
+    EventAt(n)->sessionId = other.EventAt(n)->sessionId;
   }
   for (std::uint32_t n = 1; n <= ReportedByCount(); ++n) {
-    copy->ReportedByAt(n)->sessionId = ReportedByAt(n)->sessionId;
+    ReportedByAt(n)->sessionId = other.ReportedByAt(n)->sessionId;
   }
-  return copy;
 }
 
 // ---- events ------------------------------------------------------------------------------

@@ -82,6 +82,8 @@ class CDefect : public RecordItem {
 
   // A copy made through the byte form, its rows keeping their session ids.
   std::unique_ptr<CDefect> Clone() const;
+  // Takes over everything `other` holds, its id and its rows' session ids too.
+  void CopyFrom(const CDefect& other);
 
   // Events, 1-based; null out of range.
   std::uint32_t EventCount() const { return static_cast<std::uint32_t>(events_.size()); }

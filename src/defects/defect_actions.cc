@@ -5,6 +5,7 @@
 #include <array>
 
 #include "defects/project_defects.h"
+#include "defects/selection_commands.h"
 #include "defects/text_forms.h"
 #include "session/db_doc.h"
 #include "session/record_notice.h"
@@ -98,9 +99,23 @@ bool In(std::uint8_t statuses, std::uint16_t status) {
   return status < 8 && (statuses & (1u << status)) != 0;
 }
 
-// Whether a dialog's closing button adds the event: assign, comment, release notes and
-// close know OK only; estimate, fix and re-open Save & Assign too; verify both Saves.
-bool Accepted(EventKind kind, EventDialogResult result) {
+std::string AssigneeName(const DefectLookups& lookups, std::uint32_t userId) {
+  return userId != 0 ? UserName(lookups, userId) : std::string("not assigned");
+}
+
+}  // namespace
+
+const DefectCommandInfo& CommandInfo(DefectCommand command) { return Row(command).info; }
+
+std::unique_ptr<CDefectEvent> NewCommandEvent(DefectCommand command, std::uint32_t now) {
+  std::unique_ptr<CDefectEvent> event =
+      CDefectEvent::Make(static_cast<std::int16_t>(CommandInfo(command).kind));
+  event->userId = 0;
+  event->date = now;
+  return event;
+}
+
+bool AcceptsResult(EventKind kind, EventDialogResult result) {
   switch (kind) {
     case EventKind::kEstimate:
     case EventKind::kFix:
@@ -113,13 +128,16 @@ bool Accepted(EventKind kind, EventDialogResult result) {
   }
 }
 
-std::string AssigneeName(const DefectLookups& lookups, std::uint32_t userId) {
-  return userId != 0 ? UserName(lookups, userId) : std::string("not assigned");
+std::optional<DefectCommand> FollowUp(const CDefectEvent& event, EventDialogResult result) {
+  const auto* verify = dynamic_cast<const CVerifyEvent*>(&event);
+  if (result == EventDialogResult::kSaveAndAssign && (verify == nullptr || !verify->passed)) {
+    return DefectCommand::kAssign;
+  }
+  if (result == EventDialogResult::kSaveAndRelease && verify != nullptr && verify->passed) {
+    return DefectCommand::kReleaseNotes;
+  }
+  return std::nullopt;
 }
-
-}  // namespace
-
-const DefectCommandInfo& CommandInfo(DefectCommand command) { return Row(command).info; }
 
 bool AllowedInWindow(DefectCommand command, std::uint16_t shownStatus, bool allowMultipleFixes) {
   if (command == DefectCommand::kFix && allowMultipleFixes && shownStatus == 2) return true;
@@ -146,14 +164,7 @@ SelectionAction::SelectionAction(CDBDoc& doc, CDefectTable& table, std::vector<C
 
 std::vector<CDefect*> SelectionAction::Eligible(DefectCommand command) {
   const CommandRow& row = Row(command);
-  std::vector<CDefect*> defects = selection_;
-  const auto lockedGo = std::erase_if(defects, [this](const CDefect* d) {
-    bool locked = false;
-    // A lock that cannot be looked at does not keep the defect out: the store's write
-    // lock still orders the updates, and the last writer wins.
-    return doc_.store()->IsRecordLocked(kDefectsTag, d->GetId(), locked) == DBStatus::kOk && locked;
-  });
-  if (lockedGo > 0) ui_.Tell(std::string(row.lockedText), ui::Icon::kWarning);
+  std::vector<CDefect*> defects = LeaveOutLocked(doc_, selection_, ui_, row.lockedText);
   const auto filteredGo =
       std::erase_if(defects, [&row](const CDefect* d) { return In(row.filterOut, d->status()); });
   if (filteredGo > 0) ui_.Tell(std::string(row.filterText), ui::Icon::kWarning);
@@ -165,13 +176,9 @@ std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
   const std::vector<CDefect*> defects = Eligible(command);
   if (defects.empty()) return std::nullopt;
 
-  const EventKind kind = CommandInfo(command).kind;
-  std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
-  event->userId = 0;
-  event->date = clock_.Now();
+  std::unique_ptr<CDefectEvent> event = NewCommandEvent(command, clock_.Now());
   const std::optional<EventDialogResult> result = runDialog_(*event);
-  if (!result || !Accepted(kind, *result)) return std::nullopt;
-
+  if (!result || !AcceptsResult(event->kind(), *result)) return std::nullopt;
   const std::uint32_t now = clock_.Now();
   for (CDefect* defect : defects) {
     if (!Apply(*defect, *event, now)) continue;
@@ -179,15 +186,7 @@ std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
     // The notification of a changed defect goes here, with the change text as %CHNG%.
   }
   // Then the mail layer is told to send or queue what the notifications made.
-
-  const auto* verify = dynamic_cast<const CVerifyEvent*>(event.get());
-  if (*result == EventDialogResult::kSaveAndAssign && (verify == nullptr || !verify->passed)) {
-    return DefectCommand::kAssign;
-  }
-  if (*result == EventDialogResult::kSaveAndRelease && verify != nullptr && verify->passed) {
-    return DefectCommand::kReleaseNotes;
-  }
-  return std::nullopt;
+  return FollowUp(*event, *result);
 }
 
 bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uint32_t now) {

@@ -48,6 +48,19 @@ bool AllowedInWindow(DefectCommand command, std::uint16_t shownStatus, bool allo
 bool AllowedOnSelection(DefectCommand command, std::span<const std::uint16_t> statuses,
                         bool allowMultipleFixes);
 
+// The event a command starts from: of the command's kind, by no one yet, dated `now`.
+std::unique_ptr<CDefectEvent> NewCommandEvent(DefectCommand command, std::uint32_t now);
+
+// Whether the button that closed the dialog adds the event: assign, comment, release notes
+// and close know OK only; estimate, fix and re-open "Save && Assign" too; verify both
+// Saves.
+bool AcceptsResult(EventKind kind, EventDialogResult result);
+
+// The command that the closing button asks for next, once the event is in: assign after
+// "Save && Assign" (on a verify only with Fail), release notes after "Save && Release"
+// on a passed verify.
+std::optional<DefectCommand> FollowUp(const CDefectEvent& event, EventDialogResult result);
+
 // A command run on a selection of defects: one dialog, then one event for each defect that
 // may take it.
 //

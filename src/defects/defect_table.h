@@ -37,6 +37,8 @@ class CDefectTable : public ItemTable {
   }
 
   // The field that decides between defects equal in the sort field; kNoSortField for none.
+  // What the defects of this table read their names through.
+  const DefectLookups* lookups() const { return lookups_; }
   std::int16_t secondaryField() const { return secondary_; }
   void SetSecondaryField(std::int16_t field);
 

@@ -25,19 +25,19 @@ void Notify(CDBDoc& doc, std::uint32_t kind, std::uint32_t defectId) {
 }  // namespace
 
 std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
-                                     ui::Ui& ui, const char* message) {
+                                     ui::Ui& ui, std::string_view message) {
   std::vector<CDefect*> free;
   for (CDefect* defect : selection) {
     bool locked = false;
-    LockHolder holder;
-    if (doc.store()->IsRecordLocked(kDefectsTag, defect->GetId(), locked, &holder) ==
-            DBStatus::kOk &&
-        locked && holder.userId != doc.currentUserId()) {
+    // A lock that cannot be looked at does not keep the defect out: the store's write
+    // lock still orders the updates, and the last writer wins.
+    if (doc.store()->IsRecordLocked(kDefectsTag, defect->GetId(), locked) == DBStatus::kOk &&
+        locked) {
       continue;
     }
     free.push_back(defect);
   }
-  if (free.size() < selection.size()) ui.Tell(message, ui::Icon::kInformation);
+  if (free.size() < selection.size()) ui.Tell(std::string(message), ui::Icon::kWarning);
   return free;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "defects/defect.h"
@@ -16,10 +17,12 @@ namespace qm {
 
 class CDBDoc;
 
-// The selected defects that another user holds locked are left out, with `message` said
-// once; the others are answered in selection order.
+// The selected defects whose record lock is held are left out, with `message` said once;
+// the others are answered in selection order. Any holder counts, this user in another
+// window or another copy of the program too: the window that holds the lock would write
+// its own copy of the defect over a change made now.
 std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
-                                     ui::Ui& ui, const char* message);
+                                     ui::Ui& ui, std::string_view message);
 
 // Copies of the selected defects, events and reported-by rows included. A copy of a
 // numbered defect takes the next number; one of an un-numbered defect stays without. The

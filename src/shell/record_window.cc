@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "session/db_doc.h"
+#include "session/record_notice.h"
 #include "store/store_error.h"
 
 namespace qm {
@@ -37,8 +38,10 @@ CRecordWindow::~CRecordWindow() { ReleaseLock(); }
 
 bool CRecordWindow::UsesStoreLocks() const { return doc_.multiUser() && doc_.store() != nullptr; }
 
-void CRecordWindow::Open(std::uint16_t mode, std::vector<RecordItem*> browse, std::uint32_t start) {
+void CRecordWindow::Open(std::uint16_t mode, std::vector<RecordItem*> browse, std::uint32_t start,
+                         bool readOnly) {
   mode_ = mode;
+  readOnly_ = readOnly;
   browse_ = std::move(browse);
   position_ = browse_.empty() ? 0 : start;
   SetStepButtons();
@@ -100,7 +103,7 @@ void CRecordWindow::LoadCurrent() {
   }
   LoadFields(*item_);
   // Read-only while someone else holds the lock; editable again after a step away.
-  if (mode_ == kEdit) EnableFields(!lockFailed_);
+  if (mode_ == kEdit) EnableFields(editable());
 }
 
 bool CRecordWindow::TakeLock() {
@@ -140,7 +143,7 @@ void CRecordWindow::OnIdle() {
     return;
   }
   LockTaken();
-  EnableFields(true);
+  EnableFields(editable());
   // Show what the other party saved while it held the lock.
   try {
     table_.ReloadItem(*item_);
@@ -188,6 +191,12 @@ bool CRecordWindow::StoreEdit() {
              ui::Icon::kError);
     return false;
   }
+  if (UsesStoreLocks()) {
+    // A notice that cannot be posted only leaves the others to see the change at their
+    // next look at the file.
+    (void)PostRecordNotice(*doc_.store(), doc_.currentUserId(), kNoticeChanged, table_.tag(),
+                           item_->GetId());
+  }
   AfterUpdate(*item_);
   return true;
 }
@@ -203,7 +212,7 @@ bool CRecordWindow::OnAcceptButton() {
     return false;
   }
   if (mode_ == kEdit) {
-    if (item_ != nullptr && lockHeld_ && FieldsChanged()) StoreEdit();
+    if (item_ != nullptr && lockHeld_ && !readOnly_ && FieldsChanged()) StoreEdit();
     Close();
     return true;
   }
@@ -243,7 +252,7 @@ bool CRecordWindow::Step(std::int32_t delta) {
   if (browse_.size() < 2) return false;
   if (delta > 0 ? position_ >= browse_.size() : position_ <= 1) return false;
   if (mode_ == kEdit) {
-    if (lockHeld_ && FieldsChanged()) StoreEdit();
+    if (lockHeld_ && !readOnly_ && FieldsChanged()) StoreEdit();
     ReleaseLock();
   }
   lockFailed_ = false;

@@ -75,8 +75,10 @@ class CRecordWindow {
 
   // Opens the window in `mode` over `browse`, the items to step through (empty for none,
   // as when adding), at the 1-based `start`. Modes 1 and 2 load the item there; mode 3
-  // resets the fields for a new item.
-  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
+  // resets the fields for a new item. `readOnly` shows the items of an edit with their
+  // fields read-only, and saves nothing.
+  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1,
+            bool readOnly = false);
 
   // The second button. Answers whether the window closes; it stays open after a failed
   // validation, a failed add, and each add in mode 0.
@@ -99,6 +101,9 @@ class CRecordWindow {
   std::uint32_t position() const { return position_; }
   bool lockHeld() const { return lockHeld_; }
   bool lockFailed() const { return lockFailed_; }
+  // Whether the fields may change: not while someone else holds the lock, nor when the
+  // window was opened read-only.
+  bool editable() const { return mode_ != kView && !lockFailed_ && !readOnly_; }
   bool retryActive() const { return retryActive_; }
   // The first button (the cancel kind) and the second (the accept kind).
   const ButtonState& firstButton() const { return first_; }
@@ -128,6 +133,7 @@ class CRecordWindow {
 
   CDBDoc& doc() const { return doc_; }
   ItemTable& table() const { return table_; }
+  ui::Ui& userInterface() const { return ui_; }
 
  private:
   bool Adding() const { return mode_ == kAdd || mode_ == kAddClose; }
@@ -158,6 +164,7 @@ class CRecordWindow {
   std::uint16_t mode_ = kAdd;
   std::vector<RecordItem*> browse_;
   std::uint32_t position_ = 0;  // 1-based in browse_; 0 without a list
+  bool readOnly_ = false;
   RecordItem* item_ = nullptr;
   bool lockHeld_ = false;
   bool lockFailed_ = false;

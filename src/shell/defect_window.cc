@@ -1,0 +1,224 @@
+// The defect record window's logic: the actions, the event list and the save of an edit.
+#include "shell/defect_window.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "defects/change_history.h"
+#include "defects/project_defects.h"
+#include "defects/text_forms.h"
+#include "people/user.h"
+#include "session/db_doc.h"
+#include "session/numbering.h"
+
+namespace qm {
+
+ItemCommandTexts ItemCommands(DefectFocus focus) {
+  switch (focus) {
+    case DefectFocus::kHistory:
+      return {"Edit Action\tAlt+E", "View Action\tAlt+Enter", "Delete Action\tAlt+Del"};
+    case DefectFocus::kAttachments:
+      return {"Extract Attachment\tAlt+E", "View Attachment\tAlt+Enter",
+              "Delete Attachment\tAlt+Del"};
+    default:
+      return {"Edit Defect\tAlt+E", "View Defect\tAlt+Enter", "Delete Defect\tAlt+Del"};
+  }
+}
+
+CDefectWindow::CDefectWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui, EditMarks& marks,
+                             RunEventDialog runDialog, platform::Clock& clock)
+    : CRecordWindow(doc, table, ui, marks, clock),
+      runDialog_(std::move(runDialog)),
+      clock_(clock),
+      shown_(std::make_unique<CDefect>(table.lookups())) {}
+
+std::string CDefectWindow::GetWindowTitle(std::uint16_t mode) const {
+  if (mode == kAdd || mode == kAddClose || shown_->number == 0) return "Defect";
+  return "Defect #" + std::to_string(shown_->number);
+}
+
+void CDefectWindow::LoadFields(const RecordItem& item) {
+  shown_->CopyFrom(static_cast<const CDefect&>(item));
+  loaded_ = shown_->Pack();
+  changed_ = false;
+  reportRow_ = shown_->ReportedByCount() > 0 ? 1 : 0;
+}
+
+void CDefectWindow::ResetForAdd() {
+  shown_ = std::make_unique<CDefect>(defects().lookups());
+  shown_->dateEntered = clock_.Now();
+  shown_->enteredById = doc().currentUserId();
+  shown_->AddReportedBy(DefaultReport());
+  shown_->RefreshFromFirstReport();
+  loaded_ = shown_->Pack();
+  changed_ = false;
+  reportRow_ = 1;
+}
+
+std::unique_ptr<CReportedBy> CDefectWindow::DefaultReport() const {
+  auto row = std::make_unique<CReportedBy>();
+  row->dateFound = clock_.Now();
+  row->foundById = doc().currentUserId();
+  if (const auto* user = dynamic_cast<const CUser*>(
+          doc().GetTable(kUserTag) != nullptr ? doc().GetTable(kUserTag)->ItemById(row->foundById)
+                                              : nullptr)) {
+    row->contact = user->GetCompany().empty() ? user->GetName() : user->GetCompany();
+  }
+  return row;
+}
+
+bool CDefectWindow::FieldsChanged() const { return changed_ || shown_->Pack() != loaded_; }
+
+std::optional<std::string> CDefectWindow::ValidateFields() {
+  if (shown_->summary.empty()) return std::string("Please enter a summary for the defect.");
+  return std::nullopt;
+}
+
+std::string CDefectWindow::PendingChangeText() const {
+  const auto* stored = static_cast<const CDefect*>(currentItem());
+  if (stored == nullptr) return {};
+  std::string text;
+  BuildChangeText(DocLookups(doc()), *stored, *shown_, text);
+  return text;
+}
+
+void CDefectWindow::StoreFields(RecordItem& item) {
+  auto& defect = static_cast<CDefect&>(item);
+  shown_->dateModified = clock_.Now();
+  if (defect.GetId() == 0) {
+    defect.CopyFrom(*shown_);
+    // Without a number the defect is still added; renumbering gives it one later.
+    if (doc().options().numberOnUserEntry &&
+        doc().NextCounter(kMiscTag, kDefectCounterRecord, defect.number) != DBStatus::kOk) {
+      defect.number = 0;
+    }
+    // After the add, the notification of a new defect and the mail layer's send or queue.
+    return;
+  }
+  // An edit: the change text compares the stored defect with the one about to replace it.
+  // After the save it becomes %CHNG% of the notification of a changed defect (template 3),
+  // and then the mail layer is told to send or queue.
+  changeText_.clear();
+  BuildChangeText(DocLookups(doc()), defect, *shown_, changeText_);
+  defect.CopyFrom(*shown_);
+  loaded_ = shown_->Pack();
+  changed_ = false;
+}
+
+bool CDefectWindow::CommandEnabled(DefectCommand command) const {
+  return editable() && doc().HasRight(CommandInfo(command).right) &&
+         AllowedInWindow(command, shown_->status(), doc().options().allowMultipleFixes);
+}
+
+bool CDefectWindow::RunCommand(DefectCommand command) {
+  if (!CommandEnabled(command)) return false;
+  std::unique_ptr<CDefectEvent> event = NewCommandEvent(command, clock_.Now());
+  const std::optional<EventDialogResult> result = runDialog_(*event, EventDialogMode::kEdit);
+  if (!result || !AcceptsResult(event->kind(), *result)) return false;
+  const std::optional<DefectCommand> next = FollowUp(*event, *result);
+  Insert(std::move(event));
+  if (next) RunCommand(*next);
+  return true;
+}
+
+void CDefectWindow::Insert(std::unique_ptr<CDefectEvent> event) {
+  shown_->AddEvent(std::move(event));
+  changed_ = true;
+}
+
+std::vector<EventRow> CDefectWindow::EventRows() const {
+  const DocLookups lookups(doc());
+  std::vector<EventRow> rows;
+  if (const CReportedBy* report = shown_->ReportedByAt(1); report != nullptr) {
+    const std::string& d = report->description;
+    rows.push_back({"Reported", FormatDate(report->dateFound), report->GetFoundByName(lookups),
+                    d.substr(0, d.find_first_of("\r\n"))});
+  }
+  for (std::uint32_t n = 1; n <= shown_->EventCount(); ++n) {
+    const CDefectEvent& e = *shown_->EventAt(n);
+    rows.push_back({std::string(e.ActionText()), FormatDate(e.date), UserName(lookups, e.userId),
+                    e.GetInfoText()});
+  }
+  return rows;
+}
+
+CDefectEvent* CDefectWindow::EventOfRow(std::uint32_t row) const {
+  // Row 1 is the first report when there is one.
+  const std::uint32_t first = shown_->ReportedByCount() > 0 ? 2 : 1;
+  return row >= first ? shown_->EventAt(row - first + 1) : nullptr;
+}
+
+bool CDefectWindow::EventEditable(std::uint32_t row) const {
+  return editable() && EventOfRow(row) != nullptr;
+}
+
+bool CDefectWindow::EditEvent(std::uint32_t row) {
+  if (!EventEditable(row)) return false;
+  CDefectEvent* event = EventOfRow(row);
+  // The dialog works on a copy, so that a cancelled edit leaves the event as it was; the
+  // edited event goes back in by its date, which may have changed.
+  std::unique_ptr<CDefectEvent> copy = event->Clone();
+  const std::optional<EventDialogResult> result = runDialog_(*copy, EventDialogMode::kEdit);
+  if (!result) return false;
+  (void)shown_->RemoveEvent(event);
+  Insert(std::move(copy));
+  return true;
+}
+
+bool CDefectWindow::ViewEvent(std::uint32_t row) {
+  CDefectEvent* event = EventOfRow(row);
+  if (event == nullptr) return false;
+  (void)runDialog_(*event, EventDialogMode::kView);
+  return true;
+}
+
+bool CDefectWindow::DeleteEvent(std::uint32_t row) {
+  if (!EventEditable(row)) return false;
+  const ui::Message question{
+      "Are you sure that you want to delete the selected action? There is no undo available.", "",
+      ui::Icon::kQuestion, ui::Buttons::kYesNo};
+  if (userInterface().Ask(question) != ui::Answer::kYes) return false;
+  (void)shown_->RemoveEvent(EventOfRow(row));
+  changed_ = true;
+  return true;
+}
+
+void CDefectWindow::AddToNotify(std::uint32_t userId) {
+  std::vector<std::uint32_t> ids = shown_->notifyList();
+  if (std::find(ids.begin(), ids.end(), userId) != ids.end()) return;
+  ids.push_back(userId);
+  shown_->SetNotifyList(std::move(ids));
+  changed_ = true;
+}
+
+void CDefectWindow::RemoveFromNotify(std::uint32_t userId) {
+  std::vector<std::uint32_t> ids = shown_->notifyList();
+  if (std::erase(ids, userId) == 0) return;
+  shown_->SetNotifyList(std::move(ids));
+  changed_ = true;
+}
+
+std::string CDefectWindow::ReportCounter() const {
+  return std::to_string(reportRow_) + " of " + std::to_string(shown_->ReportedByCount());
+}
+
+void CDefectWindow::ShowReport(std::uint32_t row) {
+  if (row >= 1 && row <= shown_->ReportedByCount()) reportRow_ = row;
+}
+
+void CDefectWindow::NewReportedBy() {
+  shown_->AddReportedBy(DefaultReport());
+  reportRow_ = shown_->ReportedByCount();
+  changed_ = true;
+}
+
+void CDefectWindow::DeleteReportedBy() {
+  const CReportedBy* row = shown_->ReportedByAt(reportRow_);
+  if (row == nullptr) return;
+  (void)shown_->RemoveReportedBy(row);
+  reportRow_ = std::min(reportRow_, shown_->ReportedByCount());
+  shown_->RefreshFromFirstReport();
+  changed_ = true;
+}
+
+}  // namespace qm

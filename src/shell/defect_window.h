@@ -1,0 +1,128 @@
+// CDefectWindow, the logic of the record window of one defect: its tabs, the event list of
+// the History tab with the actions that add to it, the notification list, the reported-by
+// rows, and the save that yields the change text of the edit.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "defects/defect.h"
+#include "defects/defect_actions.h"
+#include "defects/defect_table.h"
+#include "defects/event_dialogs.h"
+#include "shell/record_window.h"
+
+namespace qm {
+
+// The tabs, in order; the reported-by panes follow them.
+inline constexpr std::array<std::string_view, 4> kDefectTabs = {"Detail", "History", "Notify",
+                                                                "Workaround"};
+
+// One row of the History tab's event list: "Action", "Date", "Who", "Other Information".
+struct EventRow {
+  std::string action;
+  std::string date;  // empty when not set
+  std::string who;
+  std::string info;
+};
+
+// Where the focus is in the window, which names the Edit, View and Delete items of the
+// menu.
+enum class DefectFocus { kHistory, kAttachments, kElsewhere };
+struct ItemCommandTexts {
+  std::string_view edit;
+  std::string_view view;
+  std::string_view remove;
+};
+ItemCommandTexts ItemCommands(DefectFocus focus);
+
+class CDefectWindow : public CRecordWindow {
+ public:
+  // Runs an event's dialog in `mode` and answers its closing button; nothing is Cancel.
+  using RunEventDialog =
+      std::function<std::optional<EventDialogResult>(CDefectEvent& event, EventDialogMode mode)>;
+
+  CDefectWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui, EditMarks& marks,
+                RunEventDialog runDialog, platform::Clock& clock = platform::Clock::System());
+
+  // The defect as the window shows it: the stored one with the fields edited and the
+  // actions taken since it was loaded. A view changes its fields here and then calls
+  // MarkChanged. Empty (no id) before a load.
+  CDefect& defect() { return *shown_; }
+  const CDefect& defect() const { return *shown_; }
+  void MarkChanged() { changed_ = true; }
+
+  // Whether a command is offered now: by the status the window shows, the user's right,
+  // and a window in edit mode whose fields may change.
+  bool CommandEnabled(DefectCommand command) const;
+  // Runs a command as its button or menu item does: one event in its dialog, which goes
+  // into the event list when the dialog accepts it, followed by the assignment or the
+  // release notes its closing button asks for. True when an event went in. A command that
+  // is not enabled does nothing.
+  bool RunCommand(DefectCommand command);
+
+  // The event list: row 1 is the first report, then one row per event.
+  std::vector<EventRow> EventRows() const;
+  // Edit, view and delete of the event on a row of the list (2 and on); false for a row
+  // that holds no event, or when the window may not change the defect (all but view).
+  bool EventEditable(std::uint32_t row) const;
+  bool EditEvent(std::uint32_t row);
+  bool ViewEvent(std::uint32_t row);
+  // Asks first; true when the event went.
+  bool DeleteEvent(std::uint32_t row);
+
+  // The Notify tab.
+  void AddToNotify(std::uint32_t userId);
+  void RemoveFromNotify(std::uint32_t userId);
+
+  // The reported-by panes show one row at a time, 1-based; 0 when there are none.
+  std::uint32_t reportRow() const { return reportRow_; }
+  // "%d of %d".
+  std::string ReportCounter() const;
+  void ShowReport(std::uint32_t row);
+  // "&New Reported By": a row with today's date and the user logged in as the finder.
+  void NewReportedBy();
+  // "&Delete Reported By": the row shown goes; the panes show the same place or the new
+  // last row.
+  void DeleteReportedBy();
+
+  // What saving now would tell as the change; empty when adding.
+  std::string PendingChangeText() const;
+  // The change text of the last save of an edit, for the notification of the change.
+  const std::string& changeText() const { return changeText_; }
+
+ protected:
+  std::string GetWindowTitle(std::uint16_t mode) const override;
+  void LoadFields(const RecordItem& item) override;
+  void StoreFields(RecordItem& item) override;
+  std::optional<std::string> ValidateFields() override;
+  void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
+  bool FieldsChanged() const override;
+  void ResetForAdd() override;
+
+ private:
+  CDefectTable& defects() const { return static_cast<CDefectTable&>(table()); }
+  CDefectEvent* EventOfRow(std::uint32_t row) const;
+  // Puts a new event into the list by its date, and the window shows the status after it.
+  void Insert(std::unique_ptr<CDefectEvent> event);
+  // A new reported-by row with the defaults of the user logged in.
+  std::unique_ptr<CReportedBy> DefaultReport() const;
+
+  RunEventDialog runDialog_;
+  platform::Clock& clock_;
+  std::unique_ptr<CDefect> shown_;
+  // The payload of the defect as loaded, to tell an edit of the fields.
+  std::vector<std::uint8_t> loaded_;
+  bool changed_ = false;
+  bool fieldsEnabled_ = true;
+  std::uint32_t reportRow_ = 0;
+  std::string changeText_;
+};
+
+}  // namespace qm

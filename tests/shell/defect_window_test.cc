@@ -1,0 +1,397 @@
+// The defect window over a multi-user project: actions taken before saving, the commands
+// each status and right offers, edit, view and delete of events, the notification list and
+// reported-by rows, adding a defect, and a selection action of another process meeting an
+// open window.
+#include "shell/defect_window.h"
+
+#include <gtest/gtest.h>
+
+#include "people/user.h"
+#include "people/user_group.h"
+#include "session/db_doc.h"
+#include "session/numbering.h"
+#include "session/record_notice.h"
+#include "shell/project_item_kinds.h"
+#include "support/child_process.h"
+#include "support/fake_files.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+constexpr DefectCommand kAll[] = {DefectCommand::kAssign,       DefectCommand::kEstimate,
+                                  DefectCommand::kFix,          DefectCommand::kVerify,
+                                  DefectCommand::kClose,        DefectCommand::kReOpen,
+                                  DefectCommand::kReleaseNotes, DefectCommand::kComment};
+
+// A closing button for the dialog of each kind, and what the dialog writes.
+struct DialogStep {
+  EventKind kind;
+  std::optional<EventDialogResult> button;
+  std::function<void(CDefectEvent&)> fill;
+};
+
+// A multi-user project, with tess in the group Testers, and three defects; closed again so
+// that a child process can be forked without sharing its locks.
+class DefectWindowTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    CDBDoc made(ui, kinds, host);
+    ASSERT_EQ(made.NewProject(path, true), 1);
+    auto group = std::make_unique<CUserGroup>();
+    group->name = "Testers";
+    std::unique_ptr<RecordItem> groupItem = std::move(group);
+    ASSERT_EQ(made.GetTable(kGroupTag)->AddItem(groupItem), DBStatus::kOk);
+    auto user = std::make_unique<CUser>();
+    user->SetFirstName("Tess");
+    user->SetLastName("Ng");
+    user->SetLogin("tess");
+    user->SetGroupId(made.GetTable(kGroupTag)->ItemAt(2)->GetId());
+    std::unique_ptr<RecordItem> userItem = std::move(user);
+    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(userItem), DBStatus::kOk);
+    auto& defects = static_cast<CDefectTable&>(*made.GetTable(kDefectsTag));
+    for (const char* summary : {"Crash on save", "Slow start", "Typo in help"}) {
+      std::unique_ptr<RecordItem> d = defects.NewItem();
+      auto& defect = static_cast<CDefect&>(*d);
+      defect.summary = summary;
+      ASSERT_EQ(made.NextCounter(kMiscTag, kDefectCounterRecord, defect.number), DBStatus::kOk);
+      auto report = std::make_unique<CReportedBy>();
+      report->description = std::string(summary) + " happens\revery time";
+      report->dateFound = 3'000'000'000u;
+      defect.AddReportedBy(std::move(report));
+      ASSERT_EQ(defects.AddItem(d), DBStatus::kOk);
+    }
+    made.CloseProject();
+    ui.shown.clear();
+  }
+
+  void Open(const char* login = "admin") {
+    doc = std::make_unique<CDBDoc>(ui, kinds, host);
+    ASSERT_EQ(doc->OpenProject(path, ui::LoginEntry{login, ""}), 1);
+    clock.now = 3'100'000'000u;
+  }
+  CDefectTable& defects() { return static_cast<CDefectTable&>(*doc->GetTable(kDefectsTag)); }
+  CDefect& Defect(std::uint32_t position) { return *defects().DefectAt(position); }
+
+  // A window whose dialogs follow `steps` in order, each checked for its kind.
+  std::unique_ptr<CDefectWindow> Window() {
+    auto window = std::make_unique<CDefectWindow>(
+        *doc, defects(), ui, marks,
+        [this](CDefectEvent& event, EventDialogMode mode) -> std::optional<EventDialogResult> {
+          dialogModes.push_back(mode);
+          if (steps.empty()) {
+            ADD_FAILURE() << "a dialog nobody expected";
+            return std::nullopt;
+          }
+          DialogStep step = std::move(steps.front());
+          steps.erase(steps.begin());
+          EXPECT_EQ(event.kind(), step.kind);
+          if (step.fill) step.fill(event);
+          return step.button;
+        },
+        clock);
+    return window;
+  }
+  std::vector<RecordItem*> All() { return {&Defect(1), &Defect(2), &Defect(3)}; }
+
+  // Which commands the window offers, as "AEFVCORM" with '.' for the ones it does not.
+  static std::string Offered(const CDefectWindow& window) {
+    std::string letters = "AEFVCORM";
+    for (std::size_t c = 0; c < std::size(kAll); ++c) {
+      if (!window.CommandEnabled(kAll[c])) letters[c] = '.';
+    }
+    return letters;
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ScriptedUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  FakeClock clock;
+  EditMarks marks;
+  std::unique_ptr<CDBDoc> doc;
+  std::vector<DialogStep> steps;
+  std::vector<EventDialogMode> dialogModes;
+};
+
+std::string Action(EventKind kind) {
+  return std::string(CDefectEvent::Make(static_cast<std::int16_t>(kind))->ActionText());
+}
+
+auto Dated(std::uint32_t date, std::string notes = {}) {
+  return [date, notes](CDefectEvent& e) {
+    e.date = date;
+    e.notes = notes;
+  };
+}
+
+TEST_F(DefectWindowTest, ActionsWaitForTheSaveAndTheWindowShowsTheStatusTheyWouldGive) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  EXPECT_EQ(window->title(), "Edit Defect #1");
+  doc->options().allowMultipleFixes = false;
+  EXPECT_EQ(Offered(*window), "AEF.C.RM") << "an open defect";
+
+  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'100'000'000u, "Seen")});
+  EXPECT_TRUE(window->RunCommand(DefectCommand::kComment));
+  // A fix dated before the comment goes in above it.
+  steps.push_back({EventKind::kFix, EventDialogResult::kOk, Dated(3'050'000'000u)});
+  EXPECT_TRUE(window->RunCommand(DefectCommand::kFix));
+  const std::vector<EventRow> rows = window->EventRows();
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_EQ(rows[0].action, "Reported");
+  EXPECT_EQ(rows[0].info, "Crash on save happens") << "the first line of the description";
+  EXPECT_EQ(rows[1].action, Action(EventKind::kFix));
+  EXPECT_EQ(rows[1].date, FormatDate(3'050'000'000u));
+  EXPECT_EQ(rows[2].action, Action(EventKind::kComment));
+  EXPECT_EQ(window->defect().status(), 2);
+  EXPECT_EQ(Defect(1).status(), 1) << "the stored defect waits for the save";
+  EXPECT_EQ(Offered(*window), "A..VC.RM") << "a fixed defect, without multiple fixes";
+  doc->options().allowMultipleFixes = true;
+  EXPECT_EQ(Offered(*window), "A.FVC.RM");
+
+  // A cancelled dialog and a button the kind does not take add nothing.
+  steps.push_back({EventKind::kClose, std::nullopt, {}});
+  EXPECT_FALSE(window->RunCommand(DefectCommand::kClose));
+  steps.push_back({EventKind::kComment, EventDialogResult::kSaveAndAssign, {}});
+  EXPECT_FALSE(window->RunCommand(DefectCommand::kComment));
+  EXPECT_EQ(window->defect().EventCount(), 2u);
+
+  const std::string pending = window->PendingChangeText();
+  EXPECT_FALSE(pending.empty());
+  EXPECT_TRUE(window->OnAcceptButton());
+  EXPECT_EQ(window->changeText(), pending) << "what saving wrote is what it would write";
+  EXPECT_EQ(Defect(1).status(), 2);
+  EXPECT_EQ(Defect(1).EventCount(), 2u);
+  EXPECT_EQ(Defect(1).dateModified, clock.now);
+  EXPECT_TRUE(ui.shown.empty());
+}
+
+TEST_F(DefectWindowTest, SaveButtonsOfADialogRunTheNextAction) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 2);
+  doc->options().allowMultipleFixes = false;
+  steps.push_back({EventKind::kFix, EventDialogResult::kOk, {}});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kFix));
+  EXPECT_EQ(Offered(*window), "A..VC.RM");
+
+  // Verify with Fail and "Save && Assign": status 3, then the assignment's dialog.
+  steps.push_back({EventKind::kVerify, EventDialogResult::kSaveAndAssign,
+                   [](CDefectEvent& e) { static_cast<CVerifyEvent&>(e).passed = false; }});
+  steps.push_back({EventKind::kAssign, EventDialogResult::kOk,
+                   [this](CDefectEvent& e) { e.userId = doc->currentUserId(); }});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kVerify));
+  EXPECT_TRUE(steps.empty());
+  EXPECT_EQ(window->defect().status(), 3);
+  EXPECT_EQ(window->defect().copies().assignedToId, doc->currentUserId());
+  EXPECT_EQ(Offered(*window), "AEF.C.RM") << "a failed fix may be fixed again";
+
+  // A passed verify with "Save && Release" goes on to the release notes.
+  steps.push_back({EventKind::kFix, EventDialogResult::kOk, {}});
+  steps.push_back({EventKind::kVerify, EventDialogResult::kSaveAndRelease, {}});
+  steps.push_back({EventKind::kReleaseNotes, EventDialogResult::kOk, {}});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kFix));
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kVerify));
+  EXPECT_TRUE(steps.empty());
+  EXPECT_EQ(window->defect().status(), 4);
+  EXPECT_EQ(Offered(*window), ".....ORM");
+  window->OnCancelButton();
+  EXPECT_EQ(Defect(2).EventCount(), 0u) << "cancel saves nothing";
+}
+
+TEST_F(DefectWindowTest, EachCommandNeedsItsRightAndAWindowThatMayChange) {
+  Open();
+  auto& testers = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(2));
+  for (std::size_t c = 0; c < std::size(kAll); ++c) {
+    const std::uint32_t right = CommandInfo(kAll[c]).right;
+    SCOPED_TRACE(right);
+    testers.SetCommandDisabled(right, true);
+    ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(testers), DBStatus::kOk);
+    ASSERT_GE(doc->LogInUser(ui::LoginEntry{"tess", ""}), 0);
+    auto window = Window();
+    window->Open(CRecordWindow::kEdit, All(), 1);
+    std::string expected = "AEF.C.RM";
+    expected[c] = '.';
+    EXPECT_EQ(Offered(*window), expected);
+    window->OnCancelButton();
+    testers.SetCommandDisabled(right, false);
+    ASSERT_GE(doc->LogInUser(ui::LoginEntry{"admin", ""}), 0);
+  }
+
+  auto viewing = Window();
+  viewing->Open(CRecordWindow::kView, All(), 1);
+  EXPECT_EQ(Offered(*viewing), "........");
+  auto readOnly = Window();
+  readOnly->Open(CRecordWindow::kEdit, All(), 1, true);
+  EXPECT_EQ(Offered(*readOnly), "........");
+  readOnly->defect().summary = "Changed anyway";
+  EXPECT_TRUE(readOnly->OnAcceptButton());
+  EXPECT_EQ(Defect(1).summary, "Crash on save") << "a read-only window saves nothing";
+}
+
+TEST_F(DefectWindowTest, EventsAreEditedViewedAndDeletedOnTheirRows) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 3);
+  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'100'000'000u, "first")});
+  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'200'000'000u, "second")});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kComment));
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kComment));
+  ASSERT_TRUE(window->OnAcceptButton());
+  window->Open(CRecordWindow::kEdit, All(), 3);
+  EXPECT_FALSE(window->EventEditable(1)) << "the report row";
+  EXPECT_FALSE(window->EventEditable(4)) << "past the last event";
+
+  // A cancelled edit leaves the event; an edit that moves its date moves its row.
+  steps.push_back({EventKind::kComment, std::nullopt, Dated(1)});
+  EXPECT_FALSE(window->EditEvent(2));
+  EXPECT_EQ(window->defect().EventAt(1)->date, 3'100'000'000u);
+  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'300'000'000u, "first")});
+  EXPECT_TRUE(window->EditEvent(2));
+  EXPECT_EQ(window->defect().EventAt(2)->notes, "first") << "now after the second";
+
+  steps.push_back({EventKind::kComment, EventDialogResult::kOk, {}});
+  EXPECT_TRUE(window->ViewEvent(2));
+  EXPECT_EQ(dialogModes.back(), EventDialogMode::kView);
+
+  ui.Script({ui::Answer::kNo, ui::Answer::kYes});
+  EXPECT_FALSE(window->DeleteEvent(2));
+  EXPECT_TRUE(window->DeleteEvent(2));
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>(2,
+                                                 "Are you sure that you want to delete the "
+                                                 "selected action? There is no undo available."));
+  ASSERT_EQ(window->defect().EventCount(), 1u);
+  EXPECT_EQ(window->defect().EventAt(1)->notes, "first");
+  EXPECT_TRUE(window->OnAcceptButton());
+  EXPECT_EQ(Defect(3).EventCount(), 1u);
+
+  EXPECT_EQ(ItemCommands(DefectFocus::kHistory).remove, "Delete Action\tAlt+Del");
+  EXPECT_EQ(ItemCommands(DefectFocus::kAttachments).edit, "Extract Attachment\tAlt+E");
+  EXPECT_EQ(ItemCommands(DefectFocus::kElsewhere).view, "View Defect\tAlt+Enter");
+}
+
+TEST_F(DefectWindowTest, NotifyListAndReportedByRowsAreChangesOfTheDefect) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  EXPECT_EQ(window->ReportCounter(), "1 of 1");
+  window->NewReportedBy();
+  EXPECT_EQ(window->ReportCounter(), "2 of 2");
+  EXPECT_EQ(window->defect().ReportedByAt(2)->foundById, doc->currentUserId());
+  EXPECT_EQ(window->defect().ReportedByAt(2)->dateFound, clock.now);
+  window->ShowReport(1);
+  window->DeleteReportedBy();
+  EXPECT_EQ(window->ReportCounter(), "1 of 1");
+  EXPECT_EQ(window->EventRows()[0].who, "Project Admin") << "the new row is the first now";
+  window->DeleteReportedBy();
+  EXPECT_EQ(window->ReportCounter(), "0 of 0");
+  EXPECT_TRUE(window->EventRows().empty());
+
+  window->AddToNotify(doc->currentUserId());
+  window->AddToNotify(doc->currentUserId());
+  EXPECT_EQ(window->defect().notifyList().size(), 1u);
+  const std::string change = window->PendingChangeText();
+  EXPECT_NE(change.find("added the notification list: Project Admin"), std::string::npos) << change;
+  ASSERT_TRUE(window->OnAcceptButton());
+  EXPECT_EQ(Defect(1).ReportedByCount(), 0u);
+  EXPECT_EQ(Defect(1).notifyList(), std::vector<std::uint32_t>{doc->currentUserId()});
+}
+
+TEST_F(DefectWindowTest, AddingNumbersTheDefectAndKeepsTheFieldsOnARefusal) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kAddClose);
+  EXPECT_EQ(window->title(), "Add Defect");
+  EXPECT_EQ(window->ReportCounter(), "1 of 1");
+  EXPECT_EQ(window->defect().enteredById, doc->currentUserId());
+  EXPECT_EQ(window->defect().dateEntered, clock.now);
+  steps.push_back({EventKind::kAssign, EventDialogResult::kOk,
+                   [this](CDefectEvent& e) { e.userId = doc->currentUserId(); }});
+  EXPECT_TRUE(window->RunCommand(DefectCommand::kAssign)) << "a new defect may be assigned";
+  EXPECT_FALSE(window->OnAcceptButton());
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Please enter a summary for the defect."});
+  EXPECT_EQ(window->defect().EventCount(), 1u);
+  window->defect().summary = "Menu overlaps the toolbar";
+  EXPECT_TRUE(window->OnAcceptButton());
+  const CDefect& added = Defect(defects().count());
+  EXPECT_EQ(added.summary, "Menu overlaps the toolbar");
+  EXPECT_EQ(added.number, 4u) << "the next number of the project";
+  EXPECT_EQ(added.copies().assignedToId, doc->currentUserId());
+  EXPECT_NE(added.GetId(), 0u);
+}
+
+// One process holds a defect in an open edit window; the other runs Close on a selection
+// that holds it, which leaves it out with the message and closes the rest. The second then
+// opens the held defect: read-only until, ten seconds after the first saved and let go,
+// its retry takes the lock and shows what the first saved.
+TEST_F(DefectWindowTest, ASelectionActionLeavesOutTheDefectAnOpenWindowHolds) {
+  const std::string file = path;
+  Child first([file](Child::Channel& c) {
+    ScriptedUi childUi;
+    QuietHost childHost;
+    ProjectItemKinds childKinds;
+    EditMarks childMarks;
+    FakeClock childClock;
+    CDBDoc mine(childUi, childKinds, childHost);
+    if (mine.OpenProject(file, ui::LoginEntry{"tess", ""}) != 1) return 1;
+    auto& table = static_cast<CDefectTable&>(*mine.GetTable(kDefectsTag));
+    CDefectWindow window(
+        mine, table, childUi, childMarks,
+        [](CDefectEvent& e, EventDialogMode) -> std::optional<EventDialogResult> {
+          e.notes = "Only with a full disk";
+          return EventDialogResult::kOk;
+        },
+        childClock);
+    window.Open(CRecordWindow::kEdit, {table.DefectAt(2)}, 1);
+    if (!window.lockHeld()) return 2;
+    if (!window.RunCommand(DefectCommand::kComment)) return 3;
+    c.Send("editing");
+    c.Receive();
+    if (!window.OnAcceptButton()) return 4;
+    c.Send("saved");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(first.Receive(), "editing");
+  Open();
+  SelectionAction close(
+      *doc, defects(), {&Defect(1), &Defect(2), &Defect(3)}, ui,
+      [](CDefectEvent&) { return EventDialogResult::kOk; }, clock);
+  EXPECT_EQ(close.Run(DefectCommand::kClose), std::nullopt);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{
+                "One or more defects will not be closed because they are in use by another user."});
+  EXPECT_EQ(Defect(1).status(), 5);
+  EXPECT_EQ(Defect(2).status(), 1);
+  EXPECT_EQ(Defect(3).status(), 5);
+
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 2);
+  EXPECT_TRUE(window->lockFailed());
+  EXPECT_EQ(Offered(*window), "........") << "read-only while the other holds it";
+  first.Send("save");
+  ASSERT_EQ(first.Receive(), "saved");
+  Notice notice;
+  ASSERT_EQ(doc->store()->GetNextMessage(notice), DBStatus::kOk) << "the save was told";
+  EXPECT_EQ(notice.kind, kNoticeChanged);
+  EXPECT_EQ(notice.data, (std::vector<std::uint8_t>{'d', 'f', 'c', 't', 0, 0, 0,
+                                                    static_cast<std::uint8_t>(Defect(2).GetId())}));
+  CProjectStore::FreeMessage(notice);
+  clock.now += CRecordWindow::kRetrySeconds;
+  window->OnIdle();
+  EXPECT_TRUE(window->lockHeld());
+  ASSERT_EQ(window->defect().EventCount(), 1u);
+  EXPECT_EQ(window->defect().EventAt(1)->notes, "Only with a full disk");
+  EXPECT_EQ(Offered(*window), "AEF.C.RM");
+  window->OnCancelButton();
+  first.Send("end");
+  EXPECT_EQ(first.Wait(), 0);
+}
+
+}  // namespace
+}  // namespace qm::test
