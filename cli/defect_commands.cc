@@ -3,6 +3,8 @@
 #include "defect_commands.h"
 
 #include <algorithm>
+#include <map>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <utility>
@@ -20,6 +22,7 @@
 #include "session/db_doc.h"
 #include "session/login.h"
 #include "session/value_item.h"
+#include "shell/defect_window.h"
 #include "store/store_error.h"
 
 namespace qm::cli {
@@ -208,35 +211,6 @@ std::optional<std::string_view> FillEventDialog(CDBDoc& doc, CDefectEvent& event
   return std::nullopt;
 }
 
-// Adds an event as its dialog would, the options filling the dialog's fields.
-int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, std::ostream& out,
-             std::ostream& err) {
-  const std::uint32_t now = platform::Clock::System().Now();
-  std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
-  event->date = now;
-  if (const auto refusal = FillEventDialog(doc, *event, args)) {
-    err << *refusal << "\n";
-    return 1;
-  }
-  // The change text compares the defect as it is with the defect as saving would leave it.
-  const std::unique_ptr<CDefect> before = defect.Clone();
-  const std::unique_ptr<CDefect> after = defect.Clone();
-  after->AddEvent(event->Clone());
-  after->dateModified = now;
-  std::string change;
-  BuildChangeText(DocLookups(doc), *before, *after, change);
-  std::replace(change.begin(), change.end(), '\r', '\n');
-  if (args.Flag("dry-run")) {
-    out << change;
-    return 0;
-  }
-  defect.AddEvent(std::move(event));
-  defect.dateModified = now;
-  if (const DBStatus s = Defects(doc).SaveItem(defect); s != DBStatus::kOk) Fail(s);
-  out << "Defect " << defect.number << ": " << defect.GetStatusText() << "\n" << change;
-  return 0;
-}
-
 // The command of the defect list that adds events of `kind`.
 DefectCommand CommandOf(EventKind kind) {
   for (const DefectCommand c :
@@ -246,6 +220,75 @@ DefectCommand CommandOf(EventKind kind) {
     if (CommandInfo(c).kind == kind) return c;
   }
   throw UsageError{"No command of the defect list adds that event."};
+}
+
+// "Re-Open" of "Re-&Open...".
+std::string CommandName(DefectCommand command) {
+  std::string name(CommandInfo(command).menuText);
+  std::erase(name, '&');
+  if (name.ends_with("...")) name.resize(name.size() - 3);
+  return name;
+}
+
+// A dialog filled from the options and closed with OK; a refusal is noted in `refusal` and
+// closes it as Cancel would.
+CDefectWindow::RunEventDialog FilledDialog(CDBDoc& doc, const Args& args,
+                                           std::optional<std::string_view>& refusal) {
+  return [&doc, &args, &refusal](CDefectEvent& event,
+                                 EventDialogMode) -> std::optional<EventDialogResult> {
+    refusal = FillEventDialog(doc, event, args);
+    if (refusal) return std::nullopt;
+    return EventDialogResult::kOk;
+  };
+}
+
+// The change text with its CR line ends made the terminal's.
+std::string Printable(std::string text) {
+  std::replace(text.begin(), text.end(), '\r', '\n');
+  return text;
+}
+
+// Adds an event as the defect's window does, in edit mode: under the record lock, with the
+// command offered only by the status and the user's right, the options filling the
+// dialog. Prints the change text saved, or with --dry-run the text saving would write.
+int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, ui::Ui& ui,
+             std::ostream& out, std::ostream& err) {
+  EditMarks marks;
+  std::optional<std::string_view> refusal;
+  CDefectWindow window(doc, Defects(doc), ui, marks, FilledDialog(doc, args, refusal));
+  window.Open(CRecordWindow::kEdit, {&defect}, 1);
+  const DefectCommand command = CommandOf(kind);
+  const std::string name = CommandName(command);
+  const std::string number = defect.FieldText(1);
+  if (window.lockFailed()) {
+    std::string holder;
+    window.showLockHolder = [&holder](const std::string& who) { holder = who; };
+    (void)window.OnLockedBy();
+    err << "Defect " << number << " is being edited by " << (holder.empty() ? "someone" : holder)
+        << "; nothing was changed.\n";
+    return 1;
+  }
+  if (!doc.HasRight(CommandInfo(command).right)) {
+    err << "Your user group does not allow \"" << name << "\".\n";
+    return 1;
+  }
+  if (!window.CommandEnabled(command)) {
+    err << "\"" << name << "\" is not offered for defect " << number << ", which is "
+        << defect.GetStatusText() << ".\n";
+    return 1;
+  }
+  if (!window.RunCommand(command)) {
+    if (refusal) err << *refusal << "\n";
+    return 1;
+  }
+  if (args.Flag("dry-run")) {
+    out << Printable(window.PendingChangeText());
+    return 0;
+  }
+  window.OnAcceptButton();
+  out << "Defect " << number << ": " << defect.GetStatusText() << "\n"
+      << Printable(window.changeText());
+  return 0;
 }
 
 // A command of the defect list on the defects of --numbers, as a person selecting them
@@ -280,22 +323,32 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
     out << "Deleted " << deleted << " of " << selection.size() << " defects.\n";
     return deleted > 0 ? 0 : 1;
   }
-  bool refused = false;
-  SelectionAction action(doc, Defects(doc), std::move(selection), ui,
-                         [&](CDefectEvent& event) -> std::optional<EventDialogResult> {
-                           if (const auto refusal = FillEventDialog(doc, event, args)) {
-                             err << *refusal << "\n";
-                             refused = true;
-                             return std::nullopt;
-                           }
-                           return EventDialogResult::kOk;
-                         });
-  // OK asks for no next command.
-  (void)action.Run(CommandOf(*kind));
-  for (const SelectionAction::Changed& changed : action.changed()) {
-    out << "Defect " << changed.defect->number << ": " << changed.defect->GetStatusText() << "\n";
+  const DefectCommand command = CommandOf(*kind);
+  if (!doc.HasRight(CommandInfo(command).right)) {
+    err << "Your user group does not allow \"" << CommandName(command) << "\".\n";
+    return 1;
   }
-  return refused ? 1 : 0;
+  // The defects as they were, for the change texts.
+  std::map<std::uint32_t, std::unique_ptr<CDefect>> before;
+  for (const CDefect* defect : selection) before[defect->GetId()] = defect->Clone();
+  std::optional<std::string_view> refusal;
+  const CDefectWindow::RunEventDialog dialog = FilledDialog(doc, args, refusal);
+  SelectionAction action(
+      doc, Defects(doc), std::move(selection), ui,
+      [&dialog](CDefectEvent& event) { return dialog(event, EventDialogMode::kEdit); });
+  action.SetPreview(args.Flag("dry-run"));
+  // OK asks for no next command.
+  (void)action.Run(command);
+  if (refusal) err << *refusal << "\n";
+  const DocLookups lookups(doc);
+  for (const SelectionAction::Changed& changed : action.changed()) {
+    std::string text;
+    BuildChangeText(lookups, *before.at(changed.defect->GetId()), *changed.defect, text);
+    out << "Defect " << changed.defect->FieldText(1) << ": " << changed.defect->GetStatusText()
+        << "\n"
+        << Printable(text);
+  }
+  return refusal ? 1 : 0;
 }
 
 }  // namespace
@@ -319,7 +372,7 @@ int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& ou
                        "comment and release."};
     }
     CDefect* defect = FindDefect(doc, pos[2], err);
-    return defect != nullptr ? AddEvent(doc, *defect, *kind, args, out, err) : 1;
+    return defect != nullptr ? AddEvent(doc, *defect, *kind, args, ui, out, err) : 1;
   }
   args.ExpectPositional(3, "defect FILE NUMBER [--text|--html]");
   const CDefect* defect = FindDefect(doc, pos[2], err);

@@ -173,6 +173,7 @@ std::vector<CDefect*> SelectionAction::Eligible(DefectCommand command) {
 
 std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
   changed_.clear();
+  previews_.clear();
   const std::vector<CDefect*> defects = Eligible(command);
   if (defects.empty()) return std::nullopt;
 
@@ -181,8 +182,7 @@ std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
   if (!result || !AcceptsResult(event->kind(), *result)) return std::nullopt;
   const std::uint32_t now = clock_.Now();
   for (CDefect* defect : defects) {
-    if (!Apply(*defect, *event, now)) continue;
-    PostChanged(defect->GetId());
+    if (!Apply(*defect, *event, now) || preview_) continue;
     // The notification of a changed defect goes here, with the change text as %CHNG%.
   }
   // Then the mail layer is told to send or queue what the notifications made.
@@ -191,25 +191,33 @@ std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
 
 bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uint32_t now) {
   const std::uint32_t oldAssignee = defect.copies().assignedToId;
-  const std::uint32_t oldModified = defect.dateModified;
+  CDefect* target = &defect;
+  if (preview_) {
+    previews_.push_back(defect.Clone());
+    target = previews_.back().get();
+  }
+  const std::uint32_t oldModified = target->dateModified;
   std::unique_ptr<CDefectEvent> copy = event.Clone();
   const CDefectEvent* added = copy.get();
-  defect.AddEvent(std::move(copy));
-  defect.dateModified = now;
-  if (table_.SaveItem(defect) != DBStatus::kOk) {
-    // The defect stays as its record holds it, and the loop goes on with the next one.
-    defect.RemoveEvent(added);
-    defect.dateModified = oldModified;
-    return false;
+  target->AddEvent(std::move(copy));
+  target->dateModified = now;
+  if (!preview_) {
+    if (table_.SaveItem(defect) != DBStatus::kOk) {
+      // The defect stays as its record holds it, and the loop goes on with the next one.
+      defect.RemoveEvent(added);
+      defect.dateModified = oldModified;
+      return false;
+    }
+    PostChanged(defect.GetId());
   }
   std::string changeText;
   if (event.kind() == EventKind::kAssign) {
     const DocLookups lookups(doc_);
     changeText = "The following fields changed:\r\rDefect assignment: ";
     changeText += " [" + AssigneeName(lookups, oldAssignee) + "] to [" +
-                  AssigneeName(lookups, defect.copies().assignedToId) + "]";
+                  AssigneeName(lookups, target->copies().assignedToId) + "]";
   }
-  changed_.push_back({&defect, std::move(changeText)});
+  changed_.push_back({target, std::move(changeText)});
   return true;
 }
 

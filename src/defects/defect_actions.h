@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -94,13 +95,18 @@ class SelectionAction {
 
   [[nodiscard]] std::optional<DefectCommand> Run(DefectCommand command);
 
-  // The defects the last Run saved, in the order of the selection.
+  // A preview runs everything up to the saves, and then changes copies of the defects,
+  // which it keeps, instead of the defects: nothing is saved and nobody is told.
+  void SetPreview(bool preview) { preview_ = preview; }
+
+  // The defects the last Run saved, in the order of the selection; in a preview, the
+  // copies as saving would have left them.
   const std::vector<Changed>& changed() const { return changed_; }
 
  private:
   // Steps 1 to 3: the defects that take the command.
   std::vector<CDefect*> Eligible(DefectCommand command);
-  // Step 6 for one defect; false when its save failed.
+  // Step 6 for one defect, or for its copy in a preview; false when its save failed.
   bool Apply(CDefect& defect, const CDefectEvent& event, std::uint32_t now);
   void PostChanged(std::uint32_t defectId);
 
@@ -110,6 +116,8 @@ class SelectionAction {
   ui::Ui& ui_;
   RunDialog runDialog_;
   platform::Clock& clock_;
+  bool preview_ = false;
+  std::vector<std::unique_ptr<CDefect>> previews_;
   std::vector<Changed> changed_;
 };
 
