@@ -16,6 +16,7 @@
 #include "defects/defect_actions.h"
 #include "defects/defect_table.h"
 #include "defects/event_dialogs.h"
+#include "defects/selection_commands.h"
 #include "shell/record_window.h"
 
 namespace qm {
@@ -91,6 +92,9 @@ class CDefectWindow : public CRecordWindow {
   // "&Delete Reported By": the row shown goes; the panes show the same place or the new
   // last row.
   void DeleteReportedBy();
+
+  // The reply to the people who reported the defect, as the window shows it.
+  SubmitterReply ReplyToSubmitter() const { return ReplyToSubmitters({shown_.get()}); }
 
   // What saving now would tell as the change; empty when adding.
   std::string PendingChangeText() const;

@@ -284,6 +284,11 @@ TEST_F(DefectWindowTest, NotifyListAndReportedByRowsAreChangesOfTheDefect) {
   EXPECT_EQ(window->ReportCounter(), "2 of 2");
   EXPECT_EQ(window->defect().ReportedByAt(2)->foundById, doc->currentUserId());
   EXPECT_EQ(window->defect().ReportedByAt(2)->dateFound, clock.now);
+  window->defect().ReportedByAt(1)->foundById = 0;
+  const SubmitterReply reply = window->ReplyToSubmitter();
+  EXPECT_EQ(reply.recipients, std::vector<std::uint32_t>{doc->currentUserId()})
+      << "the finders of the rows the window shows";
+  EXPECT_EQ(reply.subject, "Re: Crash on save");
   window->ShowReport(1);
   window->DeleteReportedBy();
   EXPECT_EQ(window->ReportCounter(), "1 of 1");
