@@ -10,6 +10,7 @@
 
 #include "bench/silent_ui.h"
 #include "defects/defect.h"
+#include "defects/defect_table.h"
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
@@ -17,6 +18,7 @@
 #include "session/project_records.h"
 #include "session/value_item.h"
 #include "shell/project_item_kinds.h"
+#include "shell/record_list.h"
 #include "store/project_store.h"
 #include "support/fake_files.h"
 #include "support/quiet_host.h"
@@ -62,8 +64,7 @@ void Save(test::MemoryFileSystem& files, const std::string& name, const std::str
   }
 }
 
-void SaveRecord(std::uint8_t kind, std::vector<std::uint8_t> bytes, const std::string& path) {
-  bytes.insert(bytes.begin(), kind);
+void SaveBytes(const std::vector<std::uint8_t>& bytes, const std::string& path) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out.write(reinterpret_cast<const char*>(bytes.data()),
             static_cast<std::streamsize>(bytes.size()));
@@ -71,6 +72,25 @@ void SaveRecord(std::uint8_t kind, std::vector<std::uint8_t> bytes, const std::s
     std::fprintf(stderr, "make_corpus: cannot write %s\n", path.c_str());
     std::exit(1);
   }
+}
+
+void SaveRecord(std::uint8_t kind, std::vector<std::uint8_t> bytes, const std::string& path) {
+  bytes.insert(bytes.begin(), kind);
+  SaveBytes(bytes, path);
+}
+
+// A defect list's saved values: the defaults, and columns changed and sorted.
+void WriteListSeeds(const std::string& folder) {
+  bench::SilentUi ui;
+  CDefectTable table(nullptr, ui, static_cast<const DefectLookups*>(nullptr));
+  CDefectListView list(table, ui);
+  const WindowPlacement placement{true, WindowPlacement::kNormal, {10, 20, 640, 480}};
+  SaveBytes(list.SavePlacement(placement), folder + "/defaults");
+  list.ColumnCommand(3, CRecordListView::kInsertColumn);
+  list.ColumnCommand(3, 33);
+  list.ColumnCommand(5, CRecordListView::kRemoveColumn);
+  SaveBytes(list.SavePlacement({false, WindowPlacement::kIconic, {-5, 0, 300, 200}}),
+            folder + "/changed");
 }
 
 void SaveItem(std::uint8_t kind, const RecordItem& item, const std::string& path) {
@@ -152,8 +172,9 @@ void WriteProjectSeeds(test::MemoryFileSystem& files, const std::string& folder)
 
 int main(int argc, char** argv) {
   using namespace qm;
-  if (argc != 4) {
-    std::fprintf(stderr, "usage: make_corpus STORE-FOLDER ITEM-FOLDER PROJECT-FOLDER\n");
+  if (argc != 5) {
+    std::fprintf(stderr,
+                 "usage: make_corpus STORE-FOLDER ITEM-FOLDER PROJECT-FOLDER LIST-FOLDER\n");
     return 64;
   }
   WriteItemSeeds(argv[2]);
@@ -183,5 +204,6 @@ int main(int argc, char** argv) {
     Save(files, name, folder);
   }
   WriteProjectSeeds(files, argv[3]);
+  WriteListSeeds(argv[4]);
   return 0;
 }

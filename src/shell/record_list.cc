@@ -1,0 +1,225 @@
+// The list window logic: columns, the header's popup, the title and the saved state.
+#include "shell/record_list.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "defects/defect_fields.h"
+#include "session/payload.h"
+#include "store/bytes.h"
+
+namespace qm {
+namespace {
+
+constexpr std::size_t kTitleCapacity = 255;  // one length byte in the saved state
+
+void Need(bool ok) {
+  if (!ok) throw ListStateError("The saved list state is cut short.");
+}
+
+void PutLe(std::vector<std::uint8_t>& out, std::uint32_t value, int bytes) {
+  for (int b = 0; b < bytes; ++b) out.push_back(static_cast<std::uint8_t>(value >> (8 * b)));
+}
+
+std::uint32_t GetLe(std::span<const std::uint8_t> in, std::size_t at, int bytes) {
+  std::uint32_t value = 0;
+  for (int b = bytes - 1; b >= 0; --b) value = (value << 8) | in[at + static_cast<std::size_t>(b)];
+  return value;
+}
+
+}  // namespace
+
+CRecordListView::CRecordListView(ItemTable& table, ui::Ui& ui, std::string name)
+    : table_(table), ui_(ui), name_(std::move(name)) {}
+
+void CRecordListView::AddColumn(std::string_view title, std::uint16_t fieldId, std::uint16_t width,
+                                std::uint16_t minWidth, std::uint16_t maxWidth,
+                                std::uint16_t format, std::uint16_t flags) {
+  columns_.push_back({fieldId, width, minWidth, maxWidth, format, std::string(title), flags, 0});
+  Reposition();
+}
+
+void CRecordListView::SetSortColumns(std::uint16_t primary, std::uint16_t secondary) {
+  primary_ = primary;
+  secondary_ = secondary;
+}
+
+void CRecordListView::Reposition() {
+  std::uint16_t x = 0;
+  for (ListColumn& c : columns_) {
+    c.x = x;
+    x = static_cast<std::uint16_t>(x + c.width);
+  }
+}
+
+void CRecordListView::ColumnCommand(std::uint16_t column, std::uint16_t code) {
+  if (column < 1 || column > columns_.size()) return;
+  if (code == kInsertColumn) {
+    InsertColumn(column);
+  } else if (code == kRemoveColumn) {
+    RemoveColumn(column);
+  } else {
+    const std::vector<ColumnChoice> menu = GetColumnMenu();
+    if (code < 1 || code > menu.size()) return;
+    ListColumn& c = columns_[column - 1];
+    c.fieldId = menu[code - 1].fieldId;
+    c.title = menu[code - 1].title.substr(0, kTitleCapacity);
+  }
+}
+
+void CRecordListView::InsertColumn(std::uint16_t before) {
+  columns_.insert(columns_.begin() + (before - 1), ListColumn{});
+  // The sort marks stay on their fields.
+  for (std::uint16_t* sort : {&primary_, &secondary_}) {
+    if (*sort != kNoSortColumn && *sort >= before) ++*sort;
+  }
+  Reposition();
+}
+
+void CRecordListView::RemoveColumn(std::uint16_t column) {
+  if (columns_.size() < 3) {
+    ui_.Tell("Sorry, you cannot remove the last column in the list.", ui::Icon::kInformation);
+    return;
+  }
+  columns_.erase(columns_.begin() + (column - 1));
+  for (std::uint16_t* sort : {&primary_, &secondary_}) {
+    if (*sort == column) {
+      *sort = kNoSortColumn;
+    } else if (*sort > column) {
+      --*sort;
+    }
+  }
+  Reposition();
+}
+
+std::uint16_t CRecordListView::HeaderHit(std::int32_t x) const {
+  for (std::size_t n = 0; n < columns_.size(); ++n) {
+    const ListColumn& c = columns_[n];
+    if (c.x + 3 < x && c.x + c.width - 3 > x) {
+      return (c.flags & ListColumn::kNoMenu) != 0 ? 0 : static_cast<std::uint16_t>(n + 1);
+    }
+  }
+  return 0;
+}
+
+void CRecordListView::SetWidths(std::span<const std::uint16_t> widths) {
+  for (std::size_t n = 0; n < widths.size() && n < columns_.size(); ++n) {
+    columns_[n].width = widths[n];
+  }
+  Reposition();
+}
+
+std::string CRecordListView::Title(std::uint32_t selected) const {
+  const std::uint32_t count = table_.count();
+  return name_ + " - (" + std::to_string(count) + (count == 1 ? " item, " : " items, ") +
+         std::to_string(selected) + " selected)";
+}
+
+std::vector<std::uint8_t> CRecordListView::WriteState() const {
+  std::vector<std::uint8_t> out;
+  const auto u16 = [&out](std::uint16_t v) {
+    out.push_back(static_cast<std::uint8_t>(v >> 8));
+    out.push_back(static_cast<std::uint8_t>(v));
+  };
+  u16(kStateVersion);
+  u16(static_cast<std::uint16_t>(columns_.size()));
+  for (const ListColumn& c : columns_) {
+    for (const std::uint16_t v : {c.fieldId, c.width, c.minWidth, c.maxWidth, c.format}) u16(v);
+    const std::size_t length = std::min(c.title.size(), kTitleCapacity);
+    out.push_back(static_cast<std::uint8_t>(length));
+    out.insert(out.end(), c.title.begin(), c.title.begin() + static_cast<std::ptrdiff_t>(length));
+    u16(c.flags);
+  }
+  for (const std::uint16_t v : {primary_, secondary_, keptWords_[0], keptWords_[1]}) u16(v);
+  return out;
+}
+
+std::size_t CRecordListView::ReadState(std::span<const std::uint8_t> bytes) {
+  PayloadReader in(bytes);
+  std::uint16_t version = 0;
+  std::uint16_t count = 0;
+  Need(in.U16(version));
+  if (version < 256 || version > kStateVersion) {
+    throw ListStateError("The saved list state has an unknown version.");
+  }
+  Need(in.U16(count));
+  std::vector<ListColumn> read;
+  for (std::uint16_t n = 0; n < count; ++n) {
+    ListColumn c;
+    for (std::uint16_t* v : {&c.fieldId, &c.width, &c.minWidth, &c.maxWidth, &c.format}) {
+      Need(in.U16(*v));
+    }
+    std::uint8_t length = 0;
+    Need(in.U8(length));
+    std::vector<std::uint8_t> title(length);
+    Need(in.Raw(title));
+    c.title.assign(title.begin(), title.end());
+    if (version >= 257) {
+      Need(in.U16(c.flags));
+    } else {
+      c.flags = c.fieldId != 0 && static_cast<std::int16_t>(c.fieldId) < 0 ? 1 : 0;
+    }
+    read.push_back(std::move(c));
+  }
+  std::array<std::uint16_t, 4> sort{primary_, secondary_, keptWords_[0], keptWords_[1]};
+  if (version >= 258) {
+    for (std::uint16_t& v : sort) Need(in.U16(v));
+  }
+  columns_ = std::move(read);
+  primary_ = sort[0];
+  secondary_ = sort[1];
+  keptWords_ = {sort[2], sort[3]};
+  Reposition();
+  return bytes.size() - in.remaining();
+}
+
+std::vector<std::uint8_t> CRecordListView::SavePlacement(const WindowPlacement& placement) const {
+  std::vector<std::uint8_t> out;
+  PutLe(out, placement.visible ? 1 : 0, 4);
+  PutLe(out, placement.state, 2);
+  for (const std::int32_t edge : placement.rect) PutLe(out, static_cast<std::uint32_t>(edge), 4);
+  const std::vector<std::uint8_t> state = WriteState();
+  out.insert(out.end(), state.begin(), state.end());
+  return out;
+}
+
+std::optional<WindowPlacement> CRecordListView::RestorePlacement(
+    std::span<const std::uint8_t> value) {
+  if (value.size() < WindowPlacement::kSize) return std::nullopt;
+  WindowPlacement placement;
+  placement.visible = GetLe(value, 0, 4) != 0;
+  placement.state = static_cast<std::uint16_t>(GetLe(value, 4, 2));
+  for (std::size_t e = 0; e < 4; ++e) {
+    placement.rect[e] = static_cast<std::int32_t>(GetLe(value, 6 + 4 * e, 4));
+  }
+  try {
+    ReadState(value.subspan(WindowPlacement::kSize));
+  } catch (const ListStateError&) {
+    return std::nullopt;
+  }
+  return placement;
+}
+
+CDefectListView::CDefectListView(ItemTable& table, ui::Ui& ui)
+    : CRecordListView(table, ui, "Defects") {
+  SetDefaultColumns();
+}
+
+void CDefectListView::SetDefaultColumns() {
+  ClearColumns();
+  AddColumn("", ListColumn::kMarkerField, 28, 0, 0, 0, ListColumn::kNoMenu);
+  AddColumn("No.", 1, 32, 20, 100, ListColumn::kRight);
+  AddColumn("Summary", 2, 234, 50, 400, ListColumn::kLeft);
+  AddColumn("Type", 4, 112, 50, 200, ListColumn::kLeft);
+  AddColumn("Priority", 5, 78, 50, 200, ListColumn::kLeft);
+  AddColumn("Status", 6, 102, 50, 200, ListColumn::kLeft);
+  SetSortColumns(2, kNoSortColumn);
+}
+
+std::vector<ColumnChoice> CDefectListView::GetColumnMenu() const {
+  std::vector<ColumnChoice> menu;
+  for (const DefectField& f : DefectFields()) menu.push_back({f.number, std::string(f.label)});
+  return menu;
+}
+
+}  // namespace qm

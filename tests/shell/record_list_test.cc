@@ -1,0 +1,162 @@
+// The list window logic of the defect list: its saved state against hand-built bytes in
+// each version, column insert and remove with their sort marks, the header's hit test, the
+// title, and the window placement in front of the state.
+#include "shell/record_list.h"
+
+#include <gtest/gtest.h>
+
+#include "defects/defect.h"
+#include "defects/defect_table.h"
+#include "support/scripted_ui.h"
+
+namespace qm::test {
+namespace {
+
+// Big-endian u16 values, and a title as its length byte and bytes.
+struct Bytes {
+  std::vector<std::uint8_t> b;
+  Bytes& U16(std::initializer_list<std::uint16_t> values) {
+    for (const std::uint16_t v : values) {
+      b.push_back(static_cast<std::uint8_t>(v >> 8));
+      b.push_back(static_cast<std::uint8_t>(v));
+    }
+    return *this;
+  }
+  Bytes& Title(std::string_view t) {
+    b.push_back(static_cast<std::uint8_t>(t.size()));
+    b.insert(b.end(), t.begin(), t.end());
+    return *this;
+  }
+};
+
+class RecordListTest : public ::testing::Test {
+ protected:
+  std::vector<std::uint16_t> Fields() const {
+    std::vector<std::uint16_t> fields;
+    for (const ListColumn& c : list.columns()) fields.push_back(c.fieldId);
+    return fields;
+  }
+
+  ScriptedUi ui;
+  CDefectTable table{nullptr, ui, static_cast<const DefectLookups*>(nullptr)};
+  CDefectListView list{table, ui};
+};
+
+TEST_F(RecordListTest, TheDefaultStateIsWrittenAsVersion258) {
+  Bytes expected;
+  expected.U16({258, 6});
+  expected.U16({65535, 28, 0, 0, 0}).Title("").U16({1});
+  expected.U16({1, 32, 20, 100, 130}).Title("No.").U16({0});
+  expected.U16({2, 234, 50, 400, 129}).Title("Summary").U16({0});
+  expected.U16({4, 112, 50, 200, 129}).Title("Type").U16({0});
+  expected.U16({5, 78, 50, 200, 129}).Title("Priority").U16({0});
+  expected.U16({6, 102, 50, 200, 129}).Title("Status").U16({0});
+  expected.U16({2, 0, 0, 0});
+  EXPECT_EQ(list.WriteState(), expected.b);
+  EXPECT_EQ(list.columns()[2].x, 60) << "the widths of the columns before it";
+
+  // Read back into a list that was changed, it restores everything, kept words included.
+  Bytes changed;
+  changed.U16({258, 2});
+  changed.U16({2, 300, 50, 400, 129}).Title("Summary").U16({0});
+  changed.U16({33, 90, 20, 400, 130}).Title("Severity").U16({0});
+  changed.U16({2, 1, 7, 9});
+  EXPECT_EQ(list.ReadState(changed.b), changed.b.size());
+  EXPECT_EQ(Fields(), (std::vector<std::uint16_t>{2, 33}));
+  EXPECT_EQ(list.primarySortColumn(), 2);
+  EXPECT_EQ(list.secondarySortColumn(), 1);
+  EXPECT_EQ(list.WriteState(), changed.b);
+}
+
+TEST_F(RecordListTest, OlderStatesKeepTheSortColumnsAndWorkOutTheirFlags) {
+  Bytes v256;
+  v256.U16({256, 2});
+  v256.U16({65535, 28, 0, 0, 0}).Title("");
+  v256.U16({2, 234, 50, 400, 129}).Title("Summary");
+  list.ReadState(v256.b);
+  ASSERT_EQ(list.columns().size(), 2u);
+  EXPECT_EQ(list.columns()[0].flags, 1) << "a field id negative as a signed number";
+  EXPECT_EQ(list.columns()[1].flags, 0);
+  EXPECT_EQ(list.primarySortColumn(), 2) << "the defaults stay";
+
+  Bytes v257;
+  v257.U16({257, 1});
+  v257.U16({65535, 28, 0, 0, 0}).Title("").U16({0});
+  list.ReadState(v257.b);
+  EXPECT_EQ(list.columns()[0].flags, 0) << "flags as stored";
+  EXPECT_EQ(list.primarySortColumn(), 2);
+}
+
+TEST_F(RecordListTest, AStateThatCannotBeReadLeavesTheColumns) {
+  const std::vector<std::uint8_t> before = list.WriteState();
+  Bytes unknown;
+  unknown.U16({259, 0});
+  EXPECT_THROW(list.ReadState(unknown.b), ListStateError);
+  Bytes cut;
+  cut.U16({258, 2, 2, 234, 50, 400, 129}).Title("Summary").U16({0, 4});
+  EXPECT_THROW(list.ReadState(cut.b), ListStateError);
+  EXPECT_EQ(list.WriteState(), before);
+
+  // A placement whose state cannot be read is no placement.
+  std::vector<std::uint8_t> value(WindowPlacement::kSize, 0);
+  value.insert(value.end(), cut.b.begin(), cut.b.end());
+  EXPECT_EQ(list.RestorePlacement(value), std::nullopt);
+  EXPECT_EQ(list.RestorePlacement(std::vector<std::uint8_t>(5, 0)), std::nullopt);
+  EXPECT_EQ(list.WriteState(), before);
+}
+
+TEST_F(RecordListTest, ThePlacementStandsLittleEndianBeforeTheState) {
+  const WindowPlacement placement{true, WindowPlacement::kMaximised, {10, -20, 640, 480}};
+  const std::vector<std::uint8_t> value = list.SavePlacement(placement);
+  const std::vector<std::uint8_t> head = {1,    0,    0,    0,    1, 0, 10, 0,    0, 0, 0xEC,
+                                          0xFF, 0xFF, 0xFF, 0x80, 2, 0, 0,  0xE0, 1, 0, 0};
+  ASSERT_GT(value.size(), head.size());
+  EXPECT_EQ(std::vector<std::uint8_t>(value.begin(), value.begin() + 22), head);
+  EXPECT_EQ(std::vector<std::uint8_t>(value.begin() + 22, value.end()), list.WriteState());
+  EXPECT_EQ(list.RestorePlacement(value), placement);
+}
+
+TEST_F(RecordListTest, ColumnsAreInsertedRemovedAndFilledWithTheirSortMarksKept) {
+  // Insert before the number column, the primary sort column: the mark stays on "No.".
+  list.ColumnCommand(2, CRecordListView::kInsertColumn);
+  EXPECT_EQ(Fields(), (std::vector<std::uint16_t>{65535, 0, 1, 2, 4, 5, 6}));
+  EXPECT_EQ(list.columns()[1].title, "<not set>");
+  EXPECT_EQ(list.primarySortColumn(), 3);
+
+  // Field choice 33 of the menu is the 33rd field of the catalogue.
+  const std::vector<ColumnChoice> menu = list.GetColumnMenu();
+  ASSERT_EQ(menu.size(), 55u);
+  list.ColumnCommand(2, 33);
+  EXPECT_EQ(list.columns()[1].fieldId, menu[32].fieldId);
+  EXPECT_EQ(list.columns()[1].title, menu[32].title);
+
+  list.ColumnCommand(3, CRecordListView::kRemoveColumn);
+  EXPECT_EQ(list.primarySortColumn(), CRecordListView::kNoSortColumn) << "its column went";
+  while (list.columns().size() > 2) list.ColumnCommand(2, CRecordListView::kRemoveColumn);
+  EXPECT_TRUE(ui.shown.empty());
+  list.ColumnCommand(2, CRecordListView::kRemoveColumn);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{"Sorry, you cannot remove the last column in the list."});
+  EXPECT_EQ(list.columns().size(), 2u);
+}
+
+TEST_F(RecordListTest, TheHeaderHitTestAndTheTitle) {
+  // Columns: marker 0-28, "No." 28-60, "Summary" 60-294.
+  EXPECT_EQ(list.HeaderHit(10), 0) << "the marker column has no popup";
+  EXPECT_EQ(list.HeaderHit(31), 0) << "within 3 pixels of an edge";
+  EXPECT_EQ(list.HeaderHit(32), 2);
+  EXPECT_EQ(list.HeaderHit(56), 2);
+  EXPECT_EQ(list.HeaderHit(57), 0);
+  EXPECT_EQ(list.HeaderHit(100), 3);
+  const std::uint16_t widths[] = {28, 100};
+  list.SetWidths(widths);
+  EXPECT_EQ(list.HeaderHit(100), 2) << "the widths read back from the header";
+
+  EXPECT_EQ(list.Title(0), "Defects - (0 items, 0 selected)");
+  CDefect one;
+  table.AddSorted(&one);
+  EXPECT_EQ(list.Title(1), "Defects - (1 item, 1 selected)");
+}
+
+}  // namespace
+}  // namespace qm::test
