@@ -213,10 +213,7 @@ std::optional<std::string_view> FillEventDialog(CDBDoc& doc, CDefectEvent& event
 
 // The command of the defect list that adds events of `kind`.
 DefectCommand CommandOf(EventKind kind) {
-  for (const DefectCommand c :
-       {DefectCommand::kAssign, DefectCommand::kEstimate, DefectCommand::kFix,
-        DefectCommand::kVerify, DefectCommand::kClose, DefectCommand::kReOpen,
-        DefectCommand::kReleaseNotes, DefectCommand::kComment}) {
+  for (const DefectCommand c : kDefectCommands) {
     if (CommandInfo(c).kind == kind) return c;
   }
   throw UsageError{"No command of the defect list adds that event."};

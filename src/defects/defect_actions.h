@@ -2,6 +2,7 @@
 // re-open, release notes, comment): when each is offered, and each run on a selection.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -31,6 +32,12 @@ enum class DefectCommand {
   kReleaseNotes,
   kComment
 };
+
+// Every command, in the order of its enumeration.
+inline constexpr std::array<DefectCommand, 8> kDefectCommands = {
+    DefectCommand::kAssign,       DefectCommand::kEstimate, DefectCommand::kFix,
+    DefectCommand::kVerify,       DefectCommand::kClose,    DefectCommand::kReOpen,
+    DefectCommand::kReleaseNotes, DefectCommand::kComment};
 
 // What a command adds, how its menu item reads, and the right (1 to kRightCount) it needs.
 struct DefectCommandInfo {

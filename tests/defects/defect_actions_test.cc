@@ -19,11 +19,6 @@
 namespace qm::test {
 namespace {
 
-constexpr DefectCommand kAll[] = {DefectCommand::kAssign,       DefectCommand::kEstimate,
-                                  DefectCommand::kFix,          DefectCommand::kVerify,
-                                  DefectCommand::kClose,        DefectCommand::kReOpen,
-                                  DefectCommand::kReleaseNotes, DefectCommand::kComment};
-
 // Statuses 1 to 6, 'x' where the command is offered.
 std::string Offered(DefectCommand command, bool inWindow, bool multipleFixes) {
   std::string row;
@@ -54,8 +49,8 @@ TEST(DefectCommands, OfferedByStatusAsTheCommandTableSays) {
       {EventKind::kReleaseNotes, "&Release Notes...", 46, "xxxxxx", "xxxxxx"},
       {EventKind::kComment, "Co&mment...", 41, "xxxxxx", "xxxxxx"},
   };
-  for (std::size_t c = 0; c < std::size(kAll); ++c) {
-    const DefectCommand command = kAll[c];
+  for (std::size_t c = 0; c < std::size(kDefectCommands); ++c) {
+    const DefectCommand command = kDefectCommands[c];
     const Expected& e = table[c];
     SCOPED_TRACE(e.menu);
     EXPECT_EQ(CommandInfo(command).kind, e.kind);

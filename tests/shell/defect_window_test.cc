@@ -21,11 +21,6 @@
 namespace qm::test {
 namespace {
 
-constexpr DefectCommand kAll[] = {DefectCommand::kAssign,       DefectCommand::kEstimate,
-                                  DefectCommand::kFix,          DefectCommand::kVerify,
-                                  DefectCommand::kClose,        DefectCommand::kReOpen,
-                                  DefectCommand::kReleaseNotes, DefectCommand::kComment};
-
 // A closing button for the dialog of each kind, and what the dialog writes.
 struct DialogStep {
   EventKind kind;
@@ -99,8 +94,8 @@ class DefectWindowTest : public ::testing::Test {
   // Which commands the window offers, as "AEFVCORM" with '.' for the ones it does not.
   static std::string Offered(const CDefectWindow& window) {
     std::string letters = "AEFVCORM";
-    for (std::size_t c = 0; c < std::size(kAll); ++c) {
-      if (!window.CommandEnabled(kAll[c])) letters[c] = '.';
+    for (std::size_t c = 0; c < std::size(kDefectCommands); ++c) {
+      if (!window.CommandEnabled(kDefectCommands[c])) letters[c] = '.';
     }
     return letters;
   }
@@ -207,8 +202,8 @@ TEST_F(DefectWindowTest, SaveButtonsOfADialogRunTheNextAction) {
 TEST_F(DefectWindowTest, EachCommandNeedsItsRightAndAWindowThatMayChange) {
   Open();
   auto& testers = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(2));
-  for (std::size_t c = 0; c < std::size(kAll); ++c) {
-    const std::uint32_t right = CommandInfo(kAll[c]).right;
+  for (std::size_t c = 0; c < std::size(kDefectCommands); ++c) {
+    const std::uint32_t right = CommandInfo(kDefectCommands[c]).right;
     SCOPED_TRACE(right);
     testers.SetCommandDisabled(right, true);
     ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(testers), DBStatus::kOk);
