@@ -134,43 +134,38 @@ std::uint32_t UserArgument(CDBDoc& doc, const Args& args, const char* option) {
   throw UsageError{"There is no user with the login \"" + *login + "\"."};
 }
 
-int Add(CDBDoc& doc, const Args& args, std::ostream& out) {
+// A new defect as the defect window in its add mode makes it: entered by the user logged
+// in, reported by the --found-by user, numbered when the project numbers on entry. Prints
+// its number, or with --dry-run its text form, and then adds nothing.
+int Add(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
   args.ExpectPositional(3, "defect FILE add --summary TEXT [--type NAME] ...");
   const auto summary = args.Value("summary");
   if (!summary || summary->empty()) throw UsageError{"A new defect needs --summary TEXT."};
-  const std::uint32_t now = platform::Clock::System().Now();
-  CDefectTable& table = Defects(doc);
-  std::unique_ptr<RecordItem> item = table.NewItem();
-  auto& defect = static_cast<CDefect&>(*item);
+  EditMarks marks;
+  CDefectWindow window(doc, Defects(doc), ui, marks,
+                       [](CDefectEvent&, EventDialogMode) { return std::nullopt; });
+  window.Open(CRecordWindow::kAddClose);
+  CDefect& defect = window.defect();
   defect.summary = std::string(CutToCapacity(*summary, kStringCapacity));
   defect.typeId = ValueArgument(doc, args, "type", MakeTag("type"), true);
   defect.priorityId = ValueArgument(doc, args, "priority", MakeTag("prio"), true);
   defect.severityId = ValueArgument(doc, args, "severity", MakeTag("sevr"), true);
   defect.productId = ValueArgument(doc, args, "product", MakeTag("prod"), true);
   defect.componentId = ValueArgument(doc, args, "component", MakeTag("comp"), false);
-  defect.dateCreated = defect.dateModified = defect.dateEntered = now;
-  defect.enteredById = doc.currentUserId();
-
-  auto row = std::make_unique<CReportedBy>();
-  row->foundById = UserArgument(doc, args, "found-by");
-  row->dateFound = now;
-  if (const auto* user =
-          dynamic_cast<const CUser*>(doc.GetTable(kUserTag)->ItemById(row->foundById))) {
-    row->contact = user->GetCompany().empty() ? user->GetName() : user->GetCompany();
-  }
-  row->versionFound = std::string(CutToCapacity(args.Value("version-found").value_or(""), 32));
-  row->description = args.Value("description").value_or("");
-  defect.AddReportedBy(std::move(row));
+  window.SetFinder(UserArgument(doc, args, "found-by"));
+  CReportedBy& row = *defect.ReportedByAt(1);
+  row.versionFound = std::string(CutToCapacity(args.Value("version-found").value_or(""), 32));
+  row.description = args.Value("description").value_or("");
   defect.RefreshFromFirstReport();
-
-  if (doc.options().numberOnUserEntry) {
-    if (const DBStatus s = doc.NextCounter(kMiscTag, kDefectCounterRecord, defect.number);
-        s != DBStatus::kOk) {
-      Fail(s);
-    }
+  if (args.Flag("dry-run")) {
+    std::string form;
+    defect.WriteText(form);
+    out << form;
+    return 0;
   }
-  if (const DBStatus s = table.AddItem(item); s != DBStatus::kOk) Fail(s);
-  out << (defect.number != 0 ? std::to_string(defect.number) : "-") << "\n";
+  if (!window.OnAcceptButton() || window.added() == nullptr) return 1;
+  const std::uint32_t number = window.added()->number;
+  out << (number != 0 ? std::to_string(number) : "-") << "\n";
   return 0;
 }
 
@@ -309,6 +304,15 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
     selection.push_back(defect);
     from = comma + 1;
   }
+  if (args.Flag("dry-run") && !kind) {
+    const bool duplicate = word == "duplicate";
+    for (const CDefect* defect :
+         LeaveOutLocked(doc, selection, ui, duplicate ? kNotDuplicatedInUse : kNotDeletedInUse)) {
+      out << "Defect " << defect->FieldText(1) << " would be "
+          << (duplicate ? "duplicated" : "deleted") << ".\n";
+    }
+    return 0;
+  }
   if (word == "duplicate") {
     for (const CDefect* copy : DuplicateDefects(doc, Defects(doc), selection, ui)) {
       out << "Defect " << copy->FieldText(1) << ": " << copy->summary << "\n";
@@ -360,7 +364,7 @@ int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& ou
     throw UsageError{
         "usage: quillmark-cli defect FILE NUMBER [--text|--html] | defect FILE add ..."};
   }
-  if (pos[2] == "add") return Add(doc, args, out);
+  if (pos[2] == "add") return Add(doc, args, ui, out);
   if (pos.size() == 4) {
     const auto kind = EventWord(pos[3]);
     if (!kind) {

@@ -44,10 +44,7 @@ std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& s
 std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
                                        const std::vector<CDefect*>& selection, ui::Ui& ui) {
   std::vector<CDefect*> copies;
-  for (CDefect* source : LeaveOutLocked(
-           doc, selection, ui,
-           "One or more defects will not be duplicated because they are in use by another "
-           "user.")) {
+  for (CDefect* source : LeaveOutLocked(doc, selection, ui, kNotDuplicatedInUse)) {
     std::unique_ptr<CDefect> copy = source->Clone();
     copy->SetId(0);
     if (source->number != 0 &&
@@ -63,9 +60,7 @@ std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
 
 std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
                             const std::vector<CDefect*>& selection, ui::Ui& ui) {
-  const std::vector<CDefect*> free = LeaveOutLocked(
-      doc, selection, ui,
-      "One or more defects will not be deleted because they are in use by another user.");
+  const std::vector<CDefect*> free = LeaveOutLocked(doc, selection, ui, kNotDeletedInUse);
   if (free.empty()) return 0;
   if (ui.Ask({"Are you sure that you want to delete the selected items(s)? There is no undo "
               "available.",

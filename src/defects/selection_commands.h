@@ -24,6 +24,12 @@ class CDBDoc;
 std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
                                      ui::Ui& ui, std::string_view message);
 
+// What duplicate and delete say of the defects they leave out.
+inline constexpr std::string_view kNotDuplicatedInUse =
+    "One or more defects will not be duplicated because they are in use by another user.";
+inline constexpr std::string_view kNotDeletedInUse =
+    "One or more defects will not be deleted because they are in use by another user.";
+
 // Copies of the selected defects, events and reported-by rows included. A copy of a
 // numbered defect takes the next number; one of an un-numbered defect stays without. The
 // copies are stored and join the table; answers them.

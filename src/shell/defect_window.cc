@@ -46,7 +46,7 @@ void CDefectWindow::LoadFields(const RecordItem& item) {
 
 void CDefectWindow::ResetForAdd() {
   shown_ = std::make_unique<CDefect>(defects().lookups());
-  shown_->dateEntered = clock_.Now();
+  shown_->dateCreated = shown_->dateEntered = clock_.Now();
   shown_->enteredById = doc().currentUserId();
   shown_->AddReportedBy(DefaultReport());
   shown_->RefreshFromFirstReport();
@@ -59,12 +59,25 @@ std::unique_ptr<CReportedBy> CDefectWindow::DefaultReport() const {
   auto row = std::make_unique<CReportedBy>();
   row->dateFound = clock_.Now();
   row->foundById = doc().currentUserId();
-  if (const auto* user = dynamic_cast<const CUser*>(
-          doc().GetTable(kUserTag) != nullptr ? doc().GetTable(kUserTag)->ItemById(row->foundById)
-                                              : nullptr)) {
-    row->contact = user->GetCompany().empty() ? user->GetName() : user->GetCompany();
-  }
+  row->contact = ContactOf(row->foundById);
   return row;
+}
+
+std::string CDefectWindow::ContactOf(std::uint32_t userId) const {
+  const ItemTable* users = doc().GetTable(kUserTag);
+  const auto* user =
+      users != nullptr ? dynamic_cast<const CUser*>(users->ItemById(userId)) : nullptr;
+  if (user == nullptr) return {};
+  return user->GetCompany().empty() ? user->GetName() : user->GetCompany();
+}
+
+void CDefectWindow::SetFinder(std::uint32_t userId) {
+  CReportedBy* row = shown_->ReportedByAt(reportRow_);
+  if (row == nullptr) return;
+  row->foundById = userId;
+  row->contact = ContactOf(userId);
+  if (reportRow_ == 1) shown_->RefreshFromFirstReport();
+  changed_ = true;
 }
 
 bool CDefectWindow::FieldsChanged() const { return changed_ || shown_->Pack() != loaded_; }

@@ -87,6 +87,9 @@ class CDefectWindow : public CRecordWindow {
   // "%d of %d".
   std::string ReportCounter() const;
   void ShowReport(std::uint32_t row);
+  // Makes a user the finder of the row shown, with the user's company (or name) as the
+  // contact.
+  void SetFinder(std::uint32_t userId);
   // "&New Reported By": a row with today's date and the user logged in as the finder.
   void NewReportedBy();
   // "&Delete Reported By": the row shown goes; the panes show the same place or the new
@@ -100,12 +103,15 @@ class CDefectWindow : public CRecordWindow {
   std::string PendingChangeText() const;
   // The change text of the last save of an edit, for the notification of the change.
   const std::string& changeText() const { return changeText_; }
+  // The defect the last add made, as the table holds it; null before one.
+  const CDefect* added() const { return added_; }
 
  protected:
   std::string GetWindowTitle(std::uint16_t mode) const override;
   void LoadFields(const RecordItem& item) override;
   void StoreFields(RecordItem& item) override;
   std::optional<std::string> ValidateFields() override;
+  void AfterAdd(RecordItem& item) override { added_ = static_cast<const CDefect*>(&item); }
   void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
   bool FieldsChanged() const override;
   void ResetForAdd() override;
@@ -117,6 +123,8 @@ class CDefectWindow : public CRecordWindow {
   void Insert(std::unique_ptr<CDefectEvent> event);
   // A new reported-by row with the defaults of the user logged in.
   std::unique_ptr<CReportedBy> DefaultReport() const;
+  // What a report row of the user gives as the contact: the company, else the name.
+  std::string ContactOf(std::uint32_t userId) const;
 
   RunEventDialog runDialog_;
   platform::Clock& clock_;
@@ -127,6 +135,7 @@ class CDefectWindow : public CRecordWindow {
   bool fieldsEnabled_ = true;
   std::uint32_t reportRow_ = 0;
   std::string changeText_;
+  const CDefect* added_ = nullptr;
 };
 
 }  // namespace qm

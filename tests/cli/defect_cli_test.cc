@@ -182,6 +182,17 @@ TEST_F(DefectCli, ADryRunPrintsTheChangeTextAndSavesNothing) {
             std::string::npos);
   r = Run("defect " + file + " 1 comment --notes 'first look' --date 3/4/2025");
   EXPECT_EQ(r.out, "Defect 1: Open, not assigned\n" + change);
+
+  // A new defect shows its text form; duplicate and delete name the defects they would take.
+  r = Run("defect " + file + " add --summary 'Not yet' --dry-run");
+  EXPECT_NE(r.out.find("Summary: Not yet"), std::string::npos) << r.out;
+  EXPECT_EQ(Run("--yes defects " + file + " act delete --numbers 1 --dry-run").out,
+            "Defect 1 would be deleted.\n");
+  EXPECT_EQ(Run("defects " + file + " act duplicate --numbers 1 --dry-run").out,
+            "Defect 1 would be duplicated.\n");
+  EXPECT_EQ(Run("defects " + file).out,
+            "No.\tSummary\tType\tPriority\tStatus\n"
+            "1\tX\tCrash - Data Loss\tImmediate\tOpen, not assigned\n");
 }
 
 TEST_F(DefectCli, DuplicateAndDeleteASelection) {
