@@ -259,9 +259,6 @@ TEST(DefectEvent, InfoTexts) {
   estimate.hours = 4;
   estimate.estimatedVersion = "2.1";
   EXPECT_EQ(estimate.GetInfoText(), "Hours:  4.00, Date: 3/7/2024, Version: 2.1");
-  EXPECT_EQ(FormatDate(platform::StampFromCivil({.year = 1999, .month = 12, .day = 31})),
-            "12/31/1999");
-  EXPECT_EQ(FormatDate(platform::kNoStamp), "");
 
   CReleaseNotesEvent release;
   EXPECT_EQ(release.GetInfoText(), "Released in Version: not set");

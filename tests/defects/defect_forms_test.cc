@@ -118,8 +118,11 @@ TEST_F(DefectForms, FieldTextsFollowTheEvents) {
   EXPECT_EQ(DefectFieldLabel(207), "Comment By");
 }
 
+// Each event kind's own forms are compared whole with the events' forms; here the
+// events are those whose forms differ with their values (an estimate without a date, a
+// fix with hours), the re-opening that clears the resolution, and the release notes the
+// defect shows in its head.
 TEST_F(DefectForms, TextAndHtmlWhole) {
-  Add<CAssignEvent>(1, 3, "look");
   auto& estimate = Add<CEstimateEvent>(2, 3, "easy");
   estimate.hours = 4;
   estimate.estimatedVersion = "1.1";
@@ -128,12 +131,7 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
   fix.resolutionId = 6;
   fix.fixVersion = "1.1";
   fix.affectsDocs = true;
-  auto& verify = Add<CVerifyEvent>(4, 2, "");
-  verify.passed = false;
-  auto& close = Add<CCloseEvent>(5, 2, "gone");
-  close.resolutionId = 6;
   Add<CReOpenEvent>(6, 2, "back");
-  Add<CCommentEvent>(7, 3, "a\rb");
   auto& release = Add<CReleaseNotesEvent>(8, 2, "Fixed <it>");
   release.releaseVersion = "1.2";
   d.Replay();
@@ -179,10 +177,6 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
             "Attachments: none\r\n"
             "\r\n"
             "--- History ---\r\n"
-            "Assigned to: Lee\r\n"
-            "Date Assigned: 2/1/2025\r\n"
-            "Comments: look\r\n"
-            "\r\n"
             "Estimated by: Lee\r\n"
             "Date Estimated: 2/2/2025\r\n"
             "Hours to Fix:  4.00\r\n"
@@ -198,23 +192,9 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
             "Affects Test Plan: No\r\n"
             "Notes: patched\r\n"
             "\r\n"
-            "Verified by: Smith, Ann\r\n"
-            "Date Verified: 2/4/2025\r\n"
-            "Result: Failed\r\n"
-            "\r\n"
-            "Closed by: Smith, Ann\r\n"
-            "Date Closed: 2/5/2025\r\n"
-            "Resolution: Code Change\r\n"
-            "Notes: gone\r\n"
-            "\r\n"
             "Re-opened by:Smith, Ann\r\n"
             "Date Re-opened:2/6/2025\r\n"
             "Notes: back\r\n"
-            "\r\n"
-            "Comment by: Lee\r\n"
-            "Date Entered: 2/7/2025\r\n"
-            "Comments: a\r\n"
-            "b\r\n"
             "\r\n"
             "Entered by: Smith, Ann\r\n"
             "Date Entered: 2/8/2025\r\n"
@@ -272,12 +252,6 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
       "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
       "<TR BGCOLOR=#FFFFFF><TD ALIGN=CENTER><HR><BR>--- History ---</TD></TR><TR "
       "BGCOLOR=#FFFFFF><TD><TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
-      "<TR BGCOLOR=#FFFFFF><TD><B>Assigned to:</B> Lee</TD><TD><B>Date Assigned:</B> "
-      "2/1/2025</TD></TR>\n"
-      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Comments:</B> look</TD></TR>\n"
-      "</TABLE>\n"
-      "<HR>\n"
-      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
       "<TR BGCOLOR=#FFFFFF><TD><B>Estimated by:</B> Lee</TD><TD><B>Date Estimated:</B> "
       "2/2/2025</TD></TR>\n"
       "<TR BGCOLOR=#FFFFFF><TD><B>Hours to Fix:</B>  4.00</TD><TD><B>Estimated completion "
@@ -296,27 +270,9 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
       "</TABLE>\n"
       "<HR>\n"
       "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
-      "<TR BGCOLOR=#FFFFFF><TD><B>Verified by:</B> Smith, Ann</TD><TD><B>Date Verified:</B> "
-      "2/4/2025</TD><TD><B>Result:</B> Failed</TD></TR>\n"
-      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Notes:</B> </TD></TR>\n"
-      "</TABLE>\n"
-      "<HR>\n"
-      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
-      "<TR BGCOLOR=#FFFFFF><TD><B>Closed by:</B> Smith, Ann</TD><TD><B>Date Closed:</B> "
-      "2/5/2025</TD><TD><B>Resolution:</B> Code Change</TD></TR>\n"
-      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=3><B>Comments:</B> gone</TD></TR>\n"
-      "</TABLE>\n"
-      "<HR>\n"
-      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
       "<TR BGCOLOR=#FFFFFF><TD><B>Re-opened by:</B> Smith, Ann</TD><TD><B>Date Re-opened:</B> "
       "2/6/2025</TD></TR>\n"
       "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Notes:</B> back</TD></TR>\n"
-      "</TABLE>\n"
-      "<HR>\n"
-      "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
-      "<TR BGCOLOR=#FFFFFF><TD><B>Comment by:</B> Lee</TD><TD><B>Date Entered:</B> "
-      "2/7/2025</TD></TR>\n"
-      "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Comments:</B> a\rb</TD></TR>\n"
       "</TABLE>\n"
       "<HR>\n"
       "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"

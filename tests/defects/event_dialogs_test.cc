@@ -44,7 +44,9 @@ std::optional<EventDialogResult> Closed(EventDialog& dialog,
   return std::nullopt;
 }
 
-TEST(EventDialog, ChecksDateThenUserThenTheKindsFields) {
+// Per kind: the title, the checks in their order with their words, the user chosen at
+// opening and the Save && Assign button.
+TEST(EventDialog, EachKindsTitleChecksUserAndSaveButton) {
   constexpr std::string_view kResolution = "Please select the defect's resolution.";
   struct Row {
     EventKind kind;
@@ -52,34 +54,48 @@ TEST(EventDialog, ChecksDateThenUserThenTheKindsFields) {
     std::string_view dateMessage;
     std::string_view userMessage;
     std::string_view fieldMessage;  // empty: no check of its own
+    bool saveAndAssign;             // offered to a user who may assign
   };
   const Row rows[] = {
       {EventKind::kAssign, "Assign Defect", "Please enter the date this defect was assigned.",
-       "Please select the user to which this defect was assigned.", ""},
+       "Please select the user to which this defect was assigned.", "", false},
       {EventKind::kFix, "Fix Defect", "Please enter the date this defect was fixed.",
-       "Please select the user who fixed this defect.", kResolution},
+       "Please select the user who fixed this defect.", kResolution, true},
       {EventKind::kVerify, "Verify Defect", "Please enter the date this defect was verified.",
-       "Please select the user who verified this defect.", ""},
+       "Please select the user who verified this defect.", "", false},
       {EventKind::kClose, "Close Defect", "Please enter the date this defect was closed.",
-       "Please select the user who closed this defect.", kResolution},
+       "Please select the user who closed this defect.", kResolution, false},
       {EventKind::kReOpen, "Re-open Defect", "Please enter the date this defect was re-opened.",
-       "Please select the user who re-opened this defect.", ""},
+       "Please select the user who re-opened this defect.", "", true},
       {EventKind::kEstimate, "Estimate to Fix Problem",
        "Please enter the date this estimate was created.",
        "Please select the user who estimated the resolution to the problem.",
        "Please estimate the number of hours to resolve the problem or enter a target date or "
-       "version."},
+       "version.",
+       true},
       {EventKind::kComment, "Defect Comments", "Please enter the date this comment was entered.",
-       "Please select the user who entered this comment.", ""},
+       "Please select the user who entered this comment.", "", false},
       {EventKind::kReleaseNotes, "Release Fix or Feature",
        "Please enter the date these release notes were entered.",
-       "Please select the user who entered these notes.", ""},
+       "Please select the user who entered these notes.", "", false},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.title);
     auto event = New(row.kind);
     const auto original = event->Clone();
+    // The user logged in, but not for an assignment, and no one in the other mode.
+    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId,
+              row.kind == EventKind::kAssign ? 0u : kMe);
+    if (row.kind != EventKind::kVerify) {  // its buttons are its own, below
+      for (bool mayAssign : {true, false}) {
+        EventDialog buttons(*event, EventDialogMode::kEdit, kMe, mayAssign);
+        EXPECT_EQ(buttons.saveAndAssignVisible(), row.saveAndAssign && mayAssign);
+        EXPECT_EQ(buttons.saveAndAssignEnabled(), row.saveAndAssign && mayAssign);
+        EXPECT_FALSE(buttons.saveAndReleaseVisible());
+      }
+    }
     EventDialog dialog(*event, EventDialogMode::kEdit, 0, true);
+    EXPECT_EQ(dialog.userId, 0u);
     EXPECT_EQ(dialog.Title(), row.title);
     EXPECT_TRUE(dialog.fieldsEnabled());
 
@@ -113,6 +129,8 @@ TEST(EventDialog, ChecksDateThenUserThenTheKindsFields) {
     EXPECT_EQ(Closed(dialog), EventDialogResult::kOk);
     EXPECT_EQ(event->userId, 4u);
     EXPECT_EQ(event->date, March7());  // a typed date is the day, at midnight
+    // An event that has its user opens with that user.
+    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId, 4u);
   }
 }
 
@@ -185,40 +203,7 @@ TEST(EventDialog, FixHoursAreTakenUnchecked) {
   EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, kMe, true).hoursText, "");
 }
 
-TEST(EventDialog, UserChosenAtOpening) {
-  for (EventKind kind :
-       {EventKind::kAssign, EventKind::kFix, EventKind::kVerify, EventKind::kClose,
-        EventKind::kReOpen, EventKind::kEstimate, EventKind::kComment, EventKind::kReleaseNotes}) {
-    auto event = New(kind);
-    SCOPED_TRACE(event->ActionText());
-    const bool isAssign = kind == EventKind::kAssign;
-    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId, isAssign ? 0u : kMe);
-    // Not in the logged-in mode: no one.
-    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, 0, true).userId, 0u);
-    // An event that has its user shows that user.
-    event->userId = 4;
-    EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId, 4u);
-  }
-}
-
-TEST(EventDialog, SaveButtons) {
-  // Fix, estimate and re-open offer Save && Assign to a user who may assign; the rest never.
-  const std::pair<EventKind, bool> rows[] = {
-      {EventKind::kAssign, false},       {EventKind::kFix, true},      {EventKind::kClose, false},
-      {EventKind::kReOpen, true},        {EventKind::kEstimate, true}, {EventKind::kComment, false},
-      {EventKind::kReleaseNotes, false},
-  };
-  for (const auto& [kind, offered] : rows) {
-    auto event = New(kind);
-    SCOPED_TRACE(event->ActionText());
-    for (bool mayAssign : {true, false}) {
-      EventDialog dialog(*event, EventDialogMode::kEdit, kMe, mayAssign);
-      EXPECT_EQ(dialog.saveAndAssignVisible(), offered && mayAssign);
-      EXPECT_EQ(dialog.saveAndAssignEnabled(), offered && mayAssign);
-      EXPECT_FALSE(dialog.saveAndReleaseVisible());
-    }
-  }
-
+TEST(EventDialog, VerifySaveButtons) {
   // Verify shows both buttons even to a user without the right; Pass and Fail switch them.
   CVerifyEvent verify;
   verify.date = March7();

@@ -59,46 +59,25 @@ class Forms : public ::testing::Test {
   // to escape.
   static std::vector<std::unique_ptr<CDefectEvent>> Events() {
     std::vector<std::unique_ptr<CDefectEvent>> events;
-    auto assign = std::make_unique<CAssignEvent>();
-    assign->userId = kAnn;
-    assign->date = Dec31();
-    assign->notes = "Take it\rplease";
-    events.push_back(std::move(assign));
-    auto fix = std::make_unique<CFixEvent>();
-    fix->userId = kBo;
-    fix->date = Jan5();
-    fix->fixVersion = "2.1";
-    fix->resolutionId = 3;
-    fix->affectsDocs = true;
-    fix->notes = "a\r\nb\rc";
-    events.push_back(std::move(fix));
-    auto verify = std::make_unique<CVerifyEvent>();
-    verify->userId = kAnn;
-    verify->date = Dec31();
-    verify->passed = false;
-    events.push_back(std::move(verify));
-    auto close = std::make_unique<CCloseEvent>();
-    close->userId = kGone;
-    close->date = Jan5();
-    close->resolutionId = 4;
-    close->notes = "done";
-    events.push_back(std::move(close));
-    auto reopen = std::make_unique<CReOpenEvent>();
-    reopen->userId = kBo;
-    reopen->date = Dec31();
-    reopen->notes = "again";
-    events.push_back(std::move(reopen));
+    const auto add = [&events]<class Event>(Event* e, std::uint32_t user, std::uint32_t date,
+                                            const char* notes) -> Event& {
+      e->userId = user;
+      e->date = date;
+      e->notes = notes;
+      events.emplace_back(e);
+      return *e;
+    };
+    add(new CAssignEvent, kAnn, Dec31(), "Take it\rplease");
+    auto& fix = add(new CFixEvent, kBo, Jan5(), "a\r\nb\rc");
+    fix.fixVersion = "2.1";
+    fix.resolutionId = 3;
+    fix.affectsDocs = true;
+    add(new CVerifyEvent, kAnn, Dec31(), "").passed = false;
+    add(new CCloseEvent, kGone, Jan5(), "done").resolutionId = 4;
+    add(new CReOpenEvent, kBo, Dec31(), "again");
     events.push_back(Estimate());
-    auto comment = std::make_unique<CCommentEvent>();
-    comment->userId = kBo;
-    comment->notes = "Say \"hi\" <b>";
-    events.push_back(std::move(comment));
-    auto release = std::make_unique<CReleaseNotesEvent>();
-    release->userId = kAnn;
-    release->date = Jan5();
-    release->releaseVersion = "3.1";
-    release->notes = "x > y";
-    events.push_back(std::move(release));
+    add(new CCommentEvent, kBo, platform::kNoStamp, "Say \"hi\" <b>");
+    add(new CReleaseNotesEvent, kAnn, Jan5(), "x > y").releaseVersion = "3.1";
     return events;
   }
 

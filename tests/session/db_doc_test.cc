@@ -85,24 +85,9 @@ TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) 
   EXPECT_EQ(Names(*doc.GetTable(MakeTag("type"))),
             (std::vector<std::string>{"Crash - Data Loss", "Crash - No Data Loss",
                                       "Incorrect Functionality", "Cosmetic", "Feature Request"}));
-  EXPECT_EQ(Names(*doc.GetTable(MakeTag("reso"))),
-            (std::vector<std::string>{"Code Change", "Documentation Change", "Clarification",
-                                      "Not Our Bug", "Not a Bug", "On Hold"}));
-  EXPECT_EQ(Names(*doc.GetTable(MakeTag("prio"))),
-            (std::vector<std::string>{"Immediate", "Before Alpha", "Before Beta", "Before Final",
-                                      "Future Release"}));
   EXPECT_EQ(Names(*doc.GetTable(MakeTag("stat"))),
             (std::vector<std::string>{"Open", "Fixed", "Verify Failed", "Verify Passed", "Closed",
                                       "Re-opened"}));
-  EXPECT_EQ(
-      Names(*doc.GetTable(MakeTag("rpro"))),
-      (std::vector<std::string>{"Always", "Sometimes", "Rarely", "Could Not", "I Didn't Try"}));
-  EXPECT_EQ(Names(*doc.GetTable(MakeTag("sevr"))),
-            (std::vector<std::string>{"Causes Crash", "No Workaround", "Workaround", "Cosmetic"}));
-  EXPECT_EQ(
-      Names(*doc.GetTable(MakeTag("usta"))),
-      (std::vector<std::string>{"Open - Not Reviewed", "Open - Reviewed", "Need Customer Input",
-                                "Fix In Future Release", "Closed", "Hold"}));
   EXPECT_EQ(Names(*doc.GetTable(MakeTag("prod"))), std::vector<std::string>{"Atlas"});
   EXPECT_EQ(doc.GetTable(MakeTag("comp"))->count(), 0u);
   // Each name's record holds its place from 1.

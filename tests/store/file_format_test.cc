@@ -30,9 +30,19 @@ Bytes NewFileBytes(std::uint16_t multiUser) {
   return f;
 }
 
-TEST(FileFormat, NewFileHasEveryBlockAtItsOffset) {
+class FileFormat : public ::testing::Test {
+ protected:
+  // A new multi-user file at `path`, closed again.
+  void Create(const std::string& path) {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+  }
+
   TempDir dir;
   ScriptedUi ui;
+};
+
+TEST_F(FileFormat, NewFileHasEveryBlockAtItsOffset) {
   for (std::uint16_t multiUser : {std::uint16_t{0}, std::uint16_t{1}}) {
     CProjectStore store(ui);
     ASSERT_EQ(store.Create(dir.File("new.qmk"), multiUser), DBStatus::kOk);
@@ -46,7 +56,7 @@ TEST(FileFormat, NewFileHasEveryBlockAtItsOffset) {
 
 // Checksum table values of the bytes used below: 00 -> 0001, 01 -> 0004, FF -> E902,
 // 41 -> 4844, 42 -> 2421, 78 -> 8001.
-TEST(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
+TEST_F(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
   EXPECT_EQ(Checksum::Of(nullptr, 0), 0);
   const std::vector<std::uint8_t> ff(1001, 0xFF);
   EXPECT_EQ(Checksum::Of(ff.data(), ff.size()), static_cast<std::uint16_t>(1001u * 0xE902));
@@ -75,9 +85,7 @@ TEST(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
   EXPECT_EQ(pieces.value(), Checksum::Of(mixed.data(), mixed.size()));
 }
 
-TEST(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
   const std::string path = dir.File("p.qmk");
   CProjectStore store(ui);
   ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
@@ -115,9 +123,7 @@ TEST(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
   EXPECT_EQ(BeU32(f, 24), 3u);       // one change per add
 }
 
-TEST(FileFormat, IndexMovesToTheEndAtThe129thRecord) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, IndexMovesToTheEndAtThe129thRecord) {
   const std::string path = dir.File("p.qmk");
   CProjectStore store(ui);
   ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
@@ -194,9 +200,7 @@ std::vector<std::uint8_t> OldFile(std::uint16_t version, const std::vector<std::
 
 // The long user block goes to the end of the file; the version says whether records carry
 // headers, so 352 becomes 358 and the versions without headers become 357.
-TEST(FileFormat, OlderFilesGainTheLongUserBlock) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, OlderFilesGainTheLongUserBlock) {
   for (const auto& [before, after] :
        std::vector<std::pair<std::uint16_t, std::uint16_t>>{{336, 357}, {352, 358}, {357, 357}}) {
     SCOPED_TRACE(before);
@@ -233,9 +237,7 @@ TEST(FileFormat, OlderFilesGainTheLongUserBlock) {
   }
 }
 
-TEST(FileFormat, ReadsAndExtendsFilesOfOlderVersions) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, ReadsAndExtendsFilesOfOlderVersions) {
   // Payloads of 'x' (table value 8001) and NUL (0001) so the headers' sums are easy.
   const std::vector<std::string> payloads = {"xx", std::string("x\0x", 3)};
   for (std::uint16_t version : std::vector<std::uint16_t>{336, 352, 357}) {
@@ -272,9 +274,7 @@ TEST(FileFormat, ReadsAndExtendsFilesOfOlderVersions) {
   }
 }
 
-TEST(FileFormat, RefusesFilesItCannotRead) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, RefusesFilesItCannotRead) {
   const std::string path = dir.File("v.qmk");
   auto file = OldFile(352, {"x"});
   struct Case {
@@ -308,9 +308,7 @@ TEST(FileFormat, RefusesFilesItCannotRead) {
 
 // A record never starts inside a fixed block. The guard keeps out of the long form of
 // the user block even in a file that has the short one.
-TEST(FileFormat, RecordsAreKeptOutOfFixedBlocks) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, RecordsAreKeptOutOfFixedBlocks) {
   const std::string path = dir.File("g.qmk");
   auto f = OldFile(352, {"xx"});
   PutU32(f, 20, static_cast<std::uint32_t>(f.size()));
@@ -328,14 +326,9 @@ TEST(FileFormat, RecordsAreKeptOutOfFixedBlocks) {
   EXPECT_EQ(store.ReadRecord(kDfct, 7, out), DBStatus::kOk);
 }
 
-TEST(FileFormat, ChangeCounterSkipsZeroWhenItWraps) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, ChangeCounterSkipsZeroWhenItWraps) {
   const std::string path = dir.File("c.qmk");
-  {
-    CProjectStore store(ui);
-    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
-  }
+  Create(path);
   auto f = ReadFileBytes(path);
   PutU32(f, 24, 0xFFFFFFFF);
   WriteFileBytes(path, f);
@@ -348,14 +341,9 @@ TEST(FileFormat, ChangeCounterSkipsZeroWhenItWraps) {
 
 // A user slot whose life sign nobody holds belongs to a client that died: the opening
 // clears it and counts the clearing in the block.
-TEST(FileFormat, OpeningClearsTheSlotsOfDeadClients) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, OpeningClearsTheSlotsOfDeadClients) {
   const std::string path = dir.File("u.qmk");
-  {
-    CProjectStore store(ui);
-    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
-  }
+  Create(path);
   auto f = ReadFileBytes(path);
   PutU32(f, 1044 + 8, 1);             // loggedIn
   PutU32(f, 1044 + 12, 6);            // changeCounter
@@ -376,9 +364,7 @@ TEST(FileFormat, OpeningClearsTheSlotsOfDeadClients) {
 
 // Notices of former sessions are of no use once nobody is logged in: the opening
 // removes them and enters their space, filled with FE, as one merged hole.
-TEST(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
   const std::string path = dir.File("m.qmk");
   {
     CProjectStore store(ui);
@@ -404,9 +390,7 @@ TEST(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
 
 // Notices that do not stand side by side become separate holes; past 128 of them the
 // hole block grows by 128 and moves to the end of the file.
-TEST(FileFormat, TheHoleBlockGrowsAndMovesWhenItIsFull) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, TheHoleBlockGrowsAndMovesWhenItIsFull) {
   const std::string path = dir.File("h.qmk");
   {
     CProjectStore store(ui);
@@ -434,9 +418,7 @@ TEST(FileFormat, TheHoleBlockGrowsAndMovesWhenItIsFull) {
 
 // Damaged notice entries and hole blocks are found, never acted upon: the purge must not
 // fill a fixed block with FE, and a capacity beyond the file is no reason to write there.
-TEST(FileFormat, DamagedNoticesAndHoleBlocksDestroyNothing) {
-  TempDir dir;
-  ScriptedUi ui;
+TEST_F(FileFormat, DamagedNoticesAndHoleBlocksDestroyNothing) {
   const std::string path = dir.File("d.qmk");
   {
     CProjectStore store(ui);
