@@ -130,6 +130,9 @@ class CDefect : public RecordItem {
   void Print(std::vector<PrintRow>& rows) const;
 
   std::uint32_t GetNumber() const { return number; }
+  bool IsAssignedTo(std::uint32_t userId) const override {
+    return userId != 0 && copies_.assignedToId == userId;
+  }
   const DefectCopies& copies() const { return copies_; }
   std::uint16_t status() const { return copies_.status; }
   const std::vector<std::uint32_t>& notifyList() const { return notifyList_; }

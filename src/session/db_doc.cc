@@ -54,10 +54,6 @@ constexpr const char* kRewriteFinished =
     "Update is finished. Now...\n1. Close the file.\n2. Make a copy of the file.\n3. Open the "
     "file and compact it.\n4. Enjoy improved performance!";
 
-void Check(DBStatus status) {
-  if (status != DBStatus::kOk) Fail(status);
-}
-
 std::array<std::uint8_t, 4> CounterBytes(std::uint32_t value) {
   std::array<std::uint8_t, 4> bytes{};
   BeWriter(bytes.data()).U32(value);
@@ -264,6 +260,7 @@ void CDBDoc::LoadProject(const std::optional<ui::LoginEntry>& login, bool altHel
     ui_.SetStatusText("Ready");
   }
   if (altHeld) RewriteDefects();
+  idleEnabled_ = true;
   host_.StartBackgroundWork(*this);
   if (const auto* account = dynamic_cast<const LoginAccount*>(currentUser())) {
     host_.RememberLogin({std::string(account->LoginName()), std::string(account->LoginPassword())});
@@ -439,6 +436,7 @@ int CDBDoc::NewProject(const std::string& path, bool multiUser) {
     ScheduleCheck();
   }
   ui_.SetStatusText("Ready");
+  idleEnabled_ = true;
   host_.StartBackgroundWork(*this);
   Check(store_->UpdateRecord(kMiscTag, kSecurityRecord, security_.Encode()));
   return 1;
@@ -448,6 +446,7 @@ int CDBDoc::NewProject(const std::string& path, bool multiUser) {
 
 void CDBDoc::CloseProject() {
   if (!store_) return;
+  idleEnabled_ = false;
   host_.BeforeClose(*this);
   if (RecordItem* user = currentUser(); user != nullptr && multiUser()) {
     if (auto* account = dynamic_cast<LoginAccount*>(user)) account->SetLastLogin(Now());

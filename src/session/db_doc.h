@@ -101,6 +101,17 @@ class CDBDoc : public ProjectCounters {
   // When the file is next checked for other users' changes; kNoStamp for never.
   std::uint32_t nextDatabaseCheck() const { return nextDatabaseCheck_; }
 
+  // The work of the program's one-second tick: the check for other users' changes once
+  // its time has passed. Does nothing while it already runs, as when a dialog it opened
+  // lets the tick through, and before the opening is done.
+  void IdleWork();
+  // Looks at a multi-user file for other users' changes: the notices they posted, the
+  // records they added to the tables whose list windows are open, and the options; then
+  // sets the next check. Answers whether the user logged in was alerted.
+  bool CheckDatabase();
+  // Takes the check interval again, as after the Options dialog; the next tick checks.
+  void ApplySchedule();
+
  private:
   // The steps of an opening after the store is open; failures are thrown.
   void LoadProject(const std::optional<ui::LoginEntry>& login, bool altHeld);
@@ -121,6 +132,12 @@ class CDBDoc : public ProjectCounters {
   void RewriteDefects();
   void TakeSnapshot();
   void ScheduleCheck();
+  // The parts of CheckDatabase; each answers whether the user is to be alerted.
+  bool ReadNotices();
+  bool ActOnNotice(const Notice& notice);
+  bool LoadNewRecords(Tag tag, std::uint32_t from, std::uint32_t to);
+  // Marks an item of another user's and answers whether it is assigned to this one.
+  bool MarkForUser(RecordItem& item);
   // Writes a misc record that may not exist yet, replacing what is there.
   void PutMisc(std::uint32_t id, std::span<const std::uint8_t> bytes);
   std::uint32_t Now() { return clock_.Now(); }
@@ -141,6 +158,7 @@ class CDBDoc : public ProjectCounters {
   PreferenceBlock preferences_{};
   TableDirectory snapshot_;
   std::uint32_t nextDatabaseCheck_ = platform::kNoStamp;
+  bool idleEnabled_ = false;  // set once the opening is done; clear while idle work runs
 };
 
 }  // namespace qm

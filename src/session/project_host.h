@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <string>
 
+#include "store/blocks.h"
 #include "ui/ui.h"
 
 namespace qm {
 
 class CDBDoc;
+class RecordItem;
 
 class ProjectHost {
  public:
@@ -32,6 +34,23 @@ class ProjectHost {
   // The user is logged out: the open list windows are noted in the preferences, each
   // keeps its place, and they close.
   virtual void CloseListWindows(CDBDoc& doc) = 0;
+
+  // What the check for other users' changes finds. A program without list windows (the
+  // command line) keeps the answers below: no list is open, and nobody needs telling.
+  //
+  // Whether the list window of a table is open; only then do the records that other users
+  // add to it join the table before the next opening.
+  virtual bool ListWindowOpen(Tag /*table*/) const { return false; }
+  // An item of another user's joined its table, marked new.
+  virtual void ItemAdded(Tag /*table*/, RecordItem& /*item*/) {}
+  // An item was read again after another user changed it.
+  virtual void ItemChanged(Tag /*table*/, RecordItem& /*item*/) {}
+  // Another user deleted the item, which is about to leave its table and be destroyed:
+  // the windows showing it close.
+  virtual void ItemRemoving(Tag /*table*/, RecordItem& /*item*/) {}
+  // Someone else assigned one or more defects to the user logged in: the alert, once per
+  // check however many there were.
+  virtual void AlertAssignment() {}
 };
 
 }  // namespace qm

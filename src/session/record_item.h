@@ -34,6 +34,10 @@ class RecordItem {
   virtual bool GetColumnText(std::uint16_t column, std::string& out) const;
   virtual std::string GetName() const;
 
+  // Whether the item is assigned to the user (defects are); the check for other users'
+  // changes alerts that user.
+  virtual bool IsAssignedTo(std::uint32_t /*userId*/) const { return false; }
+
   // Called once the store holds what the item holds: after a save, after a reload.
   virtual void AfterSave() {}
   // Called once the store has the deletion.
@@ -54,6 +58,7 @@ class RecordItem {
   std::uint32_t changedAt = platform::kNoStamp;
   bool deleted = false;  // still in the file, marked deleted
   bool isChanged = false;
+  bool isAssigned = false;  // assigned to the current user by someone else, not seen yet
 
  private:
   std::vector<ItemTable*> owners_;

@@ -11,8 +11,11 @@
 
 namespace qm {
 
+inline constexpr std::uint32_t kNoticeAssigned = 1000;  // u32 defect id: yours now
+inline constexpr std::uint32_t kNoticeText = 1001;      // a text to show
 inline constexpr std::uint32_t kNoticeChanged = 1002;
 inline constexpr std::uint32_t kNoticeDeleted = 1003;
+inline constexpr std::uint32_t kNoticeAdded = 1004;
 
 [[nodiscard]] inline DBStatus PostRecordNotice(CProjectStore& store, std::uint32_t sender,
                                                std::uint32_t kind, Tag table, std::uint32_t id) {

@@ -126,6 +126,9 @@ class CProjectStore {
   // Whether the header's change counter moved since this client last looked: one read
   // of four bytes, without any lock, so idle clients cost each other nothing.
   bool HasChanged();
+  // Reads the table directory again, under the write lock, so that directory() shows the
+  // tables as other clients left them.
+  [[nodiscard]] DBStatus RefreshDirectory();
 
   // User slots and life signs. In a single-user file these answer 0 and lock nothing;
   // with no open file, 1013.

@@ -22,6 +22,14 @@ bool CProjectStore::HasChanged() {
   return true;
 }
 
+DBStatus CProjectStore::RefreshDirectory() {
+  if (!file_) return DBStatus::kNotOpen;
+  if (const DBStatus s = BeginAccess(true); s != DBStatus::kOk) return s;
+  const DBStatus status = RunGuarded([&] { ReadDirectory(); });
+  const DBStatus ended = EndAccess(false);
+  return status != DBStatus::kOk ? status : ended;
+}
+
 bool CProjectStore::IsLockNumberAlive(std::uint16_t number) {
   return file_ != nullptr && IsByteAlive(number);
 }

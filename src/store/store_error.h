@@ -14,6 +14,10 @@ struct StoreError {
 };
 
 [[noreturn]] inline void Fail(DBStatus status) { throw StoreError{status}; }
+// Throws a status that is not kOk.
+inline void Check(DBStatus status) {
+  if (status != DBStatus::kOk) Fail(status);
+}
 
 // Runs `work`; a thrown status becomes the answer, no memory 1005, a file failure 1011.
 template <class Work>

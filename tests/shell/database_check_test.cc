@@ -1,0 +1,154 @@
+// The check for other users' changes, against another process that adds, changes and
+// deletes defects and posts notices: what reaches the open lists, the marks, the alert,
+// and when the next check runs.
+#include <gtest/gtest.h>
+
+#include "defects/defect.h"
+#include "defects/defect_table.h"
+#include "people/user.h"
+#include "session/db_doc.h"
+#include "session/record_notice.h"
+#include "shell/project_item_kinds.h"
+#include "support/child_process.h"
+#include "support/fake_files.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+// A program with the defect list open, noting what the check tells it.
+class WatchingHost : public QuietHost {
+ public:
+  std::int32_t DatabaseCheckSeconds() const override { return 10; }
+  bool ListWindowOpen(Tag table) const override { return table == kDefectTag; }
+  void ItemAdded(Tag, RecordItem& item) override { Note("added", item); }
+  void ItemChanged(Tag, RecordItem& item) override { Note("changed", item); }
+  void ItemRemoving(Tag, RecordItem& item) override { Note("removing", item); }
+  void AlertAssignment() override { events.push_back("alert"); }
+
+  std::vector<std::string> events;
+
+ private:
+  void Note(const char* what, const RecordItem& item) {
+    const auto& defect = static_cast<const CDefect&>(item);
+    std::string marks = (item.isNew ? "N" : "") + std::string(item.isChanged ? "C" : "") +
+                        (item.isAssigned ? "A" : "");
+    events.push_back(std::string(what) + " " + defect.summary + (marks.empty() ? "" : " " + marks));
+  }
+};
+
+class DatabaseCheckTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ScriptedUi makeUi;
+    QuietHost makeHost;
+    CDBDoc made(makeUi, kinds, makeHost);
+    ASSERT_EQ(made.NewProject(path, true), 1);
+    auto user = std::make_unique<CUser>();
+    user->SetLastName("Tess");
+    user->SetLogin("tess");
+    user->SetGroupId(1);
+    std::unique_ptr<RecordItem> item = std::move(user);
+    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
+    for (const char* summary : {"Kept", "Doomed"}) {
+      std::unique_ptr<RecordItem> d = made.GetTable(kDefectTag)->NewItem();
+      static_cast<CDefect&>(*d).summary = summary;
+      ASSERT_EQ(made.GetTable(kDefectTag)->AddItem(d), DBStatus::kOk);
+    }
+    made.CloseProject();
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ProjectItemKinds kinds;
+};
+
+// The other user: adds a defect assigned to admin, comments on "Kept", deletes "Doomed",
+// and says something to everyone.
+int OtherUser(const std::string& file, Child::Channel& c) {
+  ScriptedUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  CDBDoc doc(ui, kinds, host);
+  if (doc.OpenProject(file, ui::LoginEntry{"tess", ""}) != 1) return 1;
+  auto& defects = static_cast<CDefectTable&>(*doc.GetTable(kDefectTag));
+  const auto post = [&doc](std::uint32_t kind, std::uint32_t id) {
+    return PostRecordNotice(*doc.store(), doc.currentUserId(), kind, kDefectTag, id);
+  };
+  const auto named = [&defects](const char* summary) -> CDefect& {
+    std::uint32_t p = 1;
+    while (defects.DefectAt(p)->summary != summary) ++p;
+    return *defects.DefectAt(p);
+  };
+
+  std::unique_ptr<RecordItem> item = defects.NewItem();
+  auto& yours = static_cast<CDefect&>(*item);
+  yours.summary = "Yours";
+  auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
+  assign->userId = doc.GetTable(kUserTag)->ItemAt(1)->GetId();  // admin sorts first
+  yours.AddEvent(std::move(assign));
+  if (defects.AddItem(item) != DBStatus::kOk) return 2;
+
+  CDefect& kept = named("Kept");
+  kept.AddEvent(CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kComment)));
+  if (defects.SaveItem(kept) != DBStatus::kOk ||
+      post(kNoticeChanged, kept.GetId()) != DBStatus::kOk) {
+    return 3;
+  }
+  CDefect& doomed = named("Doomed");
+  const std::uint32_t doomedId = doomed.GetId();
+  if (defects.DeleteItem(doomed, false) != DBStatus::kOk) return 4;
+  if (post(kNoticeDeleted, doomedId) != DBStatus::kOk) return 5;
+  const std::string text = "Lunch";
+  if (doc.store()->PostMessage(doc.currentUserId(), kNoticeText,
+                               {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) !=
+      DBStatus::kOk) {
+    return 6;
+  }
+  c.Send("done");
+  c.Receive();
+  return 0;
+}
+
+TEST_F(DatabaseCheckTest, AnotherUsersChangesReachTheListsWithOneAlert) {
+  ScriptedUi ui;
+  WatchingHost host;
+  FakeClock clock;
+  clock.now = 3'000'000'000u;
+  CDBDoc doc(ui, kinds, host, platform::FileSystem::Real(), clock);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  ASSERT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
+
+  const std::string file = path;
+  Child other([file](Child::Channel& c) { return OtherUser(file, c); });
+  ASSERT_EQ(other.Receive(), "done");
+
+  clock.now += 10;
+  doc.IdleWork();
+  EXPECT_TRUE(host.events.empty()) << "the check waits until its time has passed";
+  clock.now += 1;
+  doc.IdleWork();
+  // The notices come first, for msgs stands before dfct in the directory; then the record
+  // tess added, which is assigned to admin. One alert for it all.
+  EXPECT_EQ(host.events, (std::vector<std::string>{"changed Kept C", "removing Doomed",
+                                                   "added Yours NA", "alert"}));
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Lunch"});
+  ItemTable& defects = *doc.GetTable(kDefectTag);
+  ASSERT_EQ(defects.count(), 2u) << "Doomed is gone from the table";
+  EXPECT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
+
+  // Nothing new: no events, and the next check still moves on.
+  host.events.clear();
+  clock.now += 20;
+  EXPECT_FALSE(doc.CheckDatabase());
+  EXPECT_TRUE(host.events.empty());
+  EXPECT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
+  other.Send("end");
+  EXPECT_EQ(other.Wait(), 0);
+  doc.CloseProject();
+}
+
+}  // namespace
+}  // namespace qm::test
