@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "defects/defect.h"
 #include "defects/defect_fields.h"
+#include "defects/defect_table.h"
 #include "session/payload.h"
 #include "store/bytes.h"
 
@@ -100,6 +102,26 @@ std::uint16_t CRecordListView::HeaderHit(std::int32_t x) const {
     }
   }
   return 0;
+}
+
+void CRecordListView::OnHeaderClick(std::uint16_t column, bool shift) {
+  if (column < 1 || column > columns_.size()) return;
+  const auto field = static_cast<std::int16_t>(columns_[column - 1].fieldId);
+  if (shift) {
+    secondary_ = column;
+    ApplySecondarySort(field);
+  } else {
+    SortOrder order = table_.sortOrder();
+    if (order.field == field) {
+      order.direction = order.direction == 2 ? 1 : 2;
+    } else {
+      order.field = field;
+      if (order.direction != 2) order.direction = 1;
+    }
+    primary_ = column;
+    table_.SetSortOrder(order);
+  }
+  table_.Sort();
 }
 
 void CRecordListView::SetWidths(std::span<const std::uint16_t> widths) {
@@ -214,6 +236,19 @@ void CDefectListView::SetDefaultColumns() {
   AddColumn("Priority", 5, 78, 50, 200, ListColumn::kLeft);
   AddColumn("Status", 6, 102, 50, 200, ListColumn::kLeft);
   SetSortColumns(2, kNoSortColumn);
+}
+
+bool CDefectListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
+                                  std::string& text) const {
+  if (fieldId != ListColumn::kMarkerField) {
+    return static_cast<const CDefect&>(item).GetFieldText(fieldId, text);
+  }
+  text = item.isAssigned ? "*" : item.isNew ? "+" : item.isChanged ? "~" : "";
+  return true;
+}
+
+void CDefectListView::ApplySecondarySort(std::int16_t field) {
+  static_cast<CDefectTable&>(table()).SetSecondaryField(field);
 }
 
 std::vector<ColumnChoice> CDefectListView::GetColumnMenu() const {

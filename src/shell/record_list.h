@@ -95,6 +95,11 @@ class CRecordListView {
   // x + 3 is left of the click and whose right edge less 3 is right of it. 0 for none, or
   // for a column without a popup.
   std::uint16_t HeaderHit(std::int32_t x) const;
+  // A click on the header of the 1-based `column`. Plain, it makes the column's field the
+  // table's first key, or turns the direction round when it is that already; with Shift,
+  // the field becomes the second key and the direction stays. The table is sorted again;
+  // the caller keeps the selection and the scroll position around it.
+  void OnHeaderClick(std::uint16_t column, bool shift);
   // The widths as the person left them in the header.
   void SetWidths(std::span<const std::uint16_t> widths);
 
@@ -134,6 +139,8 @@ class CRecordListView {
                  std::uint16_t minWidth, std::uint16_t maxWidth, std::uint16_t format,
                  std::uint16_t flags = 0);
   void SetSortColumns(std::uint16_t primary, std::uint16_t secondary);
+  // Makes `field` the second key of the table's order.
+  virtual void ApplySecondarySort(std::int16_t field) = 0;
   void ClearColumns() { columns_.clear(); }
 
  private:
@@ -157,6 +164,12 @@ class CDefectListView : public CRecordListView {
   CDefectListView(ItemTable& table, ui::Ui& ui);
   void SetDefaultColumns() override;
   std::vector<ColumnChoice> GetColumnMenu() const override;
+  // A field's text; the marker column shows "*" for a defect assigned to the user by
+  // someone else, "+" for a new one and "~" for a changed one, until the user opens it.
+  bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
+
+ protected:
+  void ApplySecondarySort(std::int16_t field) override;
 };
 
 }  // namespace qm

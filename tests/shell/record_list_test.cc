@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "defects/defect.h"
 #include "defects/defect_table.h"
 #include "support/scripted_ui.h"
@@ -156,6 +158,45 @@ TEST_F(RecordListTest, TheHeaderHitTestAndTheTitle) {
   CDefect one;
   table.AddSorted(&one);
   EXPECT_EQ(list.Title(1), "Defects - (1 item, 1 selected)");
+}
+
+TEST_F(RecordListTest, HeaderClicksSortByTwoKeys) {
+  // Records in the opposite order of the numbers, so that a tie falls to the record id.
+  std::vector<std::unique_ptr<CDefect>> defects;
+  for (const auto& [number, summary] :
+       {std::pair{1u, "b"}, std::pair{2u, "a"}, std::pair{3u, "a"}}) {
+    defects.push_back(std::make_unique<CDefect>());
+    defects.back()->number = number;
+    defects.back()->summary = summary;
+    defects.back()->SetId(4 - number);
+    table.AddSorted(defects.back().get());
+  }
+  const auto numbers = [this] {
+    std::string order;
+    for (std::uint32_t p = 1; p <= table.count(); ++p) {
+      order += std::to_string(table.DefectAt(p)->number);
+    }
+    return order;
+  };
+  list.OnHeaderClick(3, false);  // Summary
+  EXPECT_EQ(numbers(), "321");
+  list.OnHeaderClick(3, false);
+  EXPECT_EQ(numbers(), "123") << "a second click turns the direction round";
+  list.OnHeaderClick(2, false);
+  EXPECT_EQ(numbers(), "321") << "another column keeps the direction";
+  list.OnHeaderClick(3, false);
+  list.OnHeaderClick(2, true);  // the number as the second key, still descending
+  EXPECT_EQ(list.primarySortColumn(), 3);
+  EXPECT_EQ(list.secondarySortColumn(), 2);
+  EXPECT_EQ(table.secondaryField(), 1);
+  EXPECT_EQ(numbers(), "132");
+
+  std::string text;
+  defects[0]->isNew = true;
+  ASSERT_TRUE(list.GetCellText(*defects[0], ListColumn::kMarkerField, text));
+  EXPECT_EQ(text, "+");
+  ASSERT_TRUE(list.GetCellText(*defects[0], 2, text));
+  EXPECT_EQ(text, "b");
 }
 
 }  // namespace
