@@ -1,0 +1,308 @@
+// The defect record window's widgets and their binding to the window logic.
+#include "defect_record_window.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+#include "defects/project_defects.h"
+#include "defects/text_forms.h"
+#include "people/user.h"
+#include "qt_ui.h"
+#include "session/db_doc.h"
+#include "value_combo.h"
+
+namespace qm::app {
+namespace {
+
+// The History tab's buttons, in the order they stand.
+constexpr std::pair<DefectCommand, const char*> kActionButtons[] = {
+    {DefectCommand::kAssign, "Assign Defect"},  {DefectCommand::kFix, "Describe Fix"},
+    {DefectCommand::kVerify, "Verify Fix"},     {DefectCommand::kClose, "Close Defect"},
+    {DefectCommand::kReOpen, "Re-Open Defect"}, {DefectCommand::kEstimate, "Estimate Fix"},
+    {DefectCommand::kComment, "Add Comments"},  {DefectCommand::kReleaseNotes, "Release Notes"}};
+
+void ShowButton(QPushButton* button, const ButtonState& state) {
+  button->setVisible(state.visible);
+  button->setEnabled(state.enabled);
+  if (!state.label.empty()) button->setText(ToQt(state.label));
+  button->setToolTip(ToQt(state.tip));
+}
+
+// Stored text ends its lines with CR; the edit controls with LF.
+QString Shown(std::string text) {
+  std::replace(text.begin(), text.end(), '\r', '\n');
+  return ToQt(text);
+}
+std::string Stored(const QString& text) {
+  std::string bytes = FromQt(text);
+  std::replace(bytes.begin(), bytes.end(), '\n', '\r');
+  return bytes;
+}
+
+std::uint32_t Chosen(const QComboBox* combo) { return combo->currentData().toUInt(); }
+
+void Choose(QComboBox* combo, std::uint32_t id) {
+  const int at = combo->findData(id);
+  combo->setCurrentIndex(at >= 0 ? at : 0);
+}
+
+}  // namespace
+
+DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui,
+                                       EditMarks& marks, CDefectWindow::RunEventDialog runDialog,
+                                       QWidget* parent)
+    : QWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
+  auto* layout = new QVBoxLayout(this);
+  tabs_ = new QTabWidget;
+  tabs_->addTab(MakeDetail(doc), ToQt(std::string(kDefectTabs[0])));
+  tabs_->addTab(MakeHistory(), ToQt(std::string(kDefectTabs[1])));
+  tabs_->addTab(MakeNotify(doc), ToQt(std::string(kDefectTabs[2])));
+  workaround_ = new QPlainTextEdit;
+  connect(workaround_, &QPlainTextEdit::textChanged, this, [this] { Edited(); });
+  tabs_->addTab(workaround_, ToQt(std::string(kDefectTabs[3])));
+  layout->addWidget(tabs_);
+
+  auto* buttons = new QHBoxLayout;
+  previous_ = new QPushButton("<");
+  next_ = new QPushButton(">");
+  lockedBy_ = new QPushButton("Locked By?");
+  first_ = new QPushButton;
+  first_->setObjectName("first");
+  second_ = new QPushButton;
+  second_->setObjectName("second");
+  buttons->addWidget(previous_);
+  buttons->addWidget(next_);
+  buttons->addWidget(lockedBy_);
+  buttons->addStretch();
+  buttons->addWidget(second_);
+  buttons->addWidget(first_);
+  layout->addLayout(buttons);
+  connect(previous_, &QPushButton::clicked, this, [this] {
+    if (model_.OnPreviousRecord()) Show();
+  });
+  connect(next_, &QPushButton::clicked, this, [this] {
+    if (model_.OnNextRecord()) Show();
+  });
+  connect(lockedBy_, &QPushButton::clicked, this, [this] { (void)model_.OnLockedBy(); });
+  connect(first_, &QPushButton::clicked, this, [this] {
+    model_.OnCancelButton();
+    if (onClosed) onClosed();
+  });
+  connect(second_, &QPushButton::clicked, this, [this] {
+    const bool saving = model_.mode() != CRecordWindow::kView;
+    const bool closes = model_.OnAcceptButton();
+    if (saving && onSaved) onSaved();
+    if (closes) {
+      if (onClosed) onClosed();
+    } else {
+      Show();
+    }
+  });
+}
+
+QWidget* DefectRecordWindow::MakeDetail(CDBDoc& doc) {
+  auto* page = new QWidget;
+  auto* form = new QFormLayout(page);
+  summary_ = new QLineEdit;
+  summary_->setObjectName("summary");
+  summary_->setMaxLength(255);
+  form->addRow("Summary:", summary_);
+  const auto combo = [&](const char* label, Tag list, QComboBox*& out) {
+    out = new QComboBox;
+    FillValueCombo(out, doc.GetTable(list), 0, true);
+    form->addRow(label, out);
+    connect(out, &QComboBox::currentIndexChanged, this, [this] { Edited(); });
+  };
+  combo("Type:", MakeTag("type"), type_);
+  combo("Priority:", MakeTag("prio"), priority_);
+  combo("Severity:", MakeTag("sevr"), severity_);
+  combo("Product:", MakeTag("prod"), product_);
+  combo("Component:", MakeTag("comp"), component_);
+  reference_ = new QLineEdit;
+  reference_->setMaxLength(32);
+  form->addRow("Reference:", reference_);
+  status_ = new QLabel;
+  form->addRow("Status:", status_);
+  reportCounter_ = new QLabel;
+  form->addRow("Reported by:", reportCounter_);
+  description_ = new QPlainTextEdit;
+  form->addRow("Description:", description_);
+  for (QLineEdit* edit : {summary_, reference_}) {
+    connect(edit, &QLineEdit::textEdited, this, [this] { Edited(); });
+  }
+  connect(description_, &QPlainTextEdit::textChanged, this, [this] { Edited(); });
+  return page;
+}
+
+QWidget* DefectRecordWindow::MakeHistory() {
+  auto* page = new QWidget;
+  auto* layout = new QVBoxLayout(page);
+  events_ = new QTableWidget(0, 4);
+  events_->setHorizontalHeaderLabels({"Action", "Date", "Who", "Other Information"});
+  for (const auto& [column, width] : {std::pair{0, 53}, {1, 67}, {2, 114}, {3, 512}}) {
+    events_->setColumnWidth(column, width + 40);
+  }
+  events_->verticalHeader()->hide();
+  events_->horizontalHeader()->setStretchLastSection(true);
+  events_->setSelectionBehavior(QAbstractItemView::SelectRows);
+  events_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  layout->addWidget(events_);
+  auto* buttons = new QHBoxLayout;
+  for (const auto& [command, text] : kActionButtons) {
+    auto* button = new QPushButton(text);
+    connect(button, &QPushButton::clicked, this, [this, c = command] { RunCommand(c); });
+    buttons->addWidget(button);
+    actions_.emplace_back(command, button);
+  }
+  layout->addLayout(buttons);
+  eventNotes_ = new QPlainTextEdit;
+  eventNotes_->setReadOnly(true);
+  eventNotes_->setMaximumHeight(90);
+  layout->addWidget(eventNotes_);
+  connect(events_, &QTableWidget::currentCellChanged, this, [this](int row) {
+    const CDefect& defect = model_.defect();
+    const std::uint32_t first = defect.ReportedByCount() > 0 ? 2 : 1;
+    const CDefectEvent* event = row + 1 >= static_cast<int>(first)
+                                    ? defect.EventAt(static_cast<std::uint32_t>(row) + 2 - first)
+                                    : nullptr;
+    eventNotes_->setPlainText(Shown(event != nullptr ? event->notes
+                                    : defect.ReportedByAt(1) != nullptr
+                                        ? defect.ReportedByAt(1)->description
+                                        : std::string()));
+  });
+  connect(events_, &QTableWidget::cellDoubleClicked, this, [this](int row) {
+    const auto r = static_cast<std::uint32_t>(row) + 1;
+    if (model_.EventEditable(r) ? model_.EditEvent(r) : model_.ViewEvent(r)) Show();
+  });
+  return page;
+}
+
+QWidget* DefectRecordWindow::MakeNotify(CDBDoc& doc) {
+  auto* page = new QWidget;
+  auto* layout = new QVBoxLayout(page);
+  notify_ = new QListWidget;
+  layout->addWidget(notify_);
+  auto* row = new QHBoxLayout;
+  notifyUser_ = new QComboBox;
+  FillUserCombo(notifyUser_, *doc.GetTable(kUserTag), 0, false);
+  auto* add = new QPushButton("Add");
+  auto* remove = new QPushButton("Remove");
+  row->addWidget(notifyUser_);
+  row->addWidget(add);
+  row->addWidget(remove);
+  layout->addLayout(row);
+  connect(add, &QPushButton::clicked, this, [this] {
+    model_.AddToNotify(Chosen(notifyUser_));
+    Show();
+  });
+  connect(remove, &QPushButton::clicked, this, [this] {
+    if (const QListWidgetItem* item = notify_->currentItem()) {
+      model_.RemoveFromNotify(item->data(Qt::UserRole).toUInt());
+      Show();
+    }
+  });
+  return page;
+}
+
+void DefectRecordWindow::Open(std::uint16_t mode, std::vector<RecordItem*> browse,
+                              std::uint32_t start) {
+  model_.Open(mode, std::move(browse), start);
+  Show();
+}
+
+void DefectRecordWindow::OnIdle() {
+  const bool wasFailed = model_.lockFailed();
+  model_.OnIdle();
+  if (wasFailed && !model_.lockFailed()) Show();  // the retry took the lock: fresh data
+}
+
+void DefectRecordWindow::RunCommand(DefectCommand command) {
+  if (model_.RunCommand(command)) Show();
+}
+
+void DefectRecordWindow::Show() {
+  showing_ = true;
+  const CDefect& d = model_.defect();
+  summary_->setText(ToQt(d.summary));
+  Choose(type_, d.typeId);
+  Choose(priority_, d.priorityId);
+  Choose(severity_, d.severityId);
+  Choose(product_, d.productId);
+  Choose(component_, d.componentId);
+  reference_->setText(ToQt(d.reference));
+  status_->setText(ToQt(d.GetStatusText()));
+  reportCounter_->setText(ToQt(model_.ReportCounter()));
+  const CReportedBy* report = d.ReportedByAt(model_.reportRow());
+  description_->setPlainText(Shown(report != nullptr ? report->description : std::string()));
+  description_->setEnabled(report != nullptr);
+  workaround_->setPlainText(Shown(d.workaround));
+  notify_->clear();
+  const DocLookups lookups(doc_);
+  for (const std::uint32_t id : d.notifyList()) {
+    auto* item = new QListWidgetItem(ToQt(UserName(lookups, id)), notify_);
+    item->setData(Qt::UserRole, id);
+  }
+  ShowEvents();
+  showing_ = false;
+  ShowStates();
+}
+
+void DefectRecordWindow::ShowEvents() {
+  const std::vector<EventRow> rows = model_.EventRows();
+  events_->setRowCount(static_cast<int>(rows.size()));
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    const std::string* cells[] = {&rows[r].action, &rows[r].date, &rows[r].who, &rows[r].info};
+    for (int c = 0; c < 4; ++c) {
+      events_->setItem(static_cast<int>(r), c, new QTableWidgetItem(ToQt(*cells[c])));
+    }
+  }
+}
+
+void DefectRecordWindow::ShowStates() {
+  setWindowTitle(ToQt(model_.title()));
+  ShowButton(first_, model_.firstButton());
+  ShowButton(second_, model_.secondButton());
+  ShowButton(previous_, model_.previousButton());
+  ShowButton(next_, model_.nextButton());
+  ShowButton(lockedBy_, model_.lockedByButton());
+  const bool editable = model_.editable();
+  for (QWidget* field :
+       std::initializer_list<QWidget*>{summary_, type_, priority_, severity_, product_, component_,
+                                       reference_, workaround_, notifyUser_}) {
+    field->setEnabled(editable);
+  }
+  description_->setReadOnly(!editable);
+  for (const auto& [command, button] : actions_) button->setEnabled(model_.CommandEnabled(command));
+}
+
+void DefectRecordWindow::Edited() {
+  if (showing_) return;
+  CDefect& d = model_.defect();
+  d.summary = FromQt(summary_->text());
+  d.typeId = Chosen(type_);
+  d.priorityId = Chosen(priority_);
+  d.severityId = Chosen(severity_);
+  d.productId = Chosen(product_);
+  d.componentId = Chosen(component_);
+  d.reference = FromQt(reference_->text());
+  d.workaround = Stored(workaround_->toPlainText());
+  if (CReportedBy* report = d.ReportedByAt(model_.reportRow())) {
+    report->description = Stored(description_->toPlainText());
+  }
+  model_.MarkChanged();
+  ShowStates();
+}
+
+}  // namespace qm::app

@@ -1,0 +1,80 @@
+// The defect's record window: the Detail, History, Notify and Workaround tabs bound to the
+// defect window logic, with the buttons of its mode.
+#pragma once
+
+#include <QWidget>
+#include <memory>
+#include <vector>
+
+#include "shell/defect_window.h"
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPlainTextEdit;
+class QPushButton;
+class QTableWidget;
+class QTabWidget;
+
+namespace qm::app {
+
+class DefectRecordWindow : public QWidget {
+ public:
+  DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui, EditMarks& marks,
+                     CDefectWindow::RunEventDialog runDialog, QWidget* parent = nullptr);
+
+  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
+  // From the frame's tick: the lock retry.
+  void OnIdle();
+  // Runs a command of the History tab, as its button does.
+  void RunCommand(DefectCommand command);
+
+  CDefectWindow& model() { return model_; }
+  QTabWidget* tabs() const { return tabs_; }
+  QTableWidget* events() const { return events_; }
+
+  // The window is done (saved, cancelled, or its item went): the frame closes it.
+  std::function<void()> onClosed;
+  // A defect was added or saved: the lists show it.
+  std::function<void()> onSaved;
+
+ private:
+  QWidget* MakeDetail(CDBDoc& doc);
+  QWidget* MakeHistory();
+  QWidget* MakeNotify(CDBDoc& doc);
+  // The model's defect into the widgets, and the states of every control.
+  void Show();
+  void ShowStates();
+  void ShowEvents();
+  // A widget's edit into the model's defect.
+  void Edited();
+
+  CDBDoc& doc_;
+  CDefectWindow model_;
+  bool showing_ = false;
+  QTabWidget* tabs_ = nullptr;
+  QLineEdit* summary_ = nullptr;
+  QComboBox* type_ = nullptr;
+  QComboBox* priority_ = nullptr;
+  QComboBox* severity_ = nullptr;
+  QComboBox* product_ = nullptr;
+  QComboBox* component_ = nullptr;
+  QLineEdit* reference_ = nullptr;
+  QLabel* status_ = nullptr;
+  QLabel* reportCounter_ = nullptr;
+  QPlainTextEdit* description_ = nullptr;
+  QTableWidget* events_ = nullptr;
+  QPlainTextEdit* eventNotes_ = nullptr;
+  std::vector<std::pair<DefectCommand, QPushButton*>> actions_;
+  QListWidget* notify_ = nullptr;
+  QComboBox* notifyUser_ = nullptr;
+  QPlainTextEdit* workaround_ = nullptr;
+  QPushButton* first_ = nullptr;
+  QPushButton* second_ = nullptr;
+  QPushButton* previous_ = nullptr;
+  QPushButton* next_ = nullptr;
+  QPushButton* lockedBy_ = nullptr;
+};
+
+}  // namespace qm::app

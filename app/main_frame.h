@@ -1,0 +1,97 @@
+// CMainFrame, the program's main window: the menus, the status bar, the area of the list
+// and record windows, the one-second tick of the open project, and the alert.
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "session/db_doc.h"
+#include "session/project_host.h"
+#include "shell/app_preferences.h"
+#include "shell/defect_window.h"
+#include "shell/project_item_kinds.h"
+
+class QMdiArea;
+class QMdiSubWindow;
+class QSystemTrayIcon;
+
+namespace qm::app {
+
+class DefectListWindow;
+class DefectRecordWindow;
+
+class CMainFrame : public QMainWindow, private ProjectHost {
+ public:
+  // The event dialogs run through `runDialog` when given (tests fill them), else as Qt
+  // dialogs over this window.
+  CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
+             CDefectWindow::RunEventDialog runDialog = {});
+  ~CMainFrame() override;
+
+  // Opens a project and shows its defect list; false after the person was told why.
+  bool OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login = {});
+  // Asks for a name and makes a new project there.
+  void NewProject();
+  // The Open dialog.
+  void ChooseProject();
+  void CloseProject();
+
+  // The defect list, opened when it is not.
+  DefectListWindow* ShowDefectList();
+  // A record window on a new defect, or on the list's selection.
+  DefectRecordWindow* AddDefect();
+  DefectRecordWindow* OpenSelection(bool edit);
+  // A command of the Defect menu on the list's selection.
+  void RunOnSelection(DefectCommand command);
+  // The one-second tick: the project's idle work and the record windows' lock retries.
+  void Tick();
+
+  CDBDoc* doc() const { return doc_.get(); }
+  DefectListWindow* defectList() const;
+  const std::vector<DefectRecordWindow*>& recordWindows() const { return records_; }
+
+ private:
+  // ProjectHost
+  void ProjectLoaded(CDBDoc& doc) override;
+  void RememberLogin(const ui::LoginEntry& login) override;
+  std::int32_t DatabaseCheckSeconds() const override;
+  void StartBackgroundWork(CDBDoc& doc) override;
+  void BeforeClose(CDBDoc& doc) override;
+  void CloseListWindows(CDBDoc& doc) override;
+  bool ListWindowOpen(Tag table) const override;
+  void ItemAdded(Tag table, RecordItem& item) override;
+  void ItemChanged(Tag table, RecordItem& item) override;
+  void ItemRemoving(Tag table, RecordItem& item) override;
+  void AlertAssignment() override;
+
+  void MakeMenus();
+  void UpdateTitle();
+  void UpdateCommands();
+  DefectRecordWindow* NewRecordWindow();
+  void CloseRecordWindow(DefectRecordWindow* window);
+  CDefectTable* Defects() const;
+  CDefectWindow::RunEventDialog DialogRunner();
+  void ClearAlert();
+
+  ui::Ui& ui_;
+  CAppPreferences& preferences_;
+  CDefectWindow::RunEventDialog runDialog_;
+  ProjectItemKinds kinds_;
+  EditMarks marks_;
+  std::unique_ptr<CDBDoc> doc_;
+  QMdiArea* area_ = nullptr;
+  QPointer<DefectListWindow> list_;
+  QPointer<QMdiSubWindow> listFrame_;
+  std::vector<DefectRecordWindow*> records_;
+  QTimer tick_;
+  QSystemTrayIcon* tray_ = nullptr;
+  std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
+  std::vector<QAction*> projectActions_;  // enabled while a project is open
+};
+
+}  // namespace qm::app

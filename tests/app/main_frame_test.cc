@@ -1,0 +1,112 @@
+// The window program's main window on a real project, driven through its widgets: open and
+// log in, add a defect in its record window, assign it from the History tab, and see the
+// list and its title follow.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTest>
+
+#include "defect_list_window.h"
+#include "defect_record_window.h"
+#include "main_frame.h"
+#include "session/db_doc.h"
+#include "shell/project_item_kinds.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+QPushButton* ButtonNamed(QWidget* window, const QString& text) {
+  for (QPushButton* b : window->findChildren<QPushButton*>()) {
+    if (b->text() == text) return b;
+  }
+  return nullptr;
+}
+
+class MainFrameTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ScriptedUi makeUi;
+    QuietHost host;
+    ProjectItemKinds kinds;
+    CDBDoc made(makeUi, kinds, host);
+    ASSERT_EQ(made.NewProject(path, true), 1);
+    made.CloseProject();
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ScriptedUi ui;
+  CAppPreferences preferences{dir.File("Quillmark.conf")};
+  std::vector<EventKind> dialogs;
+  // Every event dialog closes with OK, an assignment naming the user logged in.
+  app::CMainFrame frame{ui, preferences, [this](CDefectEvent& event, EventDialogMode) {
+                          dialogs.push_back(event.kind());
+                          if (event.kind() == EventKind::kAssign) {
+                            event.userId = frame.doc()->currentUserId();
+                          }
+                          return std::optional(EventDialogResult::kOk);
+                        }};
+};
+
+TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  EXPECT_EQ(frame.windowTitle(), "Quillmark - Atlas.qmk");
+  app::DefectListWindow* list = frame.defectList();
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list->Title(), "Defects - (0 items, 0 selected)");
+  EXPECT_EQ(preferences.lastOpenFile, path) << "the last project, for the next start";
+
+  // Add: type the summary and press Add.
+  app::DefectRecordWindow* adding = frame.AddDefect();
+  ASSERT_NE(adding, nullptr);
+  EXPECT_EQ(adding->windowTitle(), "Add Defect");
+  QTest::keyClicks(adding->findChild<QLineEdit*>("summary"), "Crash on save");
+  auto* add = adding->findChild<QPushButton*>("second");
+  EXPECT_EQ(add->text(), "Add");
+  QTest::mouseClick(add, Qt::LeftButton);
+  EXPECT_TRUE(frame.recordWindows().empty()) << "Add && Close closes the window";
+  EXPECT_EQ(list->Title(), "Defects - (1 item, 0 selected)");
+  const QAbstractItemModel& rows = *list->view()->model();
+  EXPECT_EQ(rows.data(rows.index(0, 1)).toString(), "1");
+  EXPECT_EQ(rows.data(rows.index(0, 2)).toString(), "Crash on save");
+
+  // Edit it and assign it from the History tab.
+  list->view()->selectRow(0);
+  EXPECT_EQ(list->Title(), "Defects - (1 item, 1 selected)");
+  app::DefectRecordWindow* editing = frame.OpenSelection(true);
+  ASSERT_NE(editing, nullptr);
+  EXPECT_EQ(editing->windowTitle(), "Edit Defect #1");
+  editing->tabs()->setCurrentIndex(1);
+  EXPECT_EQ(editing->tabs()->tabText(1), "History");
+  QPushButton* assign = ButtonNamed(editing, "Assign Defect");
+  ASSERT_NE(assign, nullptr);
+  ASSERT_TRUE(assign->isEnabled());
+  EXPECT_FALSE(ButtonNamed(editing, "Verify Fix")->isEnabled()) << "an open defect";
+  QTest::mouseClick(assign, Qt::LeftButton);
+  EXPECT_EQ(dialogs, std::vector<EventKind>{EventKind::kAssign});
+  ASSERT_EQ(editing->events()->rowCount(), 2) << "the report, then the assignment";
+  EXPECT_EQ(editing->events()->item(1, 2)->text(), "Project Admin");
+  QTest::mouseClick(editing->findChild<QPushButton*>("second"), Qt::LeftButton);
+  EXPECT_EQ(rows.data(rows.index(0, 5)).toString(), "Open, assigned to Project Admin");
+  EXPECT_TRUE(ui.shown.empty());
+  frame.CloseProject();
+  EXPECT_EQ(frame.windowTitle(), "Quillmark");
+}
+
+}  // namespace
+}  // namespace qm::test
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

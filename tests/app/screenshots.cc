@@ -1,0 +1,50 @@
+// Pictures of the window program for the README: the main window with the defect list,
+// a defect window on its History tab, made offscreen on the project named.
+//
+//   quillmark_screenshots PROJECT OUT-FOLDER
+#include <QApplication>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTableWidget>
+#include <cstdio>
+
+#include "defect_list_window.h"
+#include "defect_record_window.h"
+#include "main_frame.h"
+#include "platform/preference_file.h"
+#include "qt_ui.h"
+#include "support/temp_dir.h"
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: quillmark_screenshots PROJECT OUT-FOLDER\n");
+    return 64;
+  }
+  const QString out = QString::fromUtf8(argv[2]);
+  qm::test::TempDir dir;
+  qm::CAppPreferences preferences(dir.File("Quillmark.conf"));
+  qm::app::QtUi ui;
+  qm::app::CMainFrame frame(ui, preferences);
+  ui.SetOwner(&frame, frame.statusBar());
+  frame.resize(1100, 700);
+  frame.show();
+  if (!frame.OpenProject(argv[1], qm::ui::LoginEntry{"admin", ""})) return 1;
+  QMdiSubWindow* listFrame = frame.findChild<QMdiArea*>()->subWindowList().front();
+  listFrame->setGeometry(0, 0, 1080, 600);
+  QApplication::processEvents();
+  if (!frame.grab().save(out + "/main-window.png")) return 2;
+
+  frame.defectList()->view()->selectRow(0);
+  qm::app::DefectRecordWindow* window = frame.OpenSelection(false);
+  window->parentWidget()->setGeometry(60, 30, 900, 560);
+  window->tabs()->setCurrentIndex(1);
+  window->events()->selectRow(1);
+  QApplication::processEvents();
+  if (!frame.grab().save(out + "/defect-history.png")) return 3;
+  frame.CloseProject();
+  return 0;
+}
