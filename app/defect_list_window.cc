@@ -71,9 +71,7 @@ DefectListWindow::DefectListWindow(CDefectTable& table, ui::Ui& ui, bool grayClo
   view_->verticalHeader()->setDefaultSectionSize(20);
   view_->setShowGrid(false);
   view_->setWordWrap(false);
-  for (std::size_t c = 0; c < list_.columns().size(); ++c) {
-    view_->setColumnWidth(static_cast<int>(c), list_.columns()[c].width);
-  }
+  ShowColumns();
   QHeaderView* header = view_->horizontalHeader();
   header->setSectionsClickable(true);
   header->setStretchLastSection(true);
@@ -131,11 +129,7 @@ QString DefectListWindow::Title() const {
 }
 
 void DefectListWindow::HeaderPopup(const QPoint& at) {
-  std::vector<std::uint16_t> widths;
-  for (int c = 0; c < model_.columnCount(); ++c) {
-    widths.push_back(static_cast<std::uint16_t>(view_->columnWidth(c)));
-  }
-  list_.SetWidths(widths);
+  TakeWidths();
   const std::uint16_t column = list_.HeaderHit(at.x() + view_->horizontalHeader()->offset());
   if (column == 0) return;
   QMenu menu(this);
@@ -149,10 +143,27 @@ void DefectListWindow::HeaderPopup(const QPoint& at) {
   QAction* chosen = menu.exec(view_->horizontalHeader()->mapToGlobal(at));
   if (chosen == nullptr) return;
   list_.ColumnCommand(column, static_cast<std::uint16_t>(chosen->data().toInt()));
+  ShowColumns();
+}
+
+void DefectListWindow::ShowColumns() {
   model_.Reset();
   for (std::size_t c = 0; c < list_.columns().size(); ++c) {
     view_->setColumnWidth(static_cast<int>(c), list_.columns()[c].width);
   }
+}
+
+void DefectListWindow::TakeWidths() {
+  std::vector<std::uint16_t> widths;
+  for (int c = 0; c < model_.columnCount(); ++c) {
+    widths.push_back(static_cast<std::uint16_t>(view_->columnWidth(c)));
+  }
+  list_.SetWidths(widths);
+}
+
+void DefectListWindow::closeEvent(QCloseEvent* event) {
+  if (onClosing) onClosing();
+  QWidget::closeEvent(event);
 }
 
 }  // namespace qm::app

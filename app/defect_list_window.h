@@ -51,10 +51,20 @@ class DefectListWindow : public QWidget {
   CDefectListView& list() { return list_; }
   QTableView* view() const { return view_; }
 
+  // The columns as the list logic has them now, after a restored state.
+  void ShowColumns();
+  // The widths as the person left them, into the list logic.
+  void TakeWidths();
+
+  // The window is about to close: its placement is stored.
+  std::function<void()> onClosing;
   // Double-click: open the selection.
   std::function<void()> onOpen;
   // After the selection or the count changed, so that the frame's title follows.
   std::function<void()> onTitleChanged;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
 
  private:
   void Reselect(const std::vector<CDefect*>& items);

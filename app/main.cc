@@ -68,15 +68,15 @@ int main(int argc, char** argv) {
     frame.raise();
     frame.activateWindow();
   });
-  frame.resize(1100, 720);
-  frame.show();
+  frame.RestorePlacement();
 
   if (file) {
     frame.OpenProject(*file, login);
   } else {
     std::string last;
     const int found = preferences.GetLastOpenFile(last);
-    const bool firstRun = !preferences.GetPlacement("DefectListPos").has_value();
+    const auto listValue = preferences.GetWindowValue(qm::kDefectListWindow.valueName);
+    const bool firstRun = !listValue || listValue->empty();
     if (preferences.openLastFile != 0 && found == 0) {
       std::optional<qm::ui::LoginEntry> remembered = login;
       if (!remembered && preferences.autoLogin != 0) {

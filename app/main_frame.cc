@@ -3,6 +3,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QFileInfo>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -12,6 +13,7 @@
 #include <QStyle>
 #include <QSystemTrayIcon>
 #include <QToolBar>
+#include <array>
 
 #include "defect_list_window.h"
 #include "defect_record_window.h"
@@ -123,6 +125,37 @@ void CMainFrame::UpdateCommands() {
 
 DefectListWindow* CMainFrame::defectList() const { return list_; }
 
+void CMainFrame::closeEvent(QCloseEvent* event) {
+  const QRect r = normalGeometry();
+  preferences_.SetPlacement("MainWindowPos", QString("%1 %2 %3 %4 %5")
+                                                 .arg(isMaximized() ? 1 : 0)
+                                                 .arg(r.left())
+                                                 .arg(r.top())
+                                                 .arg(r.width())
+                                                 .arg(r.height())
+                                                 .toStdString());
+  CloseProject();
+  QMainWindow::closeEvent(event);
+}
+
+void CMainFrame::RestorePlacement() {
+  const std::optional<std::string> text = preferences_.GetPlacement("MainWindowPos");
+  const QStringList fields = text ? ToQt(*text).split(' ', Qt::SkipEmptyParts) : QStringList();
+  std::array<int, 5> v{};
+  bool ok = fields.size() == 5;
+  for (qsizetype i = 0; ok && i < 5; ++i) v[static_cast<std::size_t>(i)] = fields[i].toInt(&ok);
+  if (!ok || v[3] <= 0 || v[4] <= 0) {
+    showMaximized();
+    return;
+  }
+  setGeometry(v[1], v[2], v[3], v[4]);
+  if (v[0] == 1) {
+    showMaximized();
+  } else {
+    show();
+  }
+}
+
 CDefectTable* CMainFrame::Defects() const {
   return doc_ != nullptr ? static_cast<CDefectTable*>(doc_->GetTable(kDefectTag)) : nullptr;
 }
@@ -203,6 +236,8 @@ DefectListWindow* CMainFrame::ShowDefectList() {
   listFrame_->setAttribute(Qt::WA_DeleteOnClose);
   listFrame_->resize(640, 420);
   window->onOpen = [this] { OpenSelection(true); };
+  window->onClosing = [this] { SaveListPlacement(); };
+  RestoreListPlacement();
   window->onTitleChanged = [this] {
     UpdateTitle();
     UpdateCommands();
@@ -277,6 +312,41 @@ void CMainFrame::Tick() {
 void CMainFrame::ProjectLoaded(CDBDoc& doc) {
   preferences_.SetLastOpenFile(doc.path());
   preferences_.Save();
+  // The list windows of the last session, unless Ctrl is held; the defect list in any case.
+  if (!ui_.HeldModifiers().ctrl && preferences_.GetWindowBlock()) {
+    for (const ListWindowKind* window : DecodeWindowBlock(*preferences_.GetWindowBlock())) {
+      ui_.SetStatusText(std::string(window->openingText));
+      if (window->kind == kDefectListWindow.kind) ShowDefectList();
+    }
+  }
+  ShowDefectList();
+}
+
+void CMainFrame::SaveListPlacement() {
+  if (list_ == nullptr || listFrame_ == nullptr) return;
+  list_->TakeWidths();
+  WindowPlacement placement;
+  placement.visible = listFrame_->isVisible();
+  placement.state = listFrame_->isMaximized()   ? WindowPlacement::kMaximised
+                    : listFrame_->isMinimized() ? WindowPlacement::kIconic
+                                                : WindowPlacement::kNormal;
+  const QRect r = listFrame_->isMaximized() || listFrame_->isMinimized()
+                      ? listFrame_->normalGeometry()
+                      : listFrame_->geometry();
+  placement.rect = {r.left(), r.top(), r.right() + 1, r.bottom() + 1};
+  preferences_.SetWindowValue(kDefectListWindow.valueName, list_->list().SavePlacement(placement));
+}
+
+void CMainFrame::RestoreListPlacement() {
+  const auto value = preferences_.GetWindowValue(kDefectListWindow.valueName);
+  if (!value) return;
+  const std::optional<WindowPlacement> placement = list_->list().RestorePlacement(*value);
+  if (!placement) return;  // the default size and columns stay
+  list_->ShowColumns();
+  const auto& [left, top, right, bottom] = placement->rect;
+  if (right > left && bottom > top) listFrame_->setGeometry(left, top, right - left, bottom - top);
+  if (placement->state == WindowPlacement::kMaximised) listFrame_->showMaximized();
+  if (placement->state == WindowPlacement::kIconic) listFrame_->showMinimized();
 }
 
 void CMainFrame::RememberLogin(const ui::LoginEntry& login) {
@@ -294,7 +364,15 @@ void CMainFrame::BeforeClose(CDBDoc&) {
   }
 }
 
-void CMainFrame::CloseListWindows(CDBDoc&) { delete listFrame_.data(); }
+void CMainFrame::CloseListWindows(CDBDoc&) {
+  // The block names the list windows that were open; each keeps its own place.
+  std::vector<std::uint32_t> open;
+  if (list_ != nullptr) open.push_back(kDefectListWindow.kind);
+  preferences_.SetWindowBlock(EncodeWindowBlock(open));
+  preferences_.Save();
+  SaveListPlacement();
+  delete listFrame_.data();
+}
 
 bool CMainFrame::ListWindowOpen(Tag table) const { return table == kDefectTag && list_ != nullptr; }
 

@@ -51,9 +51,17 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   // The one-second tick: the project's idle work and the record windows' lock retries.
   void Tick();
 
+  // Where the window stood when the program last ended: maximised from the start when it
+  // has never ended here.
+  void RestorePlacement();
+
   CDBDoc* doc() const { return doc_.get(); }
   DefectListWindow* defectList() const;
   const std::vector<DefectRecordWindow*>& recordWindows() const { return records_; }
+
+ protected:
+  // Ending the program: the window's placement first, then the project closes.
+  void closeEvent(QCloseEvent* event) override;
 
  private:
   // ProjectHost
@@ -70,6 +78,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void AlertAssignment() override;
 
   void MakeMenus();
+  // The defect list's placement and columns, to and from the preferences.
+  void SaveListPlacement();
+  void RestoreListPlacement();
   void UpdateTitle();
   void UpdateCommands();
   DefectRecordWindow* NewRecordWindow();

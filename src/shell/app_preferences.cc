@@ -150,4 +150,40 @@ bool CAppPreferences::SetPlacement(std::string_view name, std::string_view text)
   return file_.Save();
 }
 
+std::optional<std::vector<std::uint8_t>> CAppPreferences::GetWindowValue(
+    std::string_view name) const {
+  return file_.GetBinary(name);
+}
+
+bool CAppPreferences::SetWindowValue(std::string_view name, std::span<const std::uint8_t> bytes) {
+  file_.SetBinary(name, bytes);
+  return file_.Save();
+}
+
+std::vector<std::uint8_t> EncodeWindowBlock(std::span<const std::uint32_t> kinds) {
+  std::vector<std::uint8_t> block;
+  const auto count = static_cast<std::uint16_t>(kinds.size());
+  block.push_back(static_cast<std::uint8_t>(count));
+  block.push_back(static_cast<std::uint8_t>(count >> 8));
+  for (const std::uint32_t kind : kinds) {
+    for (int b = 0; b < 4; ++b) block.push_back(static_cast<std::uint8_t>(kind >> (8 * b)));
+  }
+  return block;
+}
+
+std::vector<const ListWindowKind*> DecodeWindowBlock(std::span<const std::uint8_t> block) {
+  std::vector<const ListWindowKind*> windows;
+  if (block.size() < 2) return windows;
+  const std::size_t count = block[0] | (block[1] << 8);
+  for (std::size_t n = 0; n < count && 2 + 4 * n + 4 <= block.size(); ++n) {
+    const std::uint8_t* at = block.data() + 2 + 4 * n;
+    const std::uint32_t kind =
+        at[0] | (at[1] << 8) | (at[2] << 16) | (static_cast<std::uint32_t>(at[3]) << 24);
+    for (const ListWindowKind& known : kListWindowKinds) {
+      if (known.kind == kind) windows.push_back(&known);
+    }
+  }
+  return windows;
+}
+
 }  // namespace qm

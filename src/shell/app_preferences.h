@@ -78,6 +78,30 @@ struct AppPreferenceValues {
   std::uint32_t promptToBackupQueues = 1;
 };
 
+// The list windows that the open windows block names, with their value names and what the
+// status line says while each opens.
+struct ListWindowKind {
+  std::uint32_t kind;
+  std::string_view valueName;
+  std::string_view openingText;
+};
+inline constexpr ListWindowKind kDefectListWindow{141, "DefectListPos",
+                                                  "Opening defect list window..."};
+inline constexpr ListWindowKind kListWindowKinds[] = {
+    kDefectListWindow,
+    {142, "UserListPos", "Opening user list window..."},
+    {143, "UserGroupListPos", "Opening group list window..."},
+    {144, "ConfigListPos", "Opening test config list window..."},
+    {145, "ReportListPos", "Opening report list window..."},
+    {146, "TaskListPos", "Opening workbook window..."},
+    {147, "FilterListPos", "Opening filter list window..."},
+    {261, "CustomerListPos", "Opening customer window..."}};
+
+// The open windows block, little-endian: u16 count, then a u32 kind per window.
+std::vector<std::uint8_t> EncodeWindowBlock(std::span<const std::uint32_t> kinds);
+// The kinds of a block, as far as its bytes reach; the ones this program knows, in order.
+std::vector<const ListWindowKind*> DecodeWindowBlock(std::span<const std::uint8_t> block);
+
 // The one set of preferences of the running program. The Options dialog changes the values
 // directly and then calls Save; the sender thread reads them without a lock, so they change
 // only while no mail is being sent.
@@ -117,6 +141,10 @@ class CAppPreferences : public AppPreferenceValues {
   // its placement when it closes, after the last Save; it answers whether that worked.
   std::optional<std::string> GetPlacement(std::string_view name) const;
   bool SetPlacement(std::string_view name, std::string_view text);
+  // The same for the windows that store their placement as bytes: the list and record
+  // windows.
+  std::optional<std::vector<std::uint8_t>> GetWindowValue(std::string_view name) const;
+  bool SetWindowValue(std::string_view name, std::span<const std::uint8_t> bytes);
 
  private:
   platform::PreferenceFile file_;

@@ -101,6 +101,26 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
   EXPECT_EQ(frame.windowTitle(), "Quillmark");
 }
 
+TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  app::DefectListWindow* list = frame.defectList();
+  list->list().ColumnCommand(4, CRecordListView::kRemoveColumn);  // Type
+  list->ShowColumns();
+  list->view()->setColumnWidth(2, 300);
+  list->parentWidget()->setGeometry(10, 20, 500, 300);
+  frame.CloseProject();
+  EXPECT_EQ(preferences.GetWindowBlock(), (std::vector<std::uint8_t>{1, 0, 141, 0, 0, 0}));
+  ASSERT_TRUE(preferences.GetWindowValue("DefectListPos").has_value());
+
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  list = frame.defectList();
+  ASSERT_NE(list, nullptr);
+  ASSERT_EQ(list->list().columns().size(), 5u);
+  EXPECT_EQ(list->list().columns()[3].title, "Priority");
+  EXPECT_EQ(list->view()->columnWidth(2), 300);
+  EXPECT_EQ(list->parentWidget()->geometry(), QRect(10, 20, 500, 300));
+}
+
 }  // namespace
 }  // namespace qm::test
 

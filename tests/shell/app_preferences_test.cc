@@ -241,5 +241,17 @@ TEST_F(AppPreferencesTest, AFolderThatCannotBeWritten) {
   EXPECT_EQ(ReadText(dir_.File("config")), "a file where the folder should be");
 }
 
+TEST(WindowBlock, KindsLittleEndianAndUnknownOnesLeftOut) {
+  const std::uint32_t kinds[] = {141, 261};
+  EXPECT_EQ(EncodeWindowBlock(kinds),
+            (std::vector<std::uint8_t>{2, 0, 0x8D, 0, 0, 0, 0x05, 0x01, 0, 0}));
+  // An unknown kind is skipped; a count beyond the bytes stops where they end.
+  const std::vector<std::uint8_t> block = {3, 0, 0xE7, 0x03, 0, 0, 0x92, 0, 0, 0, 0x8D, 0};
+  const std::vector<const ListWindowKind*> windows = DecodeWindowBlock(block);
+  ASSERT_EQ(windows.size(), 1u);
+  EXPECT_EQ(windows[0]->openingText, "Opening workbook window...");
+  EXPECT_TRUE(DecodeWindowBlock(std::vector<std::uint8_t>{1}).empty());
+}
+
 }  // namespace
 }  // namespace qm
