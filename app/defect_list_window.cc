@@ -71,6 +71,7 @@ DefectListWindow::DefectListWindow(CDefectTable& table, ui::Ui& ui, bool grayClo
   view_->verticalHeader()->setDefaultSectionSize(20);
   view_->setShowGrid(false);
   view_->setWordWrap(false);
+  list_.SortByColumns();
   ShowColumns();
   QHeaderView* header = view_->horizontalHeader();
   header->setSectionsClickable(true);

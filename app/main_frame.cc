@@ -342,6 +342,7 @@ void CMainFrame::RestoreListPlacement() {
   if (!value) return;
   const std::optional<WindowPlacement> placement = list_->list().RestorePlacement(*value);
   if (!placement) return;  // the default size and columns stay
+  list_->list().SortByColumns();
   list_->ShowColumns();
   const auto& [left, top, right, bottom] = placement->rect;
   if (right > left && bottom > top) listFrame_->setGeometry(left, top, right - left, bottom - top);

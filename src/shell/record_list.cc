@@ -124,6 +124,20 @@ void CRecordListView::OnHeaderClick(std::uint16_t column, bool shift) {
   table_.Sort();
 }
 
+void CRecordListView::SortByColumns() {
+  const auto fieldOf = [this](std::uint16_t column) {
+    return static_cast<std::int16_t>(columns_[column - 1].fieldId);
+  };
+  if (secondary_ >= 1 && secondary_ <= columns_.size()) ApplySecondarySort(fieldOf(secondary_));
+  if (primary_ >= 1 && primary_ <= columns_.size()) {
+    SortOrder order = table_.sortOrder();
+    order.field = fieldOf(primary_);
+    if (order.direction != 2) order.direction = 1;
+    table_.SetSortOrder(order);
+  }
+  table_.Sort();
+}
+
 void CRecordListView::SetWidths(std::span<const std::uint16_t> widths) {
   for (std::size_t n = 0; n < widths.size() && n < columns_.size(); ++n) {
     columns_[n].width = widths[n];
@@ -243,7 +257,15 @@ bool CDefectListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
   if (fieldId != ListColumn::kMarkerField) {
     return static_cast<const CDefect&>(item).GetFieldText(fieldId, text);
   }
-  text = item.isAssigned ? "*" : item.isNew ? "+" : item.isChanged ? "~" : "";
+  std::string_view mark;
+  if (item.isAssigned) {
+    mark = "*";
+  } else if (item.isNew) {
+    mark = "+";
+  } else if (item.isChanged) {
+    mark = "~";
+  }
+  text.assign(mark);
   return true;
 }
 

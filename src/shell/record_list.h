@@ -100,6 +100,10 @@ class CRecordListView {
   // the field becomes the second key and the direction stays. The table is sorted again;
   // the caller keeps the selection and the scroll position around it.
   void OnHeaderClick(std::uint16_t column, bool shift);
+  // Puts the table in the order the sort columns name, as a list window shows it when it
+  // opens: the first column's field in the table's direction (ascending when it has none),
+  // the second column's as the second key.
+  void SortByColumns();
   // The widths as the person left them in the header.
   void SetWidths(std::span<const std::uint16_t> widths);
 

@@ -178,6 +178,10 @@ TEST_F(RecordListTest, HeaderClicksSortByTwoKeys) {
     }
     return order;
   };
+  list.SortByColumns();
+  EXPECT_EQ(table.sortOrder().field, 1) << "a new list shows the defects by number";
+  EXPECT_EQ(table.sortOrder().direction, 1);
+  EXPECT_EQ(numbers(), "123");
   list.OnHeaderClick(3, false);  // Summary
   EXPECT_EQ(numbers(), "321");
   list.OnHeaderClick(3, false);
