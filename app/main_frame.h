@@ -58,6 +58,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   CDBDoc* doc() const { return doc_.get(); }
   DefectListWindow* defectList() const;
   const std::vector<DefectRecordWindow*>& recordWindows() const { return records_; }
+  // Whether the tray icon of an assignment alert is up: the program was in the background
+  // when someone assigned a defect to this user, and the user has not come back yet.
+  bool alertShown() const { return tray_ != nullptr; }
 
  protected:
   // Ending the program: the window's placement first, then the project closes.

@@ -11,9 +11,11 @@
 #include <QTableWidget>
 #include <QTest>
 
+#include "cli/cli_run.h"
 #include "defect_list_window.h"
 #include "defect_record_window.h"
 #include "main_frame.h"
+#include "people/user.h"
 #include "session/db_doc.h"
 #include "shell/project_item_kinds.h"
 #include "support/quiet_host.h"
@@ -38,6 +40,12 @@ class MainFrameTest : public ::testing::Test {
     ProjectItemKinds kinds;
     CDBDoc made(makeUi, kinds, host);
     ASSERT_EQ(made.NewProject(path, true), 1);
+    auto tess = std::make_unique<CUser>();
+    tess->SetLastName("Tess");
+    tess->SetLogin("tess");
+    tess->SetGroupId(1);
+    std::unique_ptr<RecordItem> item = std::move(tess);
+    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
     made.CloseProject();
   }
 
@@ -119,6 +127,34 @@ TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
   EXPECT_EQ(list->list().columns()[3].title, "Priority");
   EXPECT_EQ(list->view()->columnWidth(2), 300);
   EXPECT_EQ(list->parentWidget()->geometry(), QRect(10, 20, 500, 300));
+}
+
+// Another program on the same file, quillmark-cli as another user, assigns a defect to the
+// user of this window; the next check brings it to the list, marked, with the alert.
+TEST_F(MainFrameTest, AnAssignmentInAnotherProgramReachesTheListWithTheAlert) {
+  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path + " add --summary Slow").code,
+            0);
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  const CliResult assigned = RunCli(
+      dir, "--user tess --password '' defects " + path + " act assign --numbers 1 --to admin");
+  ASSERT_EQ(assigned.code, 0) << assigned.err;
+
+  const QAbstractItemModel& rows = *frame.defectList()->view()->model();
+  EXPECT_EQ(rows.data(rows.index(0, 5)).toString(), "Open, not assigned") << "not before the check";
+  frame.doc()->ApplySchedule();  // the check is due at the next tick
+  ui.Script({ui::Answer::kNo});
+  frame.Tick();
+  EXPECT_EQ(rows.data(rows.index(0, 5)).toString(), "Open, assigned to Project Admin");
+  EXPECT_EQ(rows.data(rows.index(0, 0)).toString(), "*") << "marked as assigned to the user";
+  // Offscreen, no window of the program is ever in front, so the whole alert runs.
+  ASSERT_NE(QApplication::applicationState(), Qt::ApplicationActive);
+  EXPECT_TRUE(frame.alertShown());
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"One or more defects have been assigned to "
+                                                 "you. Do you want to activate Quillmark?"});
+  // Opening the defect takes the mark off.
+  frame.defectList()->view()->selectRow(0);
+  frame.OpenSelection(false);
+  EXPECT_EQ(rows.data(rows.index(0, 0)).toString(), "");
 }
 
 }  // namespace
