@@ -24,6 +24,7 @@ class DefectListModel : public QAbstractTableModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
+  void SetGrayClosed(bool gray) { grayClosed_ = gray; }
   // After the table or the columns changed under the view.
   void Reset() {
     beginResetModel();
@@ -49,6 +50,11 @@ class DefectListWindow : public QWidget {
   QString Title() const;
 
   CDefectListView& list() { return list_; }
+  // "Gray out closed defects" was changed in the Options dialog.
+  void SetGrayClosed(bool gray) {
+    model_.SetGrayClosed(gray);
+    model_.Reset();
+  }
   QTableView* view() const { return view_; }
 
   // The columns as the list logic has them now, after a restored state.

@@ -20,6 +20,7 @@
 #include "defects/defect_table.h"
 #include "defects/selection_commands.h"
 #include "event_dialog.h"
+#include "options_dialog.h"
 #include "qt_ui.h"
 #include "store/store_error.h"
 
@@ -86,17 +87,20 @@ void CMainFrame::MakeMenus() {
         list_->Refresh(false);
       }));
 
+  QMenu* tools = menuBar()->addMenu("&Tools");
+  tools->addAction("&Options...", this, [this] { ShowOptions(); });
+
   QMenu* window = menuBar()->addMenu("&Window");
   projectActions_.push_back(window->addAction("&Defect List", this, [this] { ShowDefectList(); }));
   window->addAction("&Cascade", area_, &QMdiArea::cascadeSubWindows);
   window->addAction("&Tile", area_, &QMdiArea::tileSubWindows);
 
-  QToolBar* tools = addToolBar("Standard");
-  tools->setObjectName("Standard");
-  tools->addAction(style()->standardIcon(QStyle::SP_DialogOpenButton), "Open Project", this,
-                   [this] { ChooseProject(); });
-  tools->addAction(style()->standardIcon(QStyle::SP_FileIcon), "Add Defect", this,
-                   [this] { AddDefect(); });
+  QToolBar* bar = addToolBar("Standard");
+  bar->setObjectName("Standard");
+  bar->addAction(style()->standardIcon(QStyle::SP_DialogOpenButton), "Open Project", this,
+                 [this] { ChooseProject(); });
+  bar->addAction(style()->standardIcon(QStyle::SP_FileIcon), "Add Defect", this,
+                 [this] { AddDefect(); });
 }
 
 void CMainFrame::UpdateTitle() {
@@ -301,6 +305,14 @@ void CMainFrame::RunOnSelection(DefectCommand command) {
   list_->Refresh(true);
 }
 
+void CMainFrame::ShowOptions() {
+  OptionsDialog options(preferences_, doc_.get());
+  if (RunOptionsDialog(this, options) && list_ != nullptr) {
+    list_->SetGrayClosed(preferences_.strikeClosedDefects != 0);
+  }
+  UpdateTitle();
+}
+
 void CMainFrame::Tick() {
   if (doc_ == nullptr) return;
   doc_->IdleWork();
@@ -351,6 +363,7 @@ void CMainFrame::RestoreListPlacement() {
 }
 
 void CMainFrame::RememberLogin(const ui::LoginEntry& login) {
+  if (preferences_.autoLogin == 0) return;
   preferences_.SetLastUser(login.name, login.password);
   preferences_.Save();
 }

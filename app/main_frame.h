@@ -48,6 +48,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   DefectRecordWindow* OpenSelection(bool edit);
   // A command of the Defect menu on the list's selection.
   void RunOnSelection(DefectCommand command);
+  // The Options dialog, and what its OK changes in the windows.
+  void ShowOptions();
   // The one-second tick: the project's idle work and the record windows' lock retries.
   void Tick();
 

@@ -1,5 +1,6 @@
-// Pictures of the window program for the README: the main window with the defect list,
-// a defect window on its History tab, made offscreen on the project named.
+// Pictures of the window program for the README: the main window with the defect list, a
+// defect window on its History tab and the Options dialog, made offscreen on the project
+// named.
 //
 //   quillmark_screenshots PROJECT OUT-FOLDER
 #include <QApplication>
@@ -13,6 +14,7 @@
 #include "defect_list_window.h"
 #include "defect_record_window.h"
 #include "main_frame.h"
+#include "options_dialog.h"
 #include "platform/preference_file.h"
 #include "qt_ui.h"
 #include "support/temp_dir.h"
@@ -45,6 +47,12 @@ int main(int argc, char** argv) {
   window->events()->selectRow(1);
   QApplication::processEvents();
   if (!frame.grab().save(out + "/defect-history.png")) return 3;
+
+  qm::OptionsDialog options(preferences, frame.doc());
+  qm::app::OptionsDialogWidget dialog(&frame, options);
+  dialog.show();
+  QApplication::processEvents();
+  if (!dialog.grab().save(out + "/options.png")) return 4;
   frame.CloseProject();
   return 0;
 }

@@ -1,0 +1,82 @@
+// The Options dialog's logic: its pages by what is open, the General page's values, and
+// what OK writes where.
+#include "shell/options_pages.h"
+
+#include <gtest/gtest.h>
+
+#include "people/user.h"
+#include "session/db_doc.h"
+#include "shell/project_item_kinds.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+// A host whose check interval follows the preferences, as the program's does.
+class PreferenceHost : public QuietHost {
+ public:
+  explicit PreferenceHost(const CAppPreferences& preferences) : preferences_(preferences) {}
+  std::int32_t DatabaseCheckSeconds() const override { return preferences_.GetDBCheckSeconds(); }
+
+ private:
+  const CAppPreferences& preferences_;
+};
+
+class OptionsTest : public ::testing::Test {
+ protected:
+  void SetUp() override { preferences.Load(); }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  CAppPreferences preferences{dir.File("Quillmark.conf")};
+  ScriptedUi ui;
+  PreferenceHost host{preferences};
+  ProjectItemKinds kinds;
+};
+
+TEST_F(OptionsTest, WithoutAProjectOnlyTheGeneralPageAndItsValuesGoToTheFile) {
+  OptionsDialog options(preferences, nullptr);
+  EXPECT_EQ(options.pages(), std::vector<std::string_view>{"General"});
+  EXPECT_TRUE(options.openPreviousFile);
+  EXPECT_EQ(kCheckIntervalTexts[static_cast<std::size_t>(options.checkInterval)], "30 seconds");
+  options.openPreviousFile = false;
+  options.checkInterval = 7;  // "1 hour"
+  options.grayClosed = false;
+  EXPECT_TRUE(options.Apply()) << "the lists are to be drawn again";
+
+  CAppPreferences again(dir.File("Quillmark.conf"));
+  again.Load();
+  EXPECT_EQ(again.openLastFile, 0u);
+  EXPECT_EQ(again.dbCheckTime, 8u) << "the combo's position plus 1";
+  EXPECT_EQ(again.GetDBCheckSeconds(), 3600);
+  EXPECT_EQ(again.strikeClosedDefects, 0u);
+  EXPECT_FALSE(OptionsDialog(preferences, nullptr).Apply()) << "nothing changed this time";
+}
+
+TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
+  {
+    CDBDoc made(ui, kinds, host);
+    ASSERT_EQ(made.NewProject(path, true), 1);
+    made.CloseProject();
+  }
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  OptionsDialog options(preferences, &doc);
+  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "User"}));
+  options.autoLogin = true;
+  options.notifyFlags = 1 | 8;
+  options.checkInterval = 0;
+  EXPECT_FALSE(options.Apply());
+  EXPECT_EQ(preferences.lastUserName, "admin");
+  EXPECT_EQ(doc.nextDatabaseCheck(), 0u) << "the next tick checks, at the new interval after";
+  doc.CloseProject();
+
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  EXPECT_EQ(static_cast<const CUser*>(doc.currentUser())->GetNotifyFlags(), 9u) << "saved";
+  doc.CloseProject();
+}
+
+}  // namespace
+}  // namespace qm::test
