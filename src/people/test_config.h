@@ -16,6 +16,9 @@
 //          hasScanner u8, scanner string(255),
 //          rom string(255)
 //   5      multipleMonitors                            u8          0x102 or later
+//
+// The text, HTML and page forms are written here too, for the table's own items and for
+// the users, customers and reported-by rows that hold one in-line.
 #pragma once
 
 #include <cstdint>
@@ -25,6 +28,7 @@
 
 #include "people/record_fields.h"
 #include "session/item_table.h"
+#include "session/page_form.h"
 #include "session/record_item.h"
 
 namespace qm {
@@ -42,6 +46,18 @@ class CTestConfig : public RecordItem {
   void ReadFrom(PayloadReader& in) override;
 
   std::string GetName() const override { return name.str(); }
+
+  // One line per field, each ended by CR LF: the name, the machine, the system, the
+  // disks, the devices, then other hardware. The CD-ROM flag decides all four device
+  // lines, as older copies wrote them: with it all four show, whatever their own flags,
+  // and without it none.
+  void WriteText(std::string& out) const;
+  // A table of two columns, a pair of fields to a row, the name and other hardware each
+  // across both; values are escaped. Every device's text shows, whatever its flag.
+  void WriteHtml(std::string& out) const;
+  // The lines of the text form as print rows from the form's current line on, so that
+  // a person's page can take them in.
+  void Print(PageForm& form) const;
 
   // By name, ignoring case; a missing configuration sorts first.
   static int Compare(const CTestConfig* a, const CTestConfig* b);

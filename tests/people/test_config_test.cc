@@ -1,4 +1,5 @@
-// Test configuration records against hand-built bytes, capacities and the name order.
+// Test configuration records against hand-built bytes, capacities and the name order; their
+// text, HTML and page forms against whole expected texts.
 #include <gtest/gtest.h>
 
 #include "people/test_config.h"
@@ -67,6 +68,143 @@ TEST(PeopleTestConfig, CapacitiesAndOrderByName) {
   EXPECT_EQ(CTestConfig::Compare(&alpha, &beta), -1) << "case is ignored";
   EXPECT_EQ(CTestConfig::Compare(&alpha, &upper), 0);
   EXPECT_EQ(CTestConfig::Compare(nullptr, &alpha), -1) << "a missing one sorts first";
+}
+
+// A machine with every flag set and a text in every field; other hardware needs escaping.
+void FillAll(CTestConfig& c) {
+  c.name = "Lab PC";
+  c.model = "Tower 5";
+  c.brand = "Acme";
+  c.operatingSystem = "Windows NT";
+  c.version = "4.0";
+  c.cpuType = "Pentium";
+  c.otherHardware = "Tape <DAT> \"4mm\" & Zip";
+  c.videoController = "Trio 64";
+  c.hardDiskType = "SCSI";
+  c.hardDiskSize = "2 GB";
+  c.cpuSpeed = "133";
+  c.ram = "32";
+  c.rom = "BIOS 1.2";
+  c.hasCdRom = c.hasModem = c.hasPrinter = c.hasScanner = true;
+  c.cdRom = "8x";
+  c.modem = "28.8";
+  c.printer = "Laser 4";
+  c.scanner = "Flatbed 2";
+  c.multipleMonitors = true;
+}
+
+TEST(PeopleTestConfig, FormsOfAFullConfiguration) {
+  CTestConfig c;
+  FillAll(c);
+  std::string text;
+  c.WriteText(text);
+  EXPECT_EQ(text,
+            "Name: Lab PC\r\n"
+            "Model: Tower 5\r\n"
+            "Brand: Acme\r\n"
+            "Operating System: Windows NT\r\n"
+            "Version: 4.0\r\n"
+            "CPU Type: Pentium\r\n"
+            "CPU Speed: 133 MHz\r\n"
+            "RAM: 32\r\n"
+            "ROM: BIOS 1.2\r\n"
+            "Video Controller: Trio 64\r\n"
+            "Hard Disk Type: SCSI\r\n"
+            "Hard Disk Size: 2 GB\r\n"
+            "Multiple Monitors: Yes\r\n"
+            "CD-ROM: 8x\r\n"
+            "Modem: 28.8\r\n"
+            "Printer: Laser 4\r\n"
+            "Scanner: Flatbed 2\r\n"
+            "Other Hardware: Tape <DAT> \"4mm\" & Zip\r\n");
+
+  std::string html;
+  c.WriteHtml(html);
+  EXPECT_EQ(html,
+            "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n"
+            "<TR BGCOLOR=#FFFFFF><TD WIDTH=200>&nbsp;</TD><TD WIDTH=200>&nbsp;</TD></TR>"
+            "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Name:</B> Lab PC</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>Model:</B> Tower 5</TD><TD><B>Brand:</B> Acme</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>Operating System:</B> Windows NT</TD>"
+            "<TD><B>Version:</B> 4.0</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>CPU Type:</B> Pentium</TD>"
+            "<TD><B>CPU Speed:</B> 133</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>RAM:</B> 32</TD><TD><B>ROM:</B> BIOS 1.2</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>Video Controller:</B> Trio 64</TD>"
+            "<TD><B>Multiple Monitors:</B> Yes</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>Hard Disk Type:</B> SCSI</TD>"
+            "<TD><B>Hard Disk Size:</B> 2 GB</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>CD-ROM:</B> 8x</TD><TD><B>Printer:</B> Laser 4</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD><B>Modem:</B> 28.8</TD>"
+            "<TD><B>Scanner:</B> Flatbed 2</TD></TR>\n"
+            "<TR BGCOLOR=#FFFFFF><TD COLSPAN=2><B>Other Hardware:</B> "
+            "Tape &lt;DAT&gt; &quot;4mm&quot; & Zip</TD></TR>\n"
+            "</TABLE>\n");
+
+  // The page carries the text form's lines from the line the form stands on: a bold
+  // label at the left and the value behind it.
+  std::vector<PrintRow> rows;
+  PageForm form(rows);
+  form.SetLine(7);
+  c.Print(form);
+  ASSERT_EQ(rows.size() % 2, 0u);
+  std::string printed;
+  for (std::size_t i = 0; i < rows.size(); i += 2) {
+    const std::uint32_t line = 7 + static_cast<std::uint32_t>(i / 2);
+    EXPECT_EQ(rows[i], (PrintRow{PrintRow::Kind::kText, 0, line, rows[i].text, PrintRow::kBold}));
+    EXPECT_EQ(rows[i + 1], (PrintRow{PrintRow::Kind::kText, PrintRow::kFollow, line,
+                                     rows[i + 1].text, PrintRow::kPlain}));
+    printed += rows[i].text + rows[i + 1].text + "\r\n";
+  }
+  EXPECT_EQ(printed, text);
+  EXPECT_EQ(form.line(), 7u + 18u);
+}
+
+TEST(PeopleTestConfig, CdRomFlagDecidesAllFourDeviceLines) {
+  // Without a CD-ROM no device shows in the text, though the other three are set; the
+  // HTML shows every device's text whatever the flags. An embedded configuration has no
+  // name and its line stays.
+  CTestConfig c;
+  FillAll(c);
+  c.name = "";
+  c.hasCdRom = false;
+  c.multipleMonitors = false;
+  std::string text;
+  c.WriteText(text);
+  EXPECT_EQ(text,
+            "Name: \r\n"
+            "Model: Tower 5\r\n"
+            "Brand: Acme\r\n"
+            "Operating System: Windows NT\r\n"
+            "Version: 4.0\r\n"
+            "CPU Type: Pentium\r\n"
+            "CPU Speed: 133 MHz\r\n"
+            "RAM: 32\r\n"
+            "ROM: BIOS 1.2\r\n"
+            "Video Controller: Trio 64\r\n"
+            "Hard Disk Type: SCSI\r\n"
+            "Hard Disk Size: 2 GB\r\n"
+            "Multiple Monitors: No\r\n"
+            "Other Hardware: Tape <DAT> \"4mm\" & Zip\r\n");
+  std::string html;
+  c.WriteHtml(html);
+  EXPECT_NE(html.find("<TD COLSPAN=2><B>Name:</B> </TD>"), std::string::npos);
+  EXPECT_NE(html.find("<TD><B>CD-ROM:</B> 8x</TD><TD><B>Printer:</B> Laser 4</TD>"),
+            std::string::npos);
+  EXPECT_NE(html.find("<TD><B>Multiple Monitors:</B> No</TD>"), std::string::npos);
+
+  // With the CD-ROM alone set, all four lines show.
+  c.hasCdRom = true;
+  c.hasModem = c.hasPrinter = c.hasScanner = false;
+  std::string devices;
+  c.WriteText(devices);
+  EXPECT_NE(devices.find("Multiple Monitors: No\r\n"
+                         "CD-ROM: 8x\r\n"
+                         "Modem: 28.8\r\n"
+                         "Printer: Laser 4\r\n"
+                         "Scanner: Flatbed 2\r\n"
+                         "Other Hardware: "),
+            std::string::npos);
 }
 
 }  // namespace
