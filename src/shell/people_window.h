@@ -1,0 +1,60 @@
+// What the user and customer windows and lists do beyond one record: the checks of the
+// user window, the statistics over the project's defects, the text and HTML forms, and the
+// list commands that transfer people between the two lists and duplicate them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "defects/defect_table.h"
+#include "people/user.h"
+#include "platform/clock.h"
+#include "ui/ui.h"
+
+namespace qm {
+
+class CDBDoc;
+
+// Why the person cannot be saved as entered, in the order the window checks; nothing when
+// they can. `people` is the table the person stands in or joins; logins are checked in a
+// project that asks for them, and never for a customer.
+std::optional<std::string> ValidatePerson(const ItemTable& people, const CUser& person,
+                                          bool loginsOn);
+
+// The Statistics tab, counted over every defect of the project.
+struct PersonStatistics {
+  std::uint32_t defects = 0;  // in the project
+  std::uint32_t reported = 0;
+  std::uint32_t lastReported = platform::kNoStamp;
+  std::uint32_t assigned = 0;
+  std::uint32_t fixed = 0;
+  double hoursFixing = 0.0;
+  std::uint32_t verified = 0;
+  std::uint32_t closed = 0;
+  std::uint32_t reopened = 0;
+};
+PersonStatistics GatherStatistics(const CDefectTable& defects, std::uint32_t personId);
+// The tab's lines, label and value; a customer has the first two.
+std::vector<std::pair<std::string, std::string>> StatisticsLines(const PersonStatistics& stats,
+                                                                 const CUser& person);
+// "Note: Percentages represent % of total defects (n) in the project file."
+std::string StatisticsNote(const PersonStatistics& stats);
+
+// The forms of a person with their statistics; CR LF line ends in the text.
+void WritePersonText(const CDBDoc& doc, const CUser& person, const PersonStatistics& stats,
+                     std::string& out);
+void WritePersonHtml(const CDBDoc& doc, const CUser& person, const PersonStatistics& stats,
+                     std::string& out);
+
+// "Transfer to User List" and its way back: every selected person whose record nobody holds
+// becomes a customer (or a user) and is saved. Answers the people moved.
+std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selection,
+                                   bool toCustomers);
+// Copies of the selected people who are not locked, saved and added; the copies are named
+// "Copy of" the person, as two people may not share a name.
+std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& selection, ui::Ui& ui);
+
+}  // namespace qm

@@ -1,0 +1,177 @@
+// The user and customer windows' logic: the checks in their order, the statistics over
+// the defects, the text form, and the transfer and duplicate commands on a real project.
+#include "shell/people_window.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <tuple>
+
+#include "session/db_doc.h"
+#include "shell/project_item_kinds.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+std::unique_ptr<CUser> Person(const char* first, const char* last, const char* login,
+                              std::uint32_t group) {
+  auto person = std::make_unique<CUser>();
+  person->SetFirstName(first);
+  person->SetLastName(last);
+  person->SetLogin(login);
+  person->SetGroupId(group);
+  return person;
+}
+
+TEST(PeopleWindow, TheChecksComeInTheirOrder) {
+  ScriptedUi ui;
+  CUserTable people(nullptr, ui);
+  const std::unique_ptr<CUser> tess = Person("Tess", "Ng", "tess", 1);
+  ASSERT_EQ(people.AddSorted(tess.get()), 1u);
+  ASSERT_EQ(people.count(), 1u);
+
+  CUser person;
+  person.SetCustomer(false);
+  const auto check = [&](bool loginsOn) {
+    return ValidatePerson(people, person, loginsOn).value_or("");
+  };
+  EXPECT_EQ(check(true),
+            "Please enter a unique name for this user to disinguish her or him from other users.");
+  person.SetFirstName("TESS");
+  person.SetLastName("ng");
+  EXPECT_EQ(check(true),
+            "A user with the same first and last name already exists, please enter a unique "
+            "name.");
+  person.SetLastName("Ngata");
+  EXPECT_EQ(check(true),
+            "Please enter a unique login name for this user to disinguish her or him from other "
+            "users when logging into the program.");
+  person.SetLogin("Tess");
+  EXPECT_EQ(check(true),
+            "A user with the same login name already exists, please enter a unique name.");
+  EXPECT_EQ(check(false),
+            "Please select the user group to which this user belongs. The user group defines the "
+            "user's security settings.")
+      << "without logins the login is not checked";
+  person.SetGroupId(1);
+  EXPECT_EQ(check(false), "");
+  person.SetGroupId(0);
+  person.SetCustomer(true);
+  EXPECT_EQ(check(true), "") << "a customer needs neither login nor group";
+}
+
+TEST(PeopleWindow, StatisticsCountTheDefectsOfThePerson) {
+  ScriptedUi ui;
+  CDefectTable defects(nullptr, ui, static_cast<const DefectLookups*>(nullptr));
+  std::vector<std::unique_ptr<CDefect>> made;
+  const auto add = [&](std::vector<std::pair<EventKind, double>> events,
+                       std::vector<std::pair<std::uint32_t, std::uint32_t>> reports) {
+    made.push_back(std::make_unique<CDefect>());
+    for (const auto& [finder, date] : reports) {
+      auto row = std::make_unique<CReportedBy>();
+      row->foundById = finder;
+      row->dateFound = date;
+      made.back()->AddReportedBy(std::move(row));
+    }
+    std::uint32_t date = 100;
+    for (const auto& [kind, hours] : events) {
+      auto event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
+      event->userId = 7;
+      event->date = date++;
+      if (auto* fix = dynamic_cast<CFixEvent*>(event.get())) fix->hours = hours;
+      made.back()->AddEvent(std::move(event));
+    }
+    defects.AddSorted(made.back().get());
+  };
+  add({{EventKind::kFix, 1.5}, {EventKind::kVerify, 0}},
+      {{7, 3'000'000'000u}, {7, 3'100'000'000u}});
+  add({{EventKind::kAssign, 0}}, {{8, 3'200'000'000u}});
+  add({{EventKind::kFix, 2.0}, {EventKind::kClose, 0}}, {});
+
+  const PersonStatistics s = GatherStatistics(defects, 7);
+  CUser user;
+  const auto lines = StatisticsLines(s, user);
+  std::string text;
+  for (const auto& [label, value] : lines) text += label + value + "\n";
+  EXPECT_EQ(text,
+            "Defects reported by user: 1 (33%)\n"
+            "Last reported a defect: " +
+                FormatDate(3'100'000'000u) +
+                "\n"
+                "Last logged in: Never\n"
+                "Defects currently assigned to user: 1 (33%)\n"
+                "Defects fixed by user: 2 (66%)\n"
+                "Time user spent fixing defects:  3.50 hrs\n"
+                "Defects verified by user: 1 (33%)\n"
+                "Defects closed by user: 2 (66%)\n"  // a passed verify closes too
+                "Defects re-opened by user: 0 (0%)\n");
+  EXPECT_EQ(StatisticsNote(s),
+            "Note: Percentages represent % of total defects (3) in the "
+            "project file.");
+  CUser customer;
+  customer.SetCustomer(true);
+  const auto few = StatisticsLines(GatherStatistics(defects, 9), customer);
+  ASSERT_EQ(few.size(), 2u);
+  EXPECT_EQ(few[0].first + few[0].second, "Defects reported by customer: 0 (0%)");
+  EXPECT_EQ(few[1].second, "Never");
+}
+
+class PeopleProject : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(doc.NewProject(path, true), 1);
+    for (const auto& [first, last, login] :
+         {std::tuple{"Tess", "Ng", "tess"}, std::tuple{"Ola", "Berg", "ola"}}) {
+      std::unique_ptr<RecordItem> item = Person(first, last, login, 1);
+      ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
+    }
+  }
+  CUser& Named(const std::string& name) {
+    ItemTable& people = *doc.GetTable(kUserTag);
+    for (std::uint32_t p = 1; p <= people.count(); ++p) {
+      if (people.ItemAt(p)->GetName() == name) return static_cast<CUser&>(*people.ItemAt(p));
+    }
+    throw std::out_of_range(name);
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ScriptedUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  CDBDoc doc{ui, kinds, host};
+};
+
+TEST_F(PeopleProject, TransferAndDuplicateLeaveOutWhatIsLocked) {
+  CUser& tess = Named("Ng, Tess");
+  CUser& ola = Named("Berg, Ola");
+  ASSERT_EQ(doc.store()->LockRecord(kUserTag, ola.GetId(), doc.currentUserId()), DBStatus::kOk);
+  EXPECT_EQ(TransferPeople(doc, {&tess, &ola}, true), std::vector<CUser*>{&tess});
+  EXPECT_TRUE(tess.IsCustomer());
+  EXPECT_FALSE(ola.IsCustomer()) << "its window holds it";
+  EXPECT_TRUE(TransferPeople(doc, {&tess}, true).empty()) << "a customer already";
+
+  const std::vector<CUser*> copies = DuplicatePeople(doc, {&tess, &ola}, ui);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"One or more users will not be duplicated "
+                                                 "because they are in use by another user."});
+  ASSERT_EQ(copies.size(), 1u);
+  EXPECT_EQ(copies[0]->GetName(), "Ng, Copy of Tess");
+  EXPECT_TRUE(copies[0]->IsCustomer());
+  EXPECT_EQ(copies[0]->GetLogin(), "");
+  EXPECT_NE(copies[0]->GetId(), tess.GetId());
+
+  std::string text;
+  WritePersonText(
+      doc, tess,
+      GatherStatistics(*static_cast<CDefectTable*>(doc.GetTable(kDefectTag)), tess.GetId()), text);
+  EXPECT_EQ(text.substr(0, text.find("Computer Configuration: ")),
+            "Name: Ng, Tess\r\nCompany: \r\nBeta Site: No\r\nAddress: \r\ne-mail: \r\nNotes: \r\n");
+  EXPECT_NE(text.find("Statistics: \r\nDefects reported by customer: 0 (0%)\r\n"),
+            std::string::npos);
+}
+
+}  // namespace
+}  // namespace qm::test
