@@ -2,7 +2,6 @@
 // file whose loaded tables hold 100,000 records, against reading the same file once.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -13,11 +12,9 @@
 #include <string_view>
 #include <vector>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include "bench/bench_project.h"
 #include "bench/ratio_reporter.h"
+#include "bench/read_file.h"
 #include "bench/setup_checks.h"
 #include "bench/silent_ui.h"
 #include "people/test_config.h"
@@ -44,7 +41,6 @@ constexpr std::uint32_t kComponents = 2'000;
 constexpr std::uint32_t kRecords = kStaff + kCustomers + kConfigurations + kComponents;
 static_assert(kRecords == 100'000);
 
-constexpr std::size_t kReadChunk = 1 << 20;
 constexpr const char* kOpenName = "open_project";
 constexpr const char* kReadName = "read_file";
 
@@ -289,29 +285,8 @@ void OpenProject(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kRecords);
 }
 
-// The floor: every byte of the file read once with read() in chunks of 1 MB into a buffer
-// made before the timing, so the figure is the read and nothing else. Warm, as the opening.
-void ReadFile(benchmark::State& state) {
-  const std::string& path = Files::Get().Project();
-  std::vector<char> buffer(static_cast<std::size_t>(Files::Get().ProjectSize()) + kReadChunk);
-  std::int64_t bytes = 0;
-  for (auto _ : state) {
-    const int fd = ::open(path.c_str(), O_RDONLY);
-    if (fd < 0) {
-      state.SkipWithError("the project file did not open");
-      break;
-    }
-    std::size_t at = 0;
-    ssize_t got = 0;
-    while ((got = ::read(fd, buffer.data() + at, std::min(kReadChunk, buffer.size() - at))) > 0) {
-      at += static_cast<std::size_t>(got);
-    }
-    ::close(fd);
-    benchmark::DoNotOptimize(buffer.data());
-    bytes += static_cast<std::int64_t>(at);
-  }
-  state.SetBytesProcessed(bytes);
-}
+// The floor: every byte of the file read once.
+void ReadFile(benchmark::State& state) { bench::ReadWholeFile(state, Files::Get().Project()); }
 
 // ---- the ratio ----
 

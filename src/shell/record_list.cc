@@ -257,15 +257,15 @@ bool CDefectListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
   if (fieldId != ListColumn::kMarkerField) {
     return static_cast<const CDefect&>(item).GetFieldText(fieldId, text);
   }
-  std::string_view mark;
+  char mark = 0;
   if (item.isAssigned) {
-    mark = "*";
+    mark = '*';
   } else if (item.isNew) {
-    mark = "+";
+    mark = '+';
   } else if (item.isChanged) {
-    mark = "~";
+    mark = '~';
   }
-  text.assign(mark);
+  text.assign(mark != 0 ? 1 : 0, mark);
   return true;
 }
 
