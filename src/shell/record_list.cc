@@ -7,6 +7,8 @@
 #include "defects/defect.h"
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
+#include "people/user.h"
+#include "people/user_group.h"
 #include "session/payload.h"
 #include "store/bytes.h"
 
@@ -146,7 +148,10 @@ void CRecordListView::SetWidths(std::span<const std::uint16_t> widths) {
 }
 
 std::string CRecordListView::Title(std::uint32_t selected) const {
-  const std::uint32_t count = table_.count();
+  std::uint32_t count = 0;
+  for (std::uint32_t p = 1; p <= table_.count(); ++p) {
+    if (Shows(*table_.ItemAt(p))) ++count;
+  }
   return name_ + " - (" + std::to_string(count) + (count == 1 ? " item, " : " items, ") +
          std::to_string(selected) + " selected)";
 }
@@ -269,6 +274,11 @@ bool CDefectListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
   return true;
 }
 
+bool CDefectListView::Grayed(const RecordItem& item) const {
+  const std::uint16_t status = static_cast<const CDefect&>(item).status();
+  return status == 4 || status == 5;
+}
+
 void CDefectListView::ApplySecondarySort(std::int16_t field) {
   static_cast<CDefectTable&>(table()).SetSecondaryField(field);
 }
@@ -277,6 +287,142 @@ std::vector<ColumnChoice> CDefectListView::GetColumnMenu() const {
   std::vector<ColumnChoice> menu;
   for (const DefectField& f : DefectFields()) menu.push_back({f.number, std::string(f.label)});
   return menu;
+}
+
+}  // namespace qm
+
+namespace qm {
+namespace {
+
+// The people lists' fields: label, key and alignment, in menu order.
+struct PersonField {
+  std::uint16_t key;
+  const char* label;
+  std::uint16_t format;
+};
+constexpr PersonField kUserFields[] = {
+    {1, "Name", ListColumn::kRight},       {2, "Group", ListColumn::kLeft},
+    {3, "Phone 1", ListColumn::kLeft},     {4, "Phone 2", ListColumn::kLeft},
+    {8, "e-mail Type", ListColumn::kLeft}, {9, "e-mail Address", ListColumn::kLeft},
+    {10, "Found", ListColumn::kRight},     {11, "Assigned", ListColumn::kRight}};
+constexpr PersonField kCustomerFields[] = {
+    {1, "Name", ListColumn::kRight},       {3, "Phone 1", ListColumn::kLeft},
+    {4, "Phone 2", ListColumn::kLeft},     {5, "Company", ListColumn::kLeft},
+    {6, "Address", ListColumn::kLeft},     {7, "Beta Site", ListColumn::kLeft},
+    {8, "e-mail Type", ListColumn::kLeft}, {9, "e-mail Address", ListColumn::kLeft},
+    {10, "Reported", ListColumn::kRight}};
+
+template <std::size_t N>
+std::vector<ColumnChoice> Menu(const PersonField (&fields)[N]) {
+  std::vector<ColumnChoice> menu;
+  for (const PersonField& f : fields) menu.push_back({f.key, f.label});
+  return menu;
+}
+
+}  // namespace
+
+CUserListView::CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups)
+    : CUserListView(people, ui, groups, "Users") {
+  SetDefaultColumns();
+}
+
+CUserListView::CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups,
+                             std::string name)
+    : CRecordListView(people, ui, std::move(name)), groups_(groups) {}
+
+void CUserListView::SetDefaultColumns() {
+  ClearColumns();
+  AddColumn("Name", 1, 276, 50, 400, ListColumn::kRight);
+  AddColumn("Group", 2, 138, 50, 400, ListColumn::kLeft);
+  AddColumn("Assigned", 11, 40, 50, 400, ListColumn::kRight);
+  SetSortColumns(1, 2);
+}
+
+std::vector<ColumnChoice> CUserListView::GetColumnMenu() const { return Menu(kUserFields); }
+
+bool CUserListView::Shows(const RecordItem& item) const {
+  const auto* person = dynamic_cast<const CUser*>(&item);
+  return person != nullptr && !person->deleted && !person->IsCustomer();
+}
+
+void CUserListView::Recount(const ItemTable& defects) {
+  counts_.clear();
+  for (std::uint32_t p = 1; p <= defects.count(); ++p) {
+    const auto* defect = dynamic_cast<const CDefect*>(defects.ItemAt(p));
+    if (defect == nullptr) continue;
+    std::vector<std::uint32_t> finders;
+    for (std::uint32_t r = 1; r <= defect->ReportedByCount(); ++r) {
+      const std::uint32_t id = defect->ReportedByAt(r)->foundById;
+      if (std::find(finders.begin(), finders.end(), id) == finders.end()) finders.push_back(id);
+    }
+    for (const std::uint32_t id : finders) ++counts_[id].first;
+    if (defect->copies().assignedToId != 0) ++counts_[defect->copies().assignedToId].second;
+  }
+}
+
+bool CUserListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
+                                std::string& text) const {
+  const auto& person = static_cast<const CUser&>(item);
+  const auto counted = [this, &person](bool assigned) {
+    const auto found = counts_.find(person.GetId());
+    if (found == counts_.end()) return std::string("0");
+    return std::to_string(assigned ? found->second.second : found->second.first);
+  };
+  switch (fieldId) {
+    case 1:
+      text = person.GetName();
+      return true;
+    case 2:
+      text = groups_ != nullptr ? person.GetGroupName(static_cast<const CUserGroupTable&>(*groups_))
+                                : std::string("None");
+      return true;
+    case 3:
+    case 4:
+      text = person.GetContactText(fieldId - 3u);
+      return true;
+    case 5:
+      text = person.GetCompany();
+      return true;
+    case 6:
+      text = person.GetAddress().substr(0, person.GetAddress().find_first_of("\r\n"));
+      return true;
+    case 7:
+      text = person.GetBetaSite() != 0 ? "Yes" : "No";
+      return true;
+    case 8:
+      text = std::to_string(person.GetMailMethod());
+      return true;
+    case 9:
+      text = person.GetEmail();
+      return true;
+    case 10:
+    case 11:
+      text = counted(fieldId == 11);
+      return true;
+    default:
+      return false;
+  }
+}
+
+CCustomerListView::CCustomerListView(ItemTable& people, ui::Ui& ui)
+    : CUserListView(people, ui, nullptr, "Customers") {
+  SetDefaultColumns();
+}
+
+void CCustomerListView::SetDefaultColumns() {
+  ClearColumns();
+  AddColumn("Name", 1, 276, 50, 400, ListColumn::kRight);
+  AddColumn("Company", 5, 138, 50, 400, ListColumn::kLeft);
+  AddColumn("e-mail Address", 9, 138, 50, 400, ListColumn::kLeft);
+  AddColumn("Reported", 10, 40, 50, 400, ListColumn::kRight);
+  SetSortColumns(1, 2);
+}
+
+std::vector<ColumnChoice> CCustomerListView::GetColumnMenu() const { return Menu(kCustomerFields); }
+
+bool CCustomerListView::Shows(const RecordItem& item) const {
+  const auto* person = dynamic_cast<const CUser*>(&item);
+  return person != nullptr && !person->deleted && person->IsCustomer();
 }
 
 }  // namespace qm

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -87,6 +88,11 @@ class CRecordListView {
   virtual bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const {
     return item.GetColumnText(fieldId, text);
   }
+  // Whether the list shows an item of its table: the ones not marked deleted, and of them
+  // the ones of this list where two lists share a table.
+  virtual bool Shows(const RecordItem& item) const { return !item.deleted; }
+  // Whether a row is drawn grayed ("Gray out closed defects").
+  virtual bool Grayed(const RecordItem& /*item*/) const { return false; }
 
   // Inserts a column before, removes, or fills with field choice `code` the 1-based
   // `column`. Removing the last two columns is refused with a message.
@@ -107,7 +113,8 @@ class CRecordListView {
   // The widths as the person left them in the header.
   void SetWidths(std::span<const std::uint16_t> widths);
 
-  // "%s - (%d items, %d selected)", or "(1 item, ...)" for a table of one.
+  // "%s - (%d items, %d selected)", or "(1 item, ...)" for a list of one, counting the
+  // items the list shows.
   std::string Title(std::uint32_t selected) const;
 
   // The saved list state: big-endian
@@ -171,9 +178,44 @@ class CDefectListView : public CRecordListView {
   // A field's text; the marker column shows "*" for a defect assigned to the user by
   // someone else, "+" for a new one and "~" for a changed one, until the user opens it.
   bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
+  // Closed defects: statuses 4 and 5.
+  bool Grayed(const RecordItem& item) const override;
 
  protected:
   void ApplySecondarySort(std::int16_t field) override;
+};
+
+// The user list: the people of the user table who are not customers, by name, with their
+// group and the count of defects assigned to them. The counts over the defects are taken
+// by Recount, when the list is filled.
+class CUserListView : public CRecordListView {
+ public:
+  CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups);
+  void SetDefaultColumns() override;
+  std::vector<ColumnChoice> GetColumnMenu() const override;
+  bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
+  bool Shows(const RecordItem& item) const override;
+  // Counts, per person, the defects found (in any reported-by row) and assigned.
+  void Recount(const ItemTable& defects);
+
+ protected:
+  CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups, std::string name);
+  // The people table keeps one order, by name: there is no second key to give it.
+  void ApplySecondarySort(std::int16_t /*field*/) override {}
+
+ private:
+  const ItemTable* groups_;
+  std::map<std::uint32_t, std::pair<std::uint32_t, std::uint32_t>> counts_;  // found, assigned
+};
+
+// The customer list: the customers of the user table, with company, e-mail and the count
+// of defects they reported.
+class CCustomerListView : public CUserListView {
+ public:
+  CCustomerListView(ItemTable& people, ui::Ui& ui);
+  void SetDefaultColumns() override;
+  std::vector<ColumnChoice> GetColumnMenu() const override;
+  bool Shows(const RecordItem& item) const override;
 };
 
 }  // namespace qm
