@@ -236,4 +236,66 @@ std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& sele
   return copies;
 }
 
+// ---- the window ---------------------------------------------------------------------------
+
+namespace {
+
+void CopyPerson(const CUser& from, CUser& to) {
+  const std::vector<std::uint8_t> bytes = from.Pack();
+  PayloadReader in(bytes);
+  to.ReadFrom(in);
+  to.SetId(from.GetId());
+}
+
+}  // namespace
+
+CPersonWindow::CPersonWindow(CDBDoc& doc, ItemTable& people, ui::Ui& ui, EditMarks& marks,
+                             bool customers, platform::Clock& clock)
+    : CRecordWindow(doc, people, ui, marks, clock),
+      customers_(customers),
+      shown_(std::make_unique<CUser>()) {}
+
+std::string CPersonWindow::GetWindowTitle(std::uint16_t /*mode*/) const {
+  const std::string name = shown_->GetName();
+  return std::string(customers_ ? "Customer" : "User") + (name.empty() ? "" : " - " + name);
+}
+
+void CPersonWindow::LoadFields(const RecordItem& item) {
+  CopyPerson(static_cast<const CUser&>(item), *shown_);
+  loaded_ = shown_->Pack();
+  changed_ = false;
+}
+
+void CPersonWindow::StoreFields(RecordItem& item) {
+  const std::uint32_t id = item.GetId();
+  CopyPerson(*shown_, static_cast<CUser&>(item));
+  item.SetId(id);
+  loaded_ = shown_->Pack();
+  changed_ = false;
+}
+
+std::unique_ptr<RecordItem> CPersonWindow::NewItem() {
+  auto person = std::make_unique<CUser>();
+  person->SetCustomer(customers_);
+  return person;
+}
+
+std::optional<std::string> CPersonWindow::ValidateFields() {
+  return ValidatePerson(table(), *shown_, doc().multiUser());
+}
+
+bool CPersonWindow::FieldsChanged() const { return changed_ || shown_->Pack() != loaded_; }
+
+void CPersonWindow::ResetForAdd() {
+  shown_ = std::make_unique<CUser>();
+  shown_->SetCustomer(customers_);
+  loaded_ = shown_->Pack();
+  changed_ = false;
+}
+
+PersonStatistics CPersonWindow::Statistics() const {
+  const auto* defects = static_cast<const CDefectTable*>(doc().GetTable(kDefectTag));
+  return defects != nullptr ? GatherStatistics(*defects, shown_->GetId()) : PersonStatistics{};
+}
+
 }  // namespace qm

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,6 +13,7 @@
 #include "defects/defect_table.h"
 #include "people/user.h"
 #include "platform/clock.h"
+#include "shell/record_window.h"
 #include "ui/ui.h"
 
 namespace qm {
@@ -56,5 +58,38 @@ std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selec
 // Copies of the selected people who are not locked, saved and added; the copies are named
 // "Copy of" the person, as two people may not share a name.
 std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& selection, ui::Ui& ui);
+
+// The record window of a user or a customer: the person as the window shows it, checked as
+// the user window checks, with the statistics of its tab.
+class CPersonWindow : public CRecordWindow {
+ public:
+  // `customers`: the window of the customer list, whose new people are customers.
+  CPersonWindow(CDBDoc& doc, ItemTable& people, ui::Ui& ui, EditMarks& marks, bool customers,
+                platform::Clock& clock = platform::Clock::System());
+
+  // The person as shown; a view changes it here and then calls MarkChanged.
+  CUser& person() { return *shown_; }
+  void MarkChanged() { changed_ = true; }
+  bool fieldsEnabled() const { return fieldsEnabled_; }
+  // The Statistics tab, counted now.
+  PersonStatistics Statistics() const;
+
+ protected:
+  std::string GetWindowTitle(std::uint16_t mode) const override;
+  void LoadFields(const RecordItem& item) override;
+  void StoreFields(RecordItem& item) override;
+  std::unique_ptr<RecordItem> NewItem() override;
+  std::optional<std::string> ValidateFields() override;
+  void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
+  bool FieldsChanged() const override;
+  void ResetForAdd() override;
+
+ private:
+  bool customers_;
+  std::unique_ptr<CUser> shown_;
+  std::vector<std::uint8_t> loaded_;
+  bool changed_ = false;
+  bool fieldsEnabled_ = true;
+};
 
 }  // namespace qm

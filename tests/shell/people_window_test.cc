@@ -173,5 +173,33 @@ TEST_F(PeopleProject, TransferAndDuplicateLeaveOutWhatIsLocked) {
             std::string::npos);
 }
 
+TEST_F(PeopleProject, ThePersonWindowAddsCheckedPeopleAndEditsThem) {
+  EditMarks marks;
+  CPersonWindow adding(doc, *doc.GetTable(kUserTag), ui, marks, true);
+  adding.Open(CRecordWindow::kAddClose);
+  EXPECT_EQ(adding.title(), "Add Customer");
+  EXPECT_FALSE(adding.OnAcceptButton());
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Please enter a unique name for this user to "
+                                                 "disinguish her or him from other users."});
+  adding.person().SetLastName("Buyer");
+  EXPECT_TRUE(adding.OnAcceptButton()) << "a customer needs no login";
+  CUser& buyer = Named("Buyer");
+  EXPECT_TRUE(buyer.IsCustomer());
+
+  CPersonWindow editing(doc, *doc.GetTable(kUserTag), ui, marks, false);
+  editing.Open(CRecordWindow::kEdit, {&Named("Ng, Tess")});
+  EXPECT_EQ(editing.title(), "Edit User - Ng, Tess");
+  editing.person().SetLogin("OLA");
+  ui.shown.clear();
+  EXPECT_FALSE(editing.OnAcceptButton());
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"A user with the same login name already "
+                                                 "exists, please enter a unique name."});
+  editing.person().SetEmail("tess@example.org");
+  editing.person().SetLogin("tess");
+  EXPECT_TRUE(editing.OnAcceptButton());
+  EXPECT_EQ(Named("Ng, Tess").GetEmail(), "tess@example.org");
+  EXPECT_EQ(editing.Statistics().defects, 0u);
+}
+
 }  // namespace
 }  // namespace qm::test
