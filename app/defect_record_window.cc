@@ -33,24 +33,6 @@ constexpr std::pair<DefectCommand, const char*> kActionButtons[] = {
     {DefectCommand::kReOpen, "Re-Open Defect"}, {DefectCommand::kEstimate, "Estimate Fix"},
     {DefectCommand::kComment, "Add Comments"},  {DefectCommand::kReleaseNotes, "Release Notes"}};
 
-void ShowButton(QPushButton* button, const ButtonState& state) {
-  button->setVisible(state.visible);
-  button->setEnabled(state.enabled);
-  if (!state.label.empty()) button->setText(ToQt(state.label));
-  button->setToolTip(ToQt(state.tip));
-}
-
-// Stored text ends its lines with CR; the edit controls with LF.
-QString Shown(std::string text) {
-  std::replace(text.begin(), text.end(), '\r', '\n');
-  return ToQt(text);
-}
-std::string Stored(const QString& text) {
-  std::string bytes = FromQt(text);
-  std::replace(bytes.begin(), bytes.end(), '\n', '\r');
-  return bytes;
-}
-
 std::uint32_t Chosen(const QComboBox* combo) { return combo->currentData().toUInt(); }
 
 void Choose(QComboBox* combo, std::uint32_t id) {
@@ -63,7 +45,7 @@ void Choose(QComboBox* combo, std::uint32_t id) {
 DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui,
                                        EditMarks& marks, CDefectWindow::RunEventDialog runDialog,
                                        QWidget* parent)
-    : QWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
+    : RecordWindowWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
   tabs_->addTab(MakeDetail(doc), ToQt(std::string(kDefectTabs[0])));
@@ -74,42 +56,7 @@ DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui&
   tabs_->addTab(workaround_, ToQt(std::string(kDefectTabs[3])));
   layout->addWidget(tabs_);
 
-  auto* buttons = new QHBoxLayout;
-  previous_ = new QPushButton("<");
-  next_ = new QPushButton(">");
-  lockedBy_ = new QPushButton("Locked By?");
-  first_ = new QPushButton;
-  first_->setObjectName("first");
-  second_ = new QPushButton;
-  second_->setObjectName("second");
-  buttons->addWidget(previous_);
-  buttons->addWidget(next_);
-  buttons->addWidget(lockedBy_);
-  buttons->addStretch();
-  buttons->addWidget(second_);
-  buttons->addWidget(first_);
-  layout->addLayout(buttons);
-  connect(previous_, &QPushButton::clicked, this, [this] {
-    if (model_.OnPreviousRecord()) Show();
-  });
-  connect(next_, &QPushButton::clicked, this, [this] {
-    if (model_.OnNextRecord()) Show();
-  });
-  connect(lockedBy_, &QPushButton::clicked, this, [this] { (void)model_.OnLockedBy(); });
-  connect(first_, &QPushButton::clicked, this, [this] {
-    model_.OnCancelButton();
-    if (onClosed) onClosed();
-  });
-  connect(second_, &QPushButton::clicked, this, [this] {
-    const bool saving = model_.mode() != CRecordWindow::kView;
-    const bool closes = model_.OnAcceptButton();
-    if (saving && onSaved) onSaved();
-    if (closes) {
-      if (onClosed) onClosed();
-    } else {
-      Show();
-    }
-  });
+  layout->addLayout(MakeButtonRow());
 }
 
 QWidget* DefectRecordWindow::MakeDetail(CDBDoc& doc) {
@@ -177,10 +124,10 @@ QWidget* DefectRecordWindow::MakeHistory() {
     const CDefectEvent* event = row + 1 >= static_cast<int>(first)
                                     ? defect.EventAt(static_cast<std::uint32_t>(row) + 2 - first)
                                     : nullptr;
-    eventNotes_->setPlainText(Shown(event != nullptr ? event->notes
-                                    : defect.ReportedByAt(1) != nullptr
-                                        ? defect.ReportedByAt(1)->description
-                                        : std::string()));
+    eventNotes_->setPlainText(ToQtLines(event != nullptr ? event->notes
+                                        : defect.ReportedByAt(1) != nullptr
+                                            ? defect.ReportedByAt(1)->description
+                                            : std::string()));
   });
   connect(events_, &QTableWidget::cellDoubleClicked, this, [this](int row) {
     const auto r = static_cast<std::uint32_t>(row) + 1;
@@ -245,9 +192,9 @@ void DefectRecordWindow::Show() {
   status_->setText(ToQt(d.GetStatusText()));
   reportCounter_->setText(ToQt(model_.ReportCounter()));
   const CReportedBy* report = d.ReportedByAt(model_.reportRow());
-  description_->setPlainText(Shown(report != nullptr ? report->description : std::string()));
+  description_->setPlainText(ToQtLines(report != nullptr ? report->description : std::string()));
   description_->setEnabled(report != nullptr);
-  workaround_->setPlainText(Shown(d.workaround));
+  workaround_->setPlainText(ToQtLines(d.workaround));
   notify_->clear();
   const DocLookups lookups(doc_);
   for (const std::uint32_t id : d.notifyList()) {
@@ -271,12 +218,7 @@ void DefectRecordWindow::ShowEvents() {
 }
 
 void DefectRecordWindow::ShowStates() {
-  setWindowTitle(ToQt(model_.title()));
-  ShowButton(first_, model_.firstButton());
-  ShowButton(second_, model_.secondButton());
-  ShowButton(previous_, model_.previousButton());
-  ShowButton(next_, model_.nextButton());
-  ShowButton(lockedBy_, model_.lockedByButton());
+  ShowButtons();
   const bool editable = model_.editable();
   for (QWidget* field :
        std::initializer_list<QWidget*>{summary_, type_, priority_, severity_, product_, component_,
@@ -297,9 +239,9 @@ void DefectRecordWindow::Edited() {
   d.productId = Chosen(product_);
   d.componentId = Chosen(component_);
   d.reference = FromQt(reference_->text());
-  d.workaround = Stored(workaround_->toPlainText());
+  d.workaround = FromQtLines(workaround_->toPlainText());
   if (CReportedBy* report = d.ReportedByAt(model_.reportRow())) {
-    report->description = Stored(description_->toPlainText());
+    report->description = FromQtLines(description_->toPlainText());
   }
   model_.MarkChanged();
   ShowStates();

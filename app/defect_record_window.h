@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "record_window_widget.h"
 #include "shell/defect_window.h"
 
 class QComboBox;
@@ -19,14 +20,14 @@ class QTabWidget;
 
 namespace qm::app {
 
-class DefectRecordWindow : public QWidget {
+class DefectRecordWindow : public RecordWindowWidget {
  public:
   DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui, EditMarks& marks,
                      CDefectWindow::RunEventDialog runDialog, QWidget* parent = nullptr);
 
   void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
-  // From the frame's tick: the lock retry.
-  void OnIdle();
+  CRecordWindow& logic() override { return model_; }
+  void OnIdle() override;
   // Runs a command of the History tab, as its button does.
   void RunCommand(DefectCommand command);
 
@@ -34,17 +35,12 @@ class DefectRecordWindow : public QWidget {
   QTabWidget* tabs() const { return tabs_; }
   QTableWidget* events() const { return events_; }
 
-  // The window is done (saved, cancelled, or its item went): the frame closes it.
-  std::function<void()> onClosed;
-  // A defect was added or saved: the lists show it.
-  std::function<void()> onSaved;
-
  private:
   QWidget* MakeDetail(CDBDoc& doc);
   QWidget* MakeHistory();
   QWidget* MakeNotify(CDBDoc& doc);
   // The model's defect into the widgets, and the states of every control.
-  void Show();
+  void Show() override;
   void ShowStates();
   void ShowEvents();
   // A widget's edit into the model's defect.
@@ -70,11 +66,6 @@ class DefectRecordWindow : public QWidget {
   QListWidget* notify_ = nullptr;
   QComboBox* notifyUser_ = nullptr;
   QPlainTextEdit* workaround_ = nullptr;
-  QPushButton* first_ = nullptr;
-  QPushButton* second_ = nullptr;
-  QPushButton* previous_ = nullptr;
-  QPushButton* next_ = nullptr;
-  QPushButton* lockedBy_ = nullptr;
 };
 
 }  // namespace qm::app

@@ -8,23 +8,37 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
 #include <QSystemTrayIcon>
 #include <QToolBar>
 #include <array>
 
-#include "defect_list_window.h"
 #include "defect_record_window.h"
 #include "defects/defect_table.h"
 #include "defects/selection_commands.h"
 #include "event_dialog.h"
 #include "options_dialog.h"
+#include "person_record_window.h"
 #include "qt_ui.h"
+#include "record_list_window.h"
+#include "shell/people_window.h"
 #include "store/store_error.h"
 
 namespace qm::app {
+namespace {
+
+constexpr const ListWindowKind& kUserListWindow = kListWindowKinds[1];
+constexpr const ListWindowKind& kCustomerListWindow = kListWindowKinds[7];
+// The lists this program has, in the Window menu's order.
+constexpr const ListWindowKind* kShownLists[] = {&kDefectListWindow, &kUserListWindow,
+                                                 &kCustomerListWindow};
+
+bool IsPeople(const RecordListWindow* list) {
+  return list != nullptr && &list->kind() != &kDefectListWindow;
+}
+
+}  // namespace
 
 CMainFrame::CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
                        CDefectWindow::RunEventDialog runDialog)
@@ -36,6 +50,7 @@ CMainFrame::CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
   MakeMenus();
   tick_.setInterval(1000);
   connect(&tick_, &QTimer::timeout, this, [this] { Tick(); });
+  connect(area_, &QMdiArea::subWindowActivated, this, [this] { UpdateCommands(); });
   connect(qApp, &QApplication::applicationStateChanged, this, [this](Qt::ApplicationState s) {
     if (s == Qt::ApplicationActive) ClearAlert();
   });
@@ -53,45 +68,61 @@ void CMainFrame::MakeMenus() {
   file->addSeparator();
   file->addAction("E&xit", this, [this] { close(); });
 
-  QMenu* defect = menuBar()->addMenu("&Defect");
-  QAction* add = defect->addAction("&Add Defect...", this, [this] { AddDefect(); });
+  QMenu* edit = menuBar()->addMenu("&Edit");
+  QAction* add = edit->addAction("&Add Item...", this, [this] { AddItem(); });
   add->setShortcut(QKeySequence("Ctrl+N"));
   projectActions_.push_back(add);
-  projectActions_.push_back(defect->addAction("&Edit Item...", QKeySequence("Alt+E"), this,
-                                              [this] { OpenSelection(true); }));
-  projectActions_.push_back(defect->addAction("&View Item", QKeySequence("Alt+Return"), this,
-                                              [this] { OpenSelection(false); }));
-  defect->addSeparator();
+  projectActions_.push_back(edit->addAction("&Edit Item...", QKeySequence("Alt+E"), this,
+                                            [this] { OpenSelection(true); }));
+  projectActions_.push_back(edit->addAction("&View Item", QKeySequence("Alt+Return"), this,
+                                            [this] { OpenSelection(false); }));
+  projectActions_.push_back(
+      edit->addAction("D&uplicate Item", QKeySequence("Ctrl+D"), this, [this] {
+        RecordListWindow* list = ActiveList();
+        if (list == nullptr || doc_ == nullptr) return;
+        if (IsPeople(list)) {
+          std::vector<CUser*> people;
+          for (RecordItem* item : list->SelectedItems())
+            people.push_back(static_cast<CUser*>(item));
+          DuplicatePeople(*doc_, people, ui_);
+        } else {
+          DuplicateDefects(*doc_, *Defects(), SelectedDefects(), ui_);
+        }
+        list->Refresh(false);
+      }));
+  projectActions_.push_back(edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
+    RecordListWindow* list = ActiveList();
+    if (list == nullptr || doc_ == nullptr || IsPeople(list)) return;
+    const std::vector<CDefect*> selected = SelectedDefects();
+    for (CDefect* d : selected) {
+      for (RecordWindowWidget* w : std::vector<RecordWindowWidget*>(records_)) {
+        if (w->logic().currentItem() == d) CloseRecordWindow(w);
+      }
+    }
+    DeleteDefects(*doc_, *Defects(), selected, ui_);
+    list->Refresh(false);
+  }));
+  transfer_ = edit->addAction("Transfer to User List", QKeySequence("Ctrl+M"), this,
+                              [this] { TransferSelection(); });
+
+  QMenu* defect = menuBar()->addMenu("&Defect");
   for (const DefectCommand command : kDefectCommands) {
     QAction* action = defect->addAction(ToQt(std::string(CommandInfo(command).menuText)), this,
                                         [this, command] { RunOnSelection(command); });
     commandActions_.emplace_back(command, action);
   }
-  defect->addSeparator();
-  projectActions_.push_back(
-      defect->addAction("D&uplicate Item", QKeySequence("Ctrl+D"), this, [this] {
-        if (list_ == nullptr || doc_ == nullptr) return;
-        DuplicateDefects(*doc_, *Defects(), list_->SelectedDefects(), ui_);
-        list_->Refresh(false);
-      }));
-  projectActions_.push_back(
-      defect->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
-        if (list_ == nullptr || doc_ == nullptr) return;
-        const std::vector<CDefect*> selected = list_->SelectedDefects();
-        for (CDefect* d : selected) {
-          for (DefectRecordWindow* w : std::vector<DefectRecordWindow*>(records_)) {
-            if (w->model().currentItem() == d) CloseRecordWindow(w);
-          }
-        }
-        DeleteDefects(*doc_, *Defects(), selected, ui_);
-        list_->Refresh(false);
-      }));
 
   QMenu* tools = menuBar()->addMenu("&Tools");
   tools->addAction("&Options...", this, [this] { ShowOptions(); });
 
   QMenu* window = menuBar()->addMenu("&Window");
-  projectActions_.push_back(window->addAction("&Defect List", this, [this] { ShowDefectList(); }));
+  for (const ListWindowKind* kind : kShownLists) {
+    const QString name = kind == &kDefectListWindow ? "&Defect List"
+                         : kind == &kUserListWindow ? "&User List"
+                                                    : "C&ustomer List";
+    projectActions_.push_back(window->addAction(name, this, [this, kind] { ShowList(*kind); }));
+  }
+  window->addSeparator();
   window->addAction("&Cascade", area_, &QMdiArea::cascadeSubWindows);
   window->addAction("&Tile", area_, &QMdiArea::tileSubWindows);
 
@@ -99,8 +130,8 @@ void CMainFrame::MakeMenus() {
   bar->setObjectName("Standard");
   bar->addAction(style()->standardIcon(QStyle::SP_DialogOpenButton), "Open Project", this,
                  [this] { ChooseProject(); });
-  bar->addAction(style()->standardIcon(QStyle::SP_FileIcon), "Add Defect", this,
-                 [this] { AddDefect(); });
+  bar->addAction(style()->standardIcon(QStyle::SP_FileIcon), "Add Item", this,
+                 [this] { AddItem(); });
 }
 
 void CMainFrame::UpdateTitle() {
@@ -111,23 +142,73 @@ void CMainFrame::UpdateTitle() {
   const QString path = ToQt(doc_->path());
   setWindowTitle("Quillmark - " +
                  (preferences_.fullPathInTitleBar != 0 ? path : QFileInfo(path).fileName()));
-  if (listFrame_ != nullptr) listFrame_->setWindowTitle(list_->Title());
+  for (const auto& [kind, list] : lists_) {
+    if (list != nullptr && list->parentWidget() != nullptr) {
+      list->parentWidget()->setWindowTitle(list->Title());
+    }
+  }
 }
 
 void CMainFrame::UpdateCommands() {
   const bool open = doc_ != nullptr;
   for (QAction* action : projectActions_) action->setEnabled(open);
   std::vector<std::uint16_t> statuses;
-  if (list_ != nullptr) {
-    for (const CDefect* d : list_->SelectedDefects()) statuses.push_back(d->status());
-  }
+  for (const CDefect* d : SelectedDefects()) statuses.push_back(d->status());
   for (const auto& [command, action] : commandActions_) {
     action->setEnabled(open && doc_->HasRight(CommandInfo(command).right) &&
                        AllowedOnSelection(command, statuses, doc_->options().allowMultipleFixes));
   }
+  // Transfer to the user list needs right 66, to the customer list right 65.
+  const RecordListWindow* list = ActiveList();
+  const bool fromCustomers = list != nullptr && &list->kind() == &kCustomerListWindow;
+  transfer_->setText(fromCustomers ? "Transfer to User List" : "Transfer to Customer List");
+  transfer_->setEnabled(open && IsPeople(list) && !list->SelectedItems().empty() &&
+                        doc_->HasRight(fromCustomers ? 66 : 65));
 }
 
-DefectListWindow* CMainFrame::defectList() const { return list_; }
+RecordListWindow* CMainFrame::List(const ListWindowKind& kind) const {
+  const auto found = lists_.find(kind.kind);
+  return found == lists_.end() ? nullptr : found->second.data();
+}
+
+RecordListWindow* CMainFrame::defectList() const { return List(kDefectListWindow); }
+
+RecordListWindow* CMainFrame::ActiveList() const {
+  // The current window, also while the program is in the background.
+  const QMdiSubWindow* active = area_->currentSubWindow();
+  for (const auto& [kind, list] : lists_) {
+    if (list != nullptr && active != nullptr && active->widget() == list) return list;
+  }
+  return nullptr;
+}
+
+std::vector<CDefect*> CMainFrame::SelectedDefects() const {
+  std::vector<CDefect*> selected;
+  if (RecordListWindow* list = defectList()) {
+    for (RecordItem* item : list->SelectedItems()) selected.push_back(static_cast<CDefect*>(item));
+  }
+  return selected;
+}
+
+void CMainFrame::RefreshLists(Tag table, bool resort) {
+  for (const auto& [kind, list] : lists_) {
+    if (list != nullptr && (list->list().table().tag() == table || table == kDefectTag)) {
+      // The people lists count defects too.
+      list->Refresh(resort && list->list().table().tag() == table);
+    }
+  }
+}
+
+CDefectTable* CMainFrame::Defects() const {
+  return doc_ != nullptr ? static_cast<CDefectTable*>(doc_->GetTable(kDefectTag)) : nullptr;
+}
+
+CDefectWindow::RunEventDialog CMainFrame::DialogRunner() {
+  if (runDialog_) return runDialog_;
+  return [this](CDefectEvent& event, EventDialogMode mode) {
+    return RunEventDialog(this, *doc_, event, mode);
+  };
+}
 
 void CMainFrame::closeEvent(QCloseEvent* event) {
   const QRect r = normalGeometry();
@@ -160,17 +241,6 @@ void CMainFrame::RestorePlacement() {
   }
 }
 
-CDefectTable* CMainFrame::Defects() const {
-  return doc_ != nullptr ? static_cast<CDefectTable*>(doc_->GetTable(kDefectTag)) : nullptr;
-}
-
-CDefectWindow::RunEventDialog CMainFrame::DialogRunner() {
-  if (runDialog_) return runDialog_;
-  return [this](CDefectEvent& event, EventDialogMode mode) {
-    return RunEventDialog(this, *doc_, event, mode);
-  };
-}
-
 bool CMainFrame::OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login) {
   CloseProject();
   doc_ = std::make_unique<CDBDoc>(ui_, kinds_, static_cast<ProjectHost&>(*this));
@@ -180,7 +250,6 @@ bool CMainFrame::OpenProject(const std::string& path, const std::optional<ui::Lo
     UpdateCommands();
     return false;
   }
-  ShowDefectList();
   UpdateTitle();
   UpdateCommands();
   statusBar()->showMessage("Ready");
@@ -206,7 +275,7 @@ void CMainFrame::NewProject() {
     UpdateCommands();
     return;
   }
-  ShowDefectList();
+  ShowList(kDefectListWindow);
   UpdateTitle();
   UpdateCommands();
 }
@@ -228,46 +297,82 @@ void CMainFrame::CloseProject() {
   statusBar()->showMessage("Ready");
 }
 
-DefectListWindow* CMainFrame::ShowDefectList() {
+RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
   if (doc_ == nullptr) return nullptr;
-  if (list_ != nullptr) {
-    area_->setActiveSubWindow(listFrame_);
-    return list_;
+  if (RecordListWindow* open = List(kind)) {
+    area_->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(open->parentWidget()));
+    return open;
   }
-  auto* window = new DefectListWindow(*Defects(), ui_, preferences_.strikeClosedDefects != 0);
-  list_ = window;
-  listFrame_ = area_->addSubWindow(window);
-  listFrame_->setAttribute(Qt::WA_DeleteOnClose);
-  listFrame_->resize(640, 420);
+  std::unique_ptr<CRecordListView> logic;
+  ItemTable& people = *doc_->GetTable(kUserTag);
+  if (&kind == &kUserListWindow) {
+    logic = std::make_unique<CUserListView>(people, ui_, doc_->GetTable(kGroupTag), Defects());
+  } else if (&kind == &kCustomerListWindow) {
+    logic = std::make_unique<CCustomerListView>(people, ui_, Defects());
+  } else {
+    logic = std::make_unique<CDefectListView>(*Defects(), ui_);
+  }
+  auto* window = new RecordListWindow(kind, std::move(logic));
+  window->SetGrayed(preferences_.strikeClosedDefects != 0);
+  lists_[kind.kind] = window;
+  QMdiSubWindow* frame = area_->addSubWindow(window);
+  frame->setAttribute(Qt::WA_DeleteOnClose);
+  frame->resize(640, 420);
   window->onOpen = [this] { OpenSelection(true); };
-  window->onClosing = [this] { SaveListPlacement(); };
-  RestoreListPlacement();
+  window->onClosing = [this, window] { SavePlacement(*window); };
   window->onTitleChanged = [this] {
     UpdateTitle();
     UpdateCommands();
   };
+  RestorePlacement(*window);
   window->show();
+  area_->setActiveSubWindow(frame);
   UpdateTitle();
   return window;
 }
 
-DefectRecordWindow* CMainFrame::NewRecordWindow() {
-  auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
+void CMainFrame::SavePlacement(RecordListWindow& list) {
+  auto* frame = qobject_cast<QMdiSubWindow*>(list.parentWidget());
+  if (frame == nullptr) return;
+  list.TakeWidths();
+  WindowPlacement placement;
+  placement.visible = frame->isVisible();
+  placement.state = frame->isMaximized()   ? WindowPlacement::kMaximised
+                    : frame->isMinimized() ? WindowPlacement::kIconic
+                                           : WindowPlacement::kNormal;
+  const QRect r =
+      frame->isMaximized() || frame->isMinimized() ? frame->normalGeometry() : frame->geometry();
+  placement.rect = {r.left(), r.top(), r.right() + 1, r.bottom() + 1};
+  preferences_.SetWindowValue(list.kind().valueName, list.list().SavePlacement(placement));
+}
+
+void CMainFrame::RestorePlacement(RecordListWindow& list) {
+  const auto value = preferences_.GetWindowValue(list.kind().valueName);
+  if (!value) return;
+  const std::optional<WindowPlacement> placement = list.list().RestorePlacement(*value);
+  if (!placement) return;  // the default size and columns stay
+  list.list().SortByColumns();
+  list.ShowColumns();
+  auto* frame = qobject_cast<QMdiSubWindow*>(list.parentWidget());
+  const auto& [left, top, right, bottom] = placement->rect;
+  if (right > left && bottom > top) frame->setGeometry(left, top, right - left, bottom - top);
+  if (placement->state == WindowPlacement::kMaximised) frame->showMaximized();
+  if (placement->state == WindowPlacement::kIconic) frame->showMinimized();
+}
+
+void CMainFrame::Place(RecordWindowWidget* window, Tag table) {
   records_.push_back(window);
   QMdiSubWindow* frame = area_->addSubWindow(window);
   frame->resize(760, 560);
   window->onClosed = [this, window] { CloseRecordWindow(window); };
-  window->onSaved = [this] {
-    if (list_ != nullptr) list_->Refresh(true);
-  };
+  window->onSaved = [this, table] { RefreshLists(table, true); };
   window->show();
-  return window;
 }
 
-void CMainFrame::CloseRecordWindow(DefectRecordWindow* window) {
+void CMainFrame::CloseRecordWindow(RecordWindowWidget* window) {
   std::erase(records_, window);
   // Closing gives up the lock and the edit; the window's frame goes with it.
-  window->model().OnCancelButton();
+  window->logic().OnCancelButton();
   QWidget* frame = window->parentWidget();
   window->deleteLater();
   if (frame != nullptr) frame->deleteLater();
@@ -275,40 +380,80 @@ void CMainFrame::CloseRecordWindow(DefectRecordWindow* window) {
 
 DefectRecordWindow* CMainFrame::AddDefect() {
   if (doc_ == nullptr || !doc_->HasRight(1)) return nullptr;
-  DefectRecordWindow* window = NewRecordWindow();
+  auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
+  Place(window, kDefectTag);
   window->Open(CRecordWindow::kAddClose);
   return window;
 }
 
-DefectRecordWindow* CMainFrame::OpenSelection(bool edit) {
-  if (list_ == nullptr) return nullptr;
-  const std::vector<CDefect*> selected = list_->SelectedDefects();
-  if (selected.empty()) return nullptr;
-  for (CDefect* d : selected) d->isNew = d->isChanged = d->isAssigned = false;
-  DefectRecordWindow* window = NewRecordWindow();
-  window->Open(edit ? CRecordWindow::kEdit : CRecordWindow::kView,
-               std::vector<RecordItem*>(selected.begin(), selected.end()), 1);
-  list_->Refresh(false);
+PersonRecordWindow* CMainFrame::NewPersonWindow(bool customers) {
+  auto* window = new PersonRecordWindow(*doc_, ui_, marks_, customers);
+  Place(window, kUserTag);
   return window;
 }
 
+RecordWindowWidget* CMainFrame::AddItem() {
+  RecordListWindow* list = ActiveList();
+  if (!IsPeople(list)) return AddDefect();
+  const bool customers = &list->kind() == &kCustomerListWindow;
+  if (!doc_->HasRight(customers ? 56 : 5)) return nullptr;
+  PersonRecordWindow* window = NewPersonWindow(customers);
+  window->Open(CRecordWindow::kAddClose);
+  return window;
+}
+
+RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
+  RecordListWindow* list = ActiveList();
+  if (list == nullptr) list = defectList();
+  if (list == nullptr) return nullptr;
+  std::vector<RecordItem*> selected = list->SelectedItems();
+  if (selected.empty()) return nullptr;
+  for (RecordItem* item : selected) item->isNew = item->isChanged = item->isAssigned = false;
+  const std::uint16_t mode = edit ? CRecordWindow::kEdit : CRecordWindow::kView;
+  RecordWindowWidget* opened = nullptr;
+  if (IsPeople(list)) {
+    PersonRecordWindow* window = NewPersonWindow(&list->kind() == &kCustomerListWindow);
+    window->Open(mode, std::move(selected), 1);
+    opened = window;
+  } else {
+    auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
+    Place(window, kDefectTag);
+    window->Open(mode, std::move(selected), 1);
+    opened = window;
+  }
+  list->Refresh(false);
+  return opened;
+}
+
 void CMainFrame::RunOnSelection(DefectCommand command) {
-  if (list_ == nullptr || doc_ == nullptr) return;
+  if (defectList() == nullptr || doc_ == nullptr) return;
   const CDefectWindow::RunEventDialog dialog = DialogRunner();
   std::optional<DefectCommand> next = command;
   while (next) {
     SelectionAction action(
-        *doc_, *Defects(), list_->SelectedDefects(), ui_,
+        *doc_, *Defects(), SelectedDefects(), ui_,
         [&dialog](CDefectEvent& event) { return dialog(event, EventDialogMode::kEdit); });
     next = action.Run(*next);
   }
-  list_->Refresh(true);
+  RefreshLists(kDefectTag, true);
+}
+
+void CMainFrame::TransferSelection() {
+  RecordListWindow* list = ActiveList();
+  if (!IsPeople(list) || doc_ == nullptr) return;
+  const bool toCustomers = &list->kind() == &kUserListWindow;
+  std::vector<CUser*> people;
+  for (RecordItem* item : list->SelectedItems()) people.push_back(static_cast<CUser*>(item));
+  TransferPeople(*doc_, people, toCustomers);
+  RefreshLists(kUserTag, false);
 }
 
 void CMainFrame::ShowOptions() {
   OptionsDialog options(preferences_, doc_.get());
-  if (RunOptionsDialog(this, options) && list_ != nullptr) {
-    list_->SetGrayClosed(preferences_.strikeClosedDefects != 0);
+  if (RunOptionsDialog(this, options)) {
+    for (const auto& [kind, list] : lists_) {
+      if (list != nullptr) list->SetGrayed(preferences_.strikeClosedDefects != 0);
+    }
   }
   UpdateTitle();
 }
@@ -316,7 +461,7 @@ void CMainFrame::ShowOptions() {
 void CMainFrame::Tick() {
   if (doc_ == nullptr) return;
   doc_->IdleWork();
-  for (DefectRecordWindow* window : std::vector<DefectRecordWindow*>(records_)) window->OnIdle();
+  for (RecordWindowWidget* window : std::vector<RecordWindowWidget*>(records_)) window->OnIdle();
 }
 
 // ---- what the project asks of the program ------------------------------------------------
@@ -328,38 +473,12 @@ void CMainFrame::ProjectLoaded(CDBDoc& doc) {
   if (!ui_.HeldModifiers().ctrl && preferences_.GetWindowBlock()) {
     for (const ListWindowKind* window : DecodeWindowBlock(*preferences_.GetWindowBlock())) {
       ui_.SetStatusText(std::string(window->openingText));
-      if (window->kind == kDefectListWindow.kind) ShowDefectList();
+      for (const ListWindowKind* shown : kShownLists) {
+        if (shown == window) ShowList(*shown);
+      }
     }
   }
-  ShowDefectList();
-}
-
-void CMainFrame::SaveListPlacement() {
-  if (list_ == nullptr || listFrame_ == nullptr) return;
-  list_->TakeWidths();
-  WindowPlacement placement;
-  placement.visible = listFrame_->isVisible();
-  placement.state = listFrame_->isMaximized()   ? WindowPlacement::kMaximised
-                    : listFrame_->isMinimized() ? WindowPlacement::kIconic
-                                                : WindowPlacement::kNormal;
-  const QRect r = listFrame_->isMaximized() || listFrame_->isMinimized()
-                      ? listFrame_->normalGeometry()
-                      : listFrame_->geometry();
-  placement.rect = {r.left(), r.top(), r.right() + 1, r.bottom() + 1};
-  preferences_.SetWindowValue(kDefectListWindow.valueName, list_->list().SavePlacement(placement));
-}
-
-void CMainFrame::RestoreListPlacement() {
-  const auto value = preferences_.GetWindowValue(kDefectListWindow.valueName);
-  if (!value) return;
-  const std::optional<WindowPlacement> placement = list_->list().RestorePlacement(*value);
-  if (!placement) return;  // the default size and columns stay
-  list_->list().SortByColumns();
-  list_->ShowColumns();
-  const auto& [left, top, right, bottom] = placement->rect;
-  if (right > left && bottom > top) listFrame_->setGeometry(left, top, right - left, bottom - top);
-  if (placement->state == WindowPlacement::kMaximised) listFrame_->showMaximized();
-  if (placement->state == WindowPlacement::kIconic) listFrame_->showMinimized();
+  ShowList(kDefectListWindow);
 }
 
 void CMainFrame::RememberLogin(const ui::LoginEntry& login) {
@@ -373,39 +492,50 @@ std::int32_t CMainFrame::DatabaseCheckSeconds() const { return preferences_.GetD
 void CMainFrame::StartBackgroundWork(CDBDoc&) { tick_.start(); }
 
 void CMainFrame::BeforeClose(CDBDoc&) {
-  for (DefectRecordWindow* window : std::vector<DefectRecordWindow*>(records_)) {
+  for (RecordWindowWidget* window : std::vector<RecordWindowWidget*>(records_)) {
     CloseRecordWindow(window);
   }
 }
 
 void CMainFrame::CloseListWindows(CDBDoc&) {
-  // The block names the list windows that were open; each keeps its own place.
+  // The block names the list windows that were open, in the order of the area; each
+  // keeps its own place.
   std::vector<std::uint32_t> open;
-  if (list_ != nullptr) open.push_back(kDefectListWindow.kind);
+  std::vector<RecordListWindow*> closing;
+  for (QMdiSubWindow* frame : area_->subWindowList(QMdiArea::CreationOrder)) {
+    for (const auto& [kind, list] : lists_) {
+      if (list != nullptr && frame->widget() == list) {
+        open.push_back(kind);
+        closing.push_back(list);
+      }
+    }
+  }
   preferences_.SetWindowBlock(EncodeWindowBlock(open));
   preferences_.Save();
-  SaveListPlacement();
-  delete listFrame_.data();
+  for (RecordListWindow* list : closing) {
+    SavePlacement(*list);
+    delete list->parentWidget();
+  }
+  lists_.clear();
 }
 
-bool CMainFrame::ListWindowOpen(Tag table) const { return table == kDefectTag && list_ != nullptr; }
-
-void CMainFrame::ItemAdded(Tag table, RecordItem&) {
-  if (table == kDefectTag && list_ != nullptr) list_->Refresh(false);
+bool CMainFrame::ListWindowOpen(Tag table) const {
+  for (const auto& [kind, list] : lists_) {
+    if (list != nullptr && list->list().table().tag() == table) return true;
+  }
+  return false;
 }
 
-void CMainFrame::ItemChanged(Tag table, RecordItem&) {
-  if (table == kDefectTag && list_ != nullptr) list_->Refresh(true);
-}
+void CMainFrame::ItemAdded(Tag table, RecordItem&) { RefreshLists(table, false); }
+
+void CMainFrame::ItemChanged(Tag table, RecordItem&) { RefreshLists(table, true); }
 
 void CMainFrame::ItemRemoving(Tag table, RecordItem& item) {
-  for (DefectRecordWindow* window : std::vector<DefectRecordWindow*>(records_)) {
-    if (window->model().currentItem() == &item) CloseRecordWindow(window);
+  for (RecordWindowWidget* window : std::vector<RecordWindowWidget*>(records_)) {
+    if (window->logic().currentItem() == &item) CloseRecordWindow(window);
   }
-  // The item leaves the table after this call; the list looks again once it has.
-  if (table == kDefectTag && list_ != nullptr) {
-    QTimer::singleShot(0, list_, [list = list_] { list->Refresh(false); });
-  }
+  // The item leaves the table after this call; the lists look again once it has.
+  QTimer::singleShot(0, this, [this, table] { RefreshLists(table, false); });
 }
 
 void CMainFrame::AlertAssignment() {

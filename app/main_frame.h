@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QTimer>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -22,8 +23,10 @@ class QSystemTrayIcon;
 
 namespace qm::app {
 
-class DefectListWindow;
 class DefectRecordWindow;
+class PersonRecordWindow;
+class RecordListWindow;
+class RecordWindowWidget;
 
 class CMainFrame : public QMainWindow, private ProjectHost {
  public:
@@ -33,7 +36,7 @@ class CMainFrame : public QMainWindow, private ProjectHost {
              CDefectWindow::RunEventDialog runDialog = {});
   ~CMainFrame() override;
 
-  // Opens a project and shows its defect list; false after the person was told why.
+  // Opens a project and shows its lists; false after the person was told why.
   bool OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login = {});
   // Asks for a name and makes a new project there.
   void NewProject();
@@ -41,13 +44,17 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void ChooseProject();
   void CloseProject();
 
-  // The defect list, opened when it is not.
-  DefectListWindow* ShowDefectList();
-  // A record window on a new defect, or on the list's selection.
+  // A list window (the defect, user or customer list), opened when it is not.
+  RecordListWindow* ShowList(const ListWindowKind& kind);
+  // A record window on a new item of the active list (a defect when none is active).
+  RecordWindowWidget* AddItem();
   DefectRecordWindow* AddDefect();
-  DefectRecordWindow* OpenSelection(bool edit);
-  // A command of the Defect menu on the list's selection.
+  // A record window on the active list's selection, in edit or view mode.
+  RecordWindowWidget* OpenSelection(bool edit);
+  // A command of the Defect menu on the defect list's selection.
   void RunOnSelection(DefectCommand command);
+  // Moves the selected people of the active people list to the other list.
+  void TransferSelection();
   // The Options dialog, and what its OK changes in the windows.
   void ShowOptions();
   // The one-second tick: the project's idle work and the record windows' lock retries.
@@ -58,8 +65,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void RestorePlacement();
 
   CDBDoc* doc() const { return doc_.get(); }
-  DefectListWindow* defectList() const;
-  const std::vector<DefectRecordWindow*>& recordWindows() const { return records_; }
+  RecordListWindow* List(const ListWindowKind& kind) const;
+  RecordListWindow* defectList() const;
+  const std::vector<RecordWindowWidget*>& recordWindows() const { return records_; }
   // Whether the tray icon of an assignment alert is up: the program was in the background
   // when someone assigned a defect to this user, and the user has not come back yet.
   bool alertShown() const { return tray_ != nullptr; }
@@ -83,13 +91,20 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void AlertAssignment() override;
 
   void MakeMenus();
-  // The defect list's placement and columns, to and from the preferences.
-  void SaveListPlacement();
-  void RestoreListPlacement();
   void UpdateTitle();
   void UpdateCommands();
-  DefectRecordWindow* NewRecordWindow();
-  void CloseRecordWindow(DefectRecordWindow* window);
+  // The list window that has the focus, or null.
+  RecordListWindow* ActiveList() const;
+  std::vector<CDefect*> SelectedDefects() const;
+  // Every open list that shows the items of `table`, filled again.
+  void RefreshLists(Tag table, bool resort);
+  // A list window's placement and columns, to and from the preferences.
+  void SavePlacement(RecordListWindow& list);
+  void RestorePlacement(RecordListWindow& list);
+  // A new record window in the area, wired to the frame.
+  void Place(RecordWindowWidget* window, Tag table);
+  void CloseRecordWindow(RecordWindowWidget* window);
+  PersonRecordWindow* NewPersonWindow(bool customers);
   CDefectTable* Defects() const;
   CDefectWindow::RunEventDialog DialogRunner();
   void ClearAlert();
@@ -101,13 +116,13 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   EditMarks marks_;
   std::unique_ptr<CDBDoc> doc_;
   QMdiArea* area_ = nullptr;
-  QPointer<DefectListWindow> list_;
-  QPointer<QMdiSubWindow> listFrame_;
-  std::vector<DefectRecordWindow*> records_;
+  std::map<std::uint32_t, QPointer<RecordListWindow>> lists_;  // by window kind
+  std::vector<RecordWindowWidget*> records_;
   QTimer tick_;
   QSystemTrayIcon* tray_ = nullptr;
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
+  QAction* transfer_ = nullptr;
 };
 
 }  // namespace qm::app

@@ -12,6 +12,7 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace qm::app {
 namespace {
@@ -39,6 +40,17 @@ QString Filters(const std::vector<std::string>& filters) {
 }
 
 }  // namespace
+
+QString ToQtLines(std::string text) {
+  std::replace(text.begin(), text.end(), '\r', '\n');
+  return ToQt(text);
+}
+
+std::string FromQtLines(const QString& text) {
+  std::string bytes = FromQt(text);
+  std::replace(bytes.begin(), bytes.end(), '\n', '\r');
+  return bytes;
+}
 
 QtUi::QtUi() = default;
 QtUi::~QtUi() = default;

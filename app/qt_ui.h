@@ -41,5 +41,8 @@ class QtUi : public ui::Ui {
 // Text between the core's UTF-8 and Qt.
 inline QString ToQt(const std::string& text) { return QString::fromUtf8(text); }
 inline std::string FromQt(const QString& text) { return text.toUtf8().toStdString(); }
+// Stored text ends its lines with CR; the edit controls with LF.
+QString ToQtLines(std::string text);
+std::string FromQtLines(const QString& text);
 
 }  // namespace qm::app

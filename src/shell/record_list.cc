@@ -321,14 +321,15 @@ std::vector<ColumnChoice> Menu(const PersonField (&fields)[N]) {
 
 }  // namespace
 
-CUserListView::CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups)
-    : CUserListView(people, ui, groups, "Users") {
+CUserListView::CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups,
+                             const ItemTable* defects)
+    : CUserListView(people, ui, groups, defects, "Users") {
   SetDefaultColumns();
 }
 
 CUserListView::CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups,
-                             std::string name)
-    : CRecordListView(people, ui, std::move(name)), groups_(groups) {}
+                             const ItemTable* defects, std::string name)
+    : CRecordListView(people, ui, std::move(name)), groups_(groups), defects_(defects) {}
 
 void CUserListView::SetDefaultColumns() {
   ClearColumns();
@@ -404,8 +405,8 @@ bool CUserListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
   }
 }
 
-CCustomerListView::CCustomerListView(ItemTable& people, ui::Ui& ui)
-    : CUserListView(people, ui, nullptr, "Customers") {
+CCustomerListView::CCustomerListView(ItemTable& people, ui::Ui& ui, const ItemTable* defects)
+    : CUserListView(people, ui, nullptr, defects, "Customers") {
   SetDefaultColumns();
 }
 

@@ -91,6 +91,8 @@ class CRecordListView {
   // Whether the list shows an item of its table: the ones not marked deleted, and of them
   // the ones of this list where two lists share a table.
   virtual bool Shows(const RecordItem& item) const { return !item.deleted; }
+  // Called before the window fills its rows, for what the cells count over other tables.
+  virtual void BeforeFill() {}
   // Whether a row is drawn grayed ("Gray out closed defects").
   virtual bool Grayed(const RecordItem& /*item*/) const { return false; }
 
@@ -190,21 +192,28 @@ class CDefectListView : public CRecordListView {
 // by Recount, when the list is filled.
 class CUserListView : public CRecordListView {
  public:
-  CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups);
+  // `defects`, when given, is counted before each filling of the list.
+  CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups,
+                const ItemTable* defects = nullptr);
   void SetDefaultColumns() override;
   std::vector<ColumnChoice> GetColumnMenu() const override;
   bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
   bool Shows(const RecordItem& item) const override;
   // Counts, per person, the defects found (in any reported-by row) and assigned.
   void Recount(const ItemTable& defects);
+  void BeforeFill() override {
+    if (defects_ != nullptr) Recount(*defects_);
+  }
 
  protected:
-  CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups, std::string name);
+  CUserListView(ItemTable& people, ui::Ui& ui, const ItemTable* groups, const ItemTable* defects,
+                std::string name);
   // The people table keeps one order, by name: there is no second key to give it.
   void ApplySecondarySort(std::int16_t /*field*/) override {}
 
  private:
   const ItemTable* groups_;
+  const ItemTable* defects_;
   std::map<std::uint32_t, std::pair<std::uint32_t, std::uint32_t>> counts_;  // found, assigned
 };
 
@@ -212,7 +221,7 @@ class CUserListView : public CRecordListView {
 // of defects they reported.
 class CCustomerListView : public CUserListView {
  public:
-  CCustomerListView(ItemTable& people, ui::Ui& ui);
+  CCustomerListView(ItemTable& people, ui::Ui& ui, const ItemTable* defects = nullptr);
   void SetDefaultColumns() override;
   std::vector<ColumnChoice> GetColumnMenu() const override;
   bool Shows(const RecordItem& item) const override;

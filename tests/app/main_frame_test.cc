@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -12,10 +13,11 @@
 #include <QTest>
 
 #include "cli/cli_run.h"
-#include "defect_list_window.h"
 #include "defect_record_window.h"
 #include "main_frame.h"
 #include "people/user.h"
+#include "person_record_window.h"
+#include "record_list_window.h"
 #include "session/db_doc.h"
 #include "shell/project_item_kinds.h"
 #include "support/quiet_host.h"
@@ -67,7 +69,7 @@ class MainFrameTest : public ::testing::Test {
 TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
   ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
   EXPECT_EQ(frame.windowTitle(), "Quillmark - Atlas.qmk");
-  app::DefectListWindow* list = frame.defectList();
+  app::RecordListWindow* list = frame.defectList();
   ASSERT_NE(list, nullptr);
   EXPECT_EQ(list->Title(), "Defects - (0 items, 0 selected)");
   EXPECT_EQ(preferences.lastOpenFile, path) << "the last project, for the next start";
@@ -89,7 +91,7 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
   // Edit it and assign it from the History tab.
   list->view()->selectRow(0);
   EXPECT_EQ(list->Title(), "Defects - (1 item, 1 selected)");
-  app::DefectRecordWindow* editing = frame.OpenSelection(true);
+  auto* editing = dynamic_cast<app::DefectRecordWindow*>(frame.OpenSelection(true));
   ASSERT_NE(editing, nullptr);
   EXPECT_EQ(editing->windowTitle(), "Edit Defect #1");
   editing->tabs()->setCurrentIndex(1);
@@ -111,7 +113,7 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
 
 TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
   ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
-  app::DefectListWindow* list = frame.defectList();
+  app::RecordListWindow* list = frame.defectList();
   list->list().ColumnCommand(4, CRecordListView::kRemoveColumn);  // Type
   list->ShowColumns();
   list->view()->setColumnWidth(2, 300);
@@ -155,6 +157,46 @@ TEST_F(MainFrameTest, AnAssignmentInAnotherProgramReachesTheListWithTheAlert) {
   frame.defectList()->view()->selectRow(0);
   frame.OpenSelection(false);
   EXPECT_EQ(rows.data(rows.index(0, 0)).toString(), "");
+}
+
+TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  app::RecordListWindow* users = frame.ShowList(kListWindowKinds[1]);
+  ASSERT_NE(users, nullptr);
+  EXPECT_EQ(users->Title(), "Users - (2 items, 0 selected)");
+
+  // Add a user: refused without a login, added with one and a group.
+  auto* adding = dynamic_cast<app::PersonRecordWindow*>(frame.AddItem());
+  ASSERT_NE(adding, nullptr);
+  EXPECT_EQ(adding->windowTitle(), "Add User");
+  QTest::keyClicks(adding->findChild<QLineEdit*>("last name"), "Berg");
+  QTest::mouseClick(adding->findChild<QPushButton*>("second"), Qt::LeftButton);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "Please enter a unique login name for this user to disinguish her "
+                            "or him from other users when logging into the program."});
+  QTest::keyClicks(adding->findChild<QLineEdit*>("login"), "ola");
+  adding->model().person().SetGroupId(1);
+  QTest::mouseClick(adding->findChild<QPushButton*>("second"), Qt::LeftButton);
+  EXPECT_EQ(users->Title(), "Users - (3 items, 0 selected)");
+
+  // Transfer Berg to the customers.
+  const QAbstractItemModel& rows = *users->view()->model();
+  int berg = -1;
+  for (int r = 0; r < rows.rowCount(); ++r) {
+    if (rows.data(rows.index(r, 0)).toString() == "Berg") berg = r;
+  }
+  ASSERT_GE(berg, 0);
+  users->view()->selectRow(berg);
+  frame.TransferSelection();
+  EXPECT_EQ(users->Title(), "Users - (2 items, 0 selected)");
+  app::RecordListWindow* customers = frame.ShowList(kListWindowKinds[7]);
+  EXPECT_EQ(customers->Title(), "Customers - (1 item, 0 selected)");
+  customers->view()->selectRow(0);
+  auto* viewing = dynamic_cast<app::PersonRecordWindow*>(frame.OpenSelection(false));
+  ASSERT_NE(viewing, nullptr);
+  EXPECT_EQ(viewing->windowTitle(), "View Customer - Berg");
+  viewing->tabs()->setCurrentIndex(1);
+  EXPECT_NE(viewing->findChild<QLabel*>(), nullptr) << "the statistics are shown";
 }
 
 }  // namespace

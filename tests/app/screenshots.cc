@@ -11,7 +11,7 @@
 #include <QTableWidget>
 #include <cstdio>
 
-#include "defect_list_window.h"
+#include "record_list_window.h"
 #include "defect_record_window.h"
 #include "main_frame.h"
 #include "options_dialog.h"
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
   if (!frame.grab().save(out + "/main-window.png")) return 2;
 
   frame.defectList()->view()->selectRow(0);
-  qm::app::DefectRecordWindow* window = frame.OpenSelection(false);
+  auto* window = dynamic_cast<qm::app::DefectRecordWindow*>(frame.OpenSelection(false));
   window->parentWidget()->setGeometry(60, 30, 900, 560);
   window->tabs()->setCurrentIndex(1);
   window->events()->selectRow(1);

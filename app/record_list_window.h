@@ -1,66 +1,63 @@
-// The defect list window: a table view over the project's defects, with the columns,
-// header sorting and popup, the marks and the title of the list logic.
+// A list window: a table view over the items that a list shows, with the columns, header
+// sorting and popup, the marks and the title of the list logic.
 #pragma once
 
 #include <QAbstractTableModel>
 #include <QTableView>
 #include <QWidget>
 #include <functional>
+#include <memory>
 #include <vector>
 
-#include "defects/defect.h"
-#include "defects/defect_table.h"
+#include "shell/app_preferences.h"
 #include "shell/record_list.h"
 
 namespace qm::app {
 
-class DefectListModel : public QAbstractTableModel {
+class RecordListModel : public QAbstractTableModel {
  public:
-  DefectListModel(CDefectTable& table, CDefectListView& list, bool grayClosed)
-      : table_(table), list_(list), grayClosed_(grayClosed) {}
+  explicit RecordListModel(CRecordListView& list) : list_(list) {}
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-  void SetGrayClosed(bool gray) { grayClosed_ = gray; }
-  // After the table or the columns changed under the view.
-  void Reset() {
-    beginResetModel();
-    endResetModel();
-  }
+  void SetGrayed(bool gray) { gray_ = gray; }
+  // The rows again from the table, after it or the columns changed under the view.
+  void Reset();
+  RecordItem* ItemAt(int row) const;
+  // The row of an item, -1 when the list does not show it.
+  int RowOf(const RecordItem* item) const;
 
  private:
-  CDefectTable& table_;
-  CDefectListView& list_;
-  bool grayClosed_;
+  CRecordListView& list_;
+  std::vector<RecordItem*> rows_;
+  bool gray_ = false;
 };
 
-class DefectListWindow : public QWidget {
+class RecordListWindow : public QWidget {
  public:
-  DefectListWindow(CDefectTable& table, ui::Ui& ui, bool grayClosed, QWidget* parent = nullptr);
+  RecordListWindow(const ListWindowKind& kind, std::unique_ptr<CRecordListView> list,
+                   QWidget* parent = nullptr);
 
-  // The selected defects in list order.
-  std::vector<CDefect*> SelectedDefects() const;
+  const ListWindowKind& kind() const { return kind_; }
+  // The selected items in list order.
+  std::vector<RecordItem*> SelectedItems() const;
   // Shows the table as it is now, keeping the selection of the items still in it; sorts
   // it first when asked.
   void Refresh(bool resort);
   // "Defects - (n items, m selected)".
   QString Title() const;
-
-  CDefectListView& list() { return list_; }
-  // "Gray out closed defects" was changed in the Options dialog.
-  void SetGrayClosed(bool gray) {
-    model_.SetGrayClosed(gray);
-    model_.Reset();
-  }
-  QTableView* view() const { return view_; }
-
   // The columns as the list logic has them now, after a restored state.
   void ShowColumns();
   // The widths as the person left them, into the list logic.
   void TakeWidths();
+  // "Gray out closed defects".
+  void SetGrayed(bool gray);
+
+  CRecordListView& list() { return *list_; }
+  QTableView* view() const { return view_; }
 
   // The window is about to close: its placement is stored.
   std::function<void()> onClosing;
@@ -73,12 +70,12 @@ class DefectListWindow : public QWidget {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  void Reselect(const std::vector<CDefect*>& items);
+  void Reselect(const std::vector<RecordItem*>& items);
   void HeaderPopup(const QPoint& at);
 
-  CDefectTable& table_;
-  CDefectListView list_;
-  DefectListModel model_;
+  const ListWindowKind& kind_;
+  std::unique_ptr<CRecordListView> list_;
+  RecordListModel model_;
   QTableView* view_;
 };
 

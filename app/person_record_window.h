@@ -1,0 +1,56 @@
+// The record window of a user or a customer: the person's fields and the Statistics tab,
+// bound to the person window logic.
+#pragma once
+
+#include <QWidget>
+
+#include "record_window_widget.h"
+#include "shell/people_window.h"
+
+class QCheckBox;
+class QComboBox;
+class QFormLayout;
+class QLineEdit;
+class QPlainTextEdit;
+class QTabWidget;
+
+namespace qm::app {
+
+class PersonRecordWindow : public RecordWindowWidget {
+ public:
+  PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks, bool customers,
+                     QWidget* parent = nullptr);
+
+  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
+  CRecordWindow& logic() override { return model_; }
+  void OnIdle() override;
+
+  CPersonWindow& model() { return model_; }
+  QTabWidget* tabs() const { return tabs_; }
+
+ private:
+  void Show() override;
+  void ShowStatistics();
+  void Edited();
+
+  CDBDoc& doc_;
+  CPersonWindow model_;
+  bool customers_;
+  bool showing_ = false;
+  QTabWidget* tabs_ = nullptr;
+  QLineEdit* first_ = nullptr;
+  QLineEdit* last_ = nullptr;
+  QLineEdit* login_ = nullptr;
+  QLineEdit* password_ = nullptr;
+  QComboBox* group_ = nullptr;
+  QLineEdit* company_ = nullptr;
+  QPlainTextEdit* address_ = nullptr;
+  QCheckBox* betaSite_ = nullptr;
+  QLineEdit* email_ = nullptr;
+  QLineEdit* phone1_ = nullptr;
+  QLineEdit* phone2_ = nullptr;
+  QPlainTextEdit* notes_ = nullptr;
+  QFormLayout* statistics_ = nullptr;
+};
+
+}  // namespace qm::app

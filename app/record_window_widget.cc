@@ -1,0 +1,68 @@
+// The buttons every record window has, wired to its logic.
+#include "record_window_widget.h"
+
+#include <QHBoxLayout>
+
+#include "qt_ui.h"
+
+namespace qm::app {
+namespace {
+
+void ShowButton(QPushButton* button, const ButtonState& state) {
+  button->setVisible(state.visible);
+  button->setEnabled(state.enabled);
+  if (!state.label.empty()) button->setText(ToQt(state.label));
+  button->setToolTip(ToQt(state.tip));
+}
+
+}  // namespace
+
+QLayout* RecordWindowWidget::MakeButtonRow() {
+  auto* buttons = new QHBoxLayout;
+  previous_ = new QPushButton("<");
+  next_ = new QPushButton(">");
+  lockedBy_ = new QPushButton("Locked By?");
+  first_ = new QPushButton;
+  first_->setObjectName("first");
+  second_ = new QPushButton;
+  second_->setObjectName("second");
+  buttons->addWidget(previous_);
+  buttons->addWidget(next_);
+  buttons->addWidget(lockedBy_);
+  buttons->addStretch();
+  buttons->addWidget(second_);
+  buttons->addWidget(first_);
+  connect(previous_, &QPushButton::clicked, this, [this] {
+    if (logic().OnPreviousRecord()) Show();
+  });
+  connect(next_, &QPushButton::clicked, this, [this] {
+    if (logic().OnNextRecord()) Show();
+  });
+  connect(lockedBy_, &QPushButton::clicked, this, [this] { (void)logic().OnLockedBy(); });
+  connect(first_, &QPushButton::clicked, this, [this] {
+    logic().OnCancelButton();
+    if (onClosed) onClosed();
+  });
+  connect(second_, &QPushButton::clicked, this, [this] {
+    const bool saving = logic().mode() != CRecordWindow::kView;
+    const bool closes = logic().OnAcceptButton();
+    if (saving && onSaved) onSaved();
+    if (closes) {
+      if (onClosed) onClosed();
+    } else {
+      Show();
+    }
+  });
+  return buttons;
+}
+
+void RecordWindowWidget::ShowButtons() {
+  setWindowTitle(ToQt(logic().title()));
+  ShowButton(first_, logic().firstButton());
+  ShowButton(second_, logic().secondButton());
+  ShowButton(previous_, logic().previousButton());
+  ShowButton(next_, logic().nextButton());
+  ShowButton(lockedBy_, logic().lockedByButton());
+}
+
+}  // namespace qm::app

@@ -1,0 +1,43 @@
+// What every record window of the program has, whatever its item: the window logic under
+// it, the lock retry of the tick, and the two things it tells the frame.
+#pragma once
+
+#include <QLayout>
+#include <QPushButton>
+#include <QWidget>
+#include <functional>
+
+#include "shell/record_window.h"
+
+namespace qm::app {
+
+class RecordWindowWidget : public QWidget {
+ public:
+  using QWidget::QWidget;
+
+  virtual CRecordWindow& logic() = 0;
+  // From the frame's tick: the lock retry, and the fields shown again when it succeeds.
+  virtual void OnIdle() = 0;
+
+  // The window is done (saved, cancelled, or its item went): the frame closes it.
+  std::function<void()> onClosed;
+  // An item was added or saved: the lists show it.
+  std::function<void()> onSaved;
+
+ protected:
+  // Previous, Next, Locked By? and the two main buttons, wired to the logic.
+  QLayout* MakeButtonRow();
+  // The buttons as the logic has them now, and the title.
+  void ShowButtons();
+  // Everything shown again from the logic: after a step, a retry, an accepted add.
+  virtual void Show() = 0;
+
+ private:
+  QPushButton* first_ = nullptr;
+  QPushButton* second_ = nullptr;
+  QPushButton* previous_ = nullptr;
+  QPushButton* next_ = nullptr;
+  QPushButton* lockedBy_ = nullptr;
+};
+
+}  // namespace qm::app
