@@ -360,10 +360,16 @@ void CMainFrame::RestorePlacement(RecordListWindow& list) {
   if (placement->state == WindowPlacement::kIconic) frame->showMinimized();
 }
 
-void CMainFrame::Place(RecordWindowWidget* window, Tag table) {
+void CMainFrame::Place(RecordWindowWidget* window, Tag table, std::string_view placementName) {
   records_.push_back(window);
+  window->placementName = placementName;
   QMdiSubWindow* frame = area_->addSubWindow(window);
   frame->resize(760, 560);
+  const auto value = preferences_.GetWindowValue(placementName);
+  if (const auto placement = value ? DecodePlacement(*value) : std::nullopt) {
+    const auto& [left, top, right, bottom] = placement->rect;
+    if (right > left && bottom > top) frame->setGeometry(left, top, right - left, bottom - top);
+  }
   window->onClosed = [this, window] { CloseRecordWindow(window); };
   window->onSaved = [this, table] { RefreshLists(table, true); };
   window->show();
@@ -371,9 +377,17 @@ void CMainFrame::Place(RecordWindowWidget* window, Tag table) {
 
 void CMainFrame::CloseRecordWindow(RecordWindowWidget* window) {
   std::erase(records_, window);
-  // Closing gives up the lock and the edit; the window's frame goes with it.
+  // Closing gives up the lock and the edit, and keeps the place; the frame goes too.
   window->logic().OnCancelButton();
   QWidget* frame = window->parentWidget();
+  if (frame != nullptr) {
+    const QRect r = frame->geometry();
+    preferences_.SetWindowValue(
+        window->placementName,
+        EncodePlacement({frame->isVisible(),
+                         WindowPlacement::kNormal,
+                         {r.left(), r.top(), r.right() + 1, r.bottom() + 1}}));
+  }
   window->deleteLater();
   if (frame != nullptr) frame->deleteLater();
 }
@@ -381,14 +395,14 @@ void CMainFrame::CloseRecordWindow(RecordWindowWidget* window) {
 DefectRecordWindow* CMainFrame::AddDefect() {
   if (doc_ == nullptr || !doc_->HasRight(1)) return nullptr;
   auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
-  Place(window, kDefectTag);
+  Place(window, kDefectTag, "DefectViewPos");
   window->Open(CRecordWindow::kAddClose);
   return window;
 }
 
 PersonRecordWindow* CMainFrame::NewPersonWindow(bool customers) {
   auto* window = new PersonRecordWindow(*doc_, ui_, marks_, customers);
-  Place(window, kUserTag);
+  Place(window, kUserTag, customers ? "CustomerViewPos" : "UserViewPos");
   return window;
 }
 
@@ -417,7 +431,7 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
     opened = window;
   } else {
     auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
-    Place(window, kDefectTag);
+    Place(window, kDefectTag, "DefectViewPos");
     window->Open(mode, std::move(selected), 1);
     opened = window;
   }

@@ -102,7 +102,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void SavePlacement(RecordListWindow& list);
   void RestorePlacement(RecordListWindow& list);
   // A new record window in the area, wired to the frame.
-  void Place(RecordWindowWidget* window, Tag table);
+  // Where it stood when a window of its kind last closed.
+  void Place(RecordWindowWidget* window, Tag table, std::string_view placementName);
   void CloseRecordWindow(RecordWindowWidget* window);
   PersonRecordWindow* NewPersonWindow(bool customers);
   CDefectTable* Defects() const;

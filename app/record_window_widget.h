@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QWidget>
 #include <functional>
+#include <string_view>
 
 #include "shell/record_window.h"
 
@@ -19,6 +20,8 @@ class RecordWindowWidget : public QWidget {
   // From the frame's tick: the lock retry, and the fields shown again when it succeeds.
   virtual void OnIdle() = 0;
 
+  // The name its placement is kept under: "DefectViewPos", "UserViewPos", ...
+  std::string_view placementName;
   // The window is done (saved, cancelled, or its item went): the frame closes it.
   std::function<void()> onClosed;
   // An item was added or saved: the lists show it.

@@ -214,18 +214,15 @@ std::size_t CRecordListView::ReadState(std::span<const std::uint8_t> bytes) {
   return bytes.size() - in.remaining();
 }
 
-std::vector<std::uint8_t> CRecordListView::SavePlacement(const WindowPlacement& placement) const {
+std::vector<std::uint8_t> EncodePlacement(const WindowPlacement& placement) {
   std::vector<std::uint8_t> out;
   PutLe(out, placement.visible ? 1 : 0, 4);
   PutLe(out, placement.state, 2);
   for (const std::int32_t edge : placement.rect) PutLe(out, static_cast<std::uint32_t>(edge), 4);
-  const std::vector<std::uint8_t> state = WriteState();
-  out.insert(out.end(), state.begin(), state.end());
   return out;
 }
 
-std::optional<WindowPlacement> CRecordListView::RestorePlacement(
-    std::span<const std::uint8_t> value) {
+std::optional<WindowPlacement> DecodePlacement(std::span<const std::uint8_t> value) {
   if (value.size() < WindowPlacement::kSize) return std::nullopt;
   WindowPlacement placement;
   placement.visible = GetLe(value, 0, 4) != 0;
@@ -233,6 +230,20 @@ std::optional<WindowPlacement> CRecordListView::RestorePlacement(
   for (std::size_t e = 0; e < 4; ++e) {
     placement.rect[e] = static_cast<std::int32_t>(GetLe(value, 6 + 4 * e, 4));
   }
+  return placement;
+}
+
+std::vector<std::uint8_t> CRecordListView::SavePlacement(const WindowPlacement& placement) const {
+  std::vector<std::uint8_t> out = EncodePlacement(placement);
+  const std::vector<std::uint8_t> state = WriteState();
+  out.insert(out.end(), state.begin(), state.end());
+  return out;
+}
+
+std::optional<WindowPlacement> CRecordListView::RestorePlacement(
+    std::span<const std::uint8_t> value) {
+  const std::optional<WindowPlacement> placement = DecodePlacement(value);
+  if (!placement) return std::nullopt;
   try {
     ReadState(value.subspan(WindowPlacement::kSize));
   } catch (const ListStateError&) {

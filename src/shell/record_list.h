@@ -59,6 +59,11 @@ struct WindowPlacement {
   bool operator==(const WindowPlacement&) const = default;
 };
 
+// A placement as its 22 bytes, and back: nothing from fewer bytes. A record window's value
+// is just these; a list window's goes on with its list state.
+std::vector<std::uint8_t> EncodePlacement(const WindowPlacement& placement);
+std::optional<WindowPlacement> DecodePlacement(std::span<const std::uint8_t> value);
+
 // A field a column can show, as the header's popup offers it.
 struct ColumnChoice {
   std::uint16_t fieldId;

@@ -129,6 +129,13 @@ TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
   EXPECT_EQ(list->list().columns()[3].title, "Priority");
   EXPECT_EQ(list->view()->columnWidth(2), 300);
   EXPECT_EQ(list->parentWidget()->geometry(), QRect(10, 20, 500, 300));
+
+  // A record window comes back where the last one of its kind was closed.
+  app::RecordWindowWidget* adding = frame.AddItem();
+  adding->parentWidget()->setGeometry(30, 40, 600, 450);
+  QTest::mouseClick(adding->findChild<QPushButton*>("first"), Qt::LeftButton);
+  EXPECT_TRUE(frame.recordWindows().empty());
+  EXPECT_EQ(frame.AddItem()->parentWidget()->geometry(), QRect(30, 40, 600, 450));
 }
 
 // Another program on the same file, quillmark-cli as another user, assigns a defect to the
