@@ -3,11 +3,14 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QStatusBar>
 #include <QStyle>
 #include <QSystemTrayIcon>
@@ -101,6 +104,15 @@ void CMainFrame::MakeMenus() {
     }
     DeleteDefects(*doc_, *Defects(), selected, ui_);
     list->Refresh(false);
+  }));
+  projectActions_.push_back(edit->addAction("&Copy", QKeySequence::Copy, this, [this] {
+    // The selected defects under the program's own clipboard format.
+    const std::vector<std::uint8_t> block = ClipboardBlock(SelectedDefects());
+    auto* mime = new QMimeData;
+    mime->setData(QString::fromLatin1(kClipboardFormat),
+                  QByteArray(reinterpret_cast<const char*>(block.data()),
+                             static_cast<qsizetype>(block.size())));
+    QGuiApplication::clipboard()->setMimeData(mime);
   }));
   transfer_ = edit->addAction("Transfer to User List", QKeySequence("Ctrl+M"), this,
                               [this] { TransferSelection(); });

@@ -3,9 +3,12 @@
 // list and its title follow.
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -14,6 +17,7 @@
 
 #include "cli/cli_run.h"
 #include "defect_record_window.h"
+#include "defects/selection_commands.h"
 #include "main_frame.h"
 #include "people/user.h"
 #include "person_record_window.h"
@@ -106,6 +110,19 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
   EXPECT_EQ(editing->events()->item(1, 2)->text(), "Project Admin");
   QTest::mouseClick(editing->findChild<QPushButton*>("second"), Qt::LeftButton);
   EXPECT_EQ(rows.data(rows.index(0, 5)).toString(), "Open, assigned to Project Admin");
+
+  // Copy puts the selected defects on the clipboard under the program's own format.
+  list->view()->selectRow(0);
+  QAction* copy = nullptr;
+  for (QAction* action : frame.findChildren<QAction*>()) {
+    if (action->text() == "&Copy") copy = action;
+  }
+  ASSERT_NE(copy, nullptr);
+  copy->trigger();
+  const QByteArray copied = QGuiApplication::clipboard()->mimeData()->data("CF_QUILLMARK");
+  const std::vector<std::uint8_t> expected =
+      ClipboardBlock({static_cast<CDefect*>(list->SelectedItems().at(0))});
+  EXPECT_EQ(std::vector<std::uint8_t>(copied.begin(), copied.end()), expected);
   EXPECT_TRUE(ui.shown.empty());
   frame.CloseProject();
   EXPECT_EQ(frame.windowTitle(), "Quillmark");

@@ -11,12 +11,12 @@
 #include <QTableWidget>
 #include <cstdio>
 
-#include "record_list_window.h"
 #include "defect_record_window.h"
 #include "main_frame.h"
 #include "options_dialog.h"
 #include "platform/preference_file.h"
 #include "qt_ui.h"
+#include "record_list_window.h"
 #include "support/temp_dir.h"
 
 int main(int argc, char** argv) {
