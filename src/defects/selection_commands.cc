@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "defects/task.h"
 #include "defects/text_forms.h"
 #include "session/db_doc.h"
 #include "session/numbering.h"
@@ -68,9 +69,11 @@ std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
     return 0;
   }
   std::uint32_t deleted = 0;
+  auto* workbook = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
   for (CDefect* defect : free) {
     const std::uint32_t id = defect->GetId();
-    // The workbook drops its tasks on the defect once tasks are loaded with the project.
+    // The workbook lets go of the defect first: its task must not outlive it.
+    if (workbook != nullptr) DropDefectTasks(*workbook, *defect);
     if (table.DeleteItem(*defect, false) != DBStatus::kOk) continue;
     Notify(doc, kNoticeDeleted, id);
     ++deleted;

@@ -109,6 +109,7 @@ bool CDBDoc::LoadNewRecords(Tag tag, std::uint32_t from, std::uint32_t to) {
     if (item == nullptr) continue;
     item->isNew = true;
     alert = MarkForUser(*item) || alert;
+    kinds_.ItemArrived(*this, tag, *item);
     host_.ItemAdded(tag, *item);
   }
   return alert;
@@ -126,6 +127,7 @@ bool CDBDoc::ActOnNotice(const Notice& notice) {
     RecordItem* defect = defects != nullptr ? defects->ItemById(in.U32()) : nullptr;
     if (defect == nullptr) return false;
     defect->isAssigned = true;
+    kinds_.ItemArrived(*this, kDefectTag, *defect);
     host_.ItemChanged(kDefectTag, *defect);
     return true;
   }
@@ -139,6 +141,7 @@ bool CDBDoc::ActOnNotice(const Notice& notice) {
     case kNoticeChanged:
       if (item == nullptr) return false;
       table->ReloadItem(*item);
+      kinds_.ItemArrived(*this, tag, *item);
       if (tag != kDefectTag) {
         host_.ItemChanged(tag, *item);
         return false;
@@ -152,6 +155,7 @@ bool CDBDoc::ActOnNotice(const Notice& notice) {
     case kNoticeDeleted:
       if (item == nullptr) return false;
       host_.ItemRemoving(tag, *item);
+      kinds_.BeforeRemove(*this, tag, *item);
       table->RemoveItem(item);  // and destroyed here
       return false;
     case kNoticeAdded:

@@ -14,7 +14,6 @@ namespace qm {
 
 namespace {
 
-constexpr Tag kTasksTag = MakeTag("task");
 constexpr Tag kAttachmentsTag = MakeTag("atch");
 constexpr Tag kMailTemplatesTag = MakeTag("etmp");
 constexpr Tag kComponentTag = MakeTag("comp");
@@ -252,6 +251,7 @@ void CDBDoc::LoadProject(const std::optional<ui::LoginEntry>& login, bool altHel
     Check(WriteProjectInfo());
   }
   SettleCounters();
+  kinds_.AfterLogin(*this);
 
   host_.ProjectLoaded(*this);
   if (multiUser()) {
@@ -325,6 +325,7 @@ void CDBDoc::LogInAtOpening(const std::optional<ui::LoginEntry>& login) {
   if (const auto* account = dynamic_cast<const LoginAccount*>(currentUser())) {
     preferences_ = account->Preferences();
   }
+  kinds_.AfterLogin(*this);
 }
 
 void CDBDoc::PutMisc(std::uint32_t id, std::span<const std::uint8_t> bytes) {

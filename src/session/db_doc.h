@@ -33,6 +33,7 @@ inline constexpr std::array<Tag, 19> kProjectTables{
 inline constexpr Tag kDefectTag = MakeTag("dfct");
 inline constexpr Tag kUserTag = MakeTag("user");
 inline constexpr Tag kGroupTag = MakeTag("ugrp");
+inline constexpr Tag kTasksTag = MakeTag("task");
 // The two further counters of misc: attachment files and references.
 inline constexpr std::uint32_t kAttachmentCounterRecord = 5;
 inline constexpr std::uint32_t kReferenceCounterRecord = 6;
@@ -82,6 +83,8 @@ class CDBDoc : public ProjectCounters {
   [[nodiscard]] DBStatus WriteProjectInfo();
 
   CProjectStore* store() const { return store_.get(); }
+  // Where the project speaks to the person.
+  ui::Ui& userInterface() const { return ui_; }
   const std::string& path() const { return path_; }
   bool multiUser() const { return security_.securityMode != 0; }
   const ProjectSecurity& security() const { return security_; }

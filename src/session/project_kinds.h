@@ -26,6 +26,14 @@ class ProjectKinds {
   // "Administration", each a member of the other, both saved. Answers the user,
   // who stays in `users`. A failure of the store is thrown as StoreError.
   virtual RecordItem& MakeAdministrator(ItemTable& users, ItemTable& groups) const = 0;
+
+  // The items that stand for others and follow them: the workbook's tasks of the defects
+  // assigned to the user logged in. Made again after every login; told when another
+  // client's item joined or changed (to be added, or dropped when no longer the user's),
+  // and before one leaves its table (the tasks standing for it go first).
+  virtual void AfterLogin(CDBDoc& /*doc*/) const {}
+  virtual void ItemArrived(CDBDoc& /*doc*/, Tag /*table*/, RecordItem& /*item*/) const {}
+  virtual void BeforeRemove(CDBDoc& /*doc*/, Tag /*table*/, RecordItem& /*item*/) const {}
 };
 
 }  // namespace qm

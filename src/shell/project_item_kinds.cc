@@ -3,6 +3,7 @@
 
 #include "defects/defect_table.h"
 #include "defects/project_defects.h"
+#include "defects/task.h"
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
@@ -19,6 +20,9 @@ std::unique_ptr<ItemTable> ProjectItemKinds::MakeTable(Tag tag, CDBDoc& doc, ui:
   if (tag == MakeTag("user")) return std::make_unique<CUserTable>(store, ui);
   if (tag == MakeTag("ugrp")) return std::make_unique<CUserGroupTable>(store, ui);
   if (tag == MakeTag("scfg")) return std::make_unique<CTestConfigTable>(store, ui);
+  if (tag == kTasksTag) {
+    return std::make_unique<CTaskTable>(store, ui, std::make_unique<DocLookups>(doc));
+  }
   return nullptr;
 }
 
@@ -45,6 +49,38 @@ RecordItem& ProjectItemKinds::MakeAdministrator(ItemTable& users, ItemTable& gro
   admin.SetGroupId(administration.GetId());
   if (DBStatus s = users.SaveItem(admin); s != DBStatus::kOk) Fail(s);
   return admin;
+}
+
+namespace {
+
+CTaskTable* Workbook(CDBDoc& doc) { return dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag)); }
+
+}  // namespace
+
+void ProjectItemKinds::AfterLogin(CDBDoc& doc) const {
+  CTaskTable* tasks = Workbook(doc);
+  const auto* defects = dynamic_cast<const CDefectTable*>(doc.GetTable(kDefectTag));
+  if (tasks == nullptr || defects == nullptr) return;
+  doc.userInterface().SetStatusText("Adding assigned defects to workbook...");
+  RebuildWorkbook(*tasks, *defects, doc.currentUserId());
+}
+
+void ProjectItemKinds::ItemArrived(CDBDoc& doc, Tag table, RecordItem& item) const {
+  CTaskTable* tasks = Workbook(doc);
+  if (table != kDefectTag || tasks == nullptr) return;
+  const auto& defect = static_cast<const CDefect&>(item);
+  // A defect that is the user's now gets its task, once; one that is not loses it.
+  DropDefectTasks(*tasks, defect);
+  if (defect.IsAssignedTo(doc.currentUserId()) && !defect.deleted) {
+    AddDefectTask(*tasks, defect);
+  }
+}
+
+void ProjectItemKinds::BeforeRemove(CDBDoc& doc, Tag table, RecordItem& item) const {
+  CTaskTable* tasks = Workbook(doc);
+  if (table == kDefectTag && tasks != nullptr) {
+    DropDefectTasks(*tasks, static_cast<const CDefect&>(item));
+  }
 }
 
 }  // namespace qm

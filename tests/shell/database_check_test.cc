@@ -137,6 +137,12 @@ TEST_F(DatabaseCheckTest, AnotherUsersChangesReachTheListsWithOneAlert) {
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Lunch"});
   ItemTable& defects = *doc.GetTable(kDefectTag);
   ASSERT_EQ(defects.count(), 2u) << "Doomed is gone from the table";
+  // The workbook follows: the defect assigned to admin has its task.
+  const ItemTable& workbook = *doc.GetTable(kTasksTag);
+  ASSERT_EQ(workbook.count(), 1u);
+  EXPECT_EQ(
+      workbook.ItemAt(1)->GetName(),
+      "#" + std::to_string(static_cast<const CDefect&>(*defects.ItemAt(2)).number) + " - Yours");
   EXPECT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
 
   // Nothing new: no events, and the next check still moves on.

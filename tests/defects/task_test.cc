@@ -1,0 +1,383 @@
+// The workbook's tasks: the record against bytes built by hand, the text form, the order of
+// the table, the rebuild at login, which tasks a list shows, and delete on a real
+// multi-user project with a second client.
+#include "defects/task.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "defects/fake_lookups.h"
+#include "session/db_doc.h"
+#include "session/item_error.h"
+#include "session/record_notice.h"
+#include "shell/project_item_kinds.h"
+#include "store/file_bytes.h"
+#include "support/child_process.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+
+namespace qm::test {
+namespace {
+
+constexpr std::uint32_t kNone = 0xFFFFFFFF;
+constexpr Tag kPrio = MakeTag("prio");
+
+std::uint32_t Day(int month, int day, int hour = 0) {
+  return platform::StampFromCivil({2025, month, day, hour, 0, 0});
+}
+
+Bytes& Str(Bytes& b, const std::string& s) {
+  return b.u8(static_cast<std::uint8_t>(s.size())).text(s);
+}
+
+std::vector<std::uint8_t> Record(std::uint16_t version) {
+  Bytes b;
+  b.u16(version).u8(1).u16(3).u16(1).u32(0x01020304);
+  Str(b, "Write the manual");
+  Str(b, "2.1");
+  b.u32(Day(3, 7)).u32(kNone).u32(12).u32(99).u16(1);
+  b.u16(9).text("two\rlines");
+  return b.b;
+}
+
+TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
+  CTask task;
+  const std::vector<std::uint8_t> bytes = Record(1);
+  PayloadReader in(bytes);
+  task.ReadFrom(in);
+  EXPECT_TRUE(task.deleted);
+  EXPECT_EQ(task.kind, kTaskNotification) << "kind comes before status in the record";
+  EXPECT_EQ(task.status, kTaskOnHold);
+  EXPECT_EQ(task.priorityId, 0x01020304u);
+  EXPECT_EQ(task.toDo.str(), "Write the manual");
+  EXPECT_EQ(task.versionNeeded.str(), "2.1");
+  EXPECT_EQ(task.dateNeeded, Day(3, 7));
+  EXPECT_EQ(task.dateEntered, kNone);
+  EXPECT_EQ(task.ownerId, 12u);
+  EXPECT_EQ(task.reservedId, 99u);
+  EXPECT_EQ(task.access, 1u);
+  EXPECT_EQ(task.description, "two\rlines");
+  EXPECT_EQ(task.Pack(), Record(1));
+
+  // A new task: open, a reminder, private, nobody's; the version needed keeps 35 bytes.
+  CTask fresh;
+  fresh.versionNeeded = std::string(40, 'v');
+  Bytes b;
+  b.u16(1).u8(0).u16(2).u16(2).u32(0).u8(0);
+  Str(b, std::string(35, 'v'));
+  b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0);
+  EXPECT_EQ(fresh.Pack(), b.b);
+
+  for (const std::uint16_t version : {std::uint16_t{0}, std::uint16_t{2}, std::uint16_t{0x100}}) {
+    CTask other;
+    const std::vector<std::uint8_t> otherBytes = Record(version);
+    PayloadReader bad(otherBytes);
+    try {
+      other.ReadFrom(bad);
+      ADD_FAILURE() << "version " << version << " was read";
+    } catch (const ItemError& e) {
+      EXPECT_EQ(e.code(), 1u);
+    }
+  }
+}
+
+class TaskForms : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    lookups.AddValues({{kPrio, 5, "High"}, {kPrio, 6, "Low"}});
+    lookups.positions[{kPrio, 5}] = 1;
+    lookups.positions[{kPrio, 6}] = 2;
+    lookups.users[1].SetLastName("Zeller");
+    lookups.users[2].SetLastName("Adams");
+    defect.number = 42;
+    defect.summary = "Crash on save";
+    auto assign = std::make_unique<CAssignEvent>();
+    assign->userId = 2;
+    assign->date = Day(1, 2);
+    defect.AddEvent(std::move(assign));
+  }
+  // A task of the table, made as the table makes one.
+  std::unique_ptr<CTask> Task(std::uint16_t kind, const char* toDo) {
+    std::unique_ptr<RecordItem> item = table.NewItem();
+    auto task = std::unique_ptr<CTask>(static_cast<CTask*>(item.release()));
+    task->kind = kind;
+    task->toDo = toDo;
+    if (kind == kTaskDefect) task->defect = &defect;
+    return task;
+  }
+  // The to-do texts of the tasks in the order the table sorts them.
+  std::vector<std::string> Sorted(std::vector<CTask*> tasks, std::int16_t field,
+                                  std::int16_t direction = 1) {
+    std::stable_sort(tasks.begin(), tasks.end(), [&](const CTask* a, const CTask* b) {
+      return table.CompareItems(*a, *b, {field, direction}) < 0;
+    });
+    std::vector<std::string> names;
+    for (const CTask* t : tasks) names.push_back(t->toDo.str());
+    return names;
+  }
+
+  FakeLookups lookups;
+  ScriptedUi ui;
+  CTaskTable table{nullptr, ui, &lookups};
+  CDefect defect;
+};
+
+TEST_F(TaskForms, TextFormNamesAndColumns) {
+  auto task = Task(kTaskReminder, "Call the printer people");
+  task->priorityId = 6;
+  task->status = kTaskDone;
+  task->dateEntered = Day(2, 3, 15);
+  task->versionNeeded = "3.0";
+  task->description = "First\rSecond";
+  std::string text;
+  task->WriteText(text);
+  EXPECT_EQ(text,
+            "To Do: Call the printer people\r\n"
+            "Priority: Low\r\n"
+            "Date Entered: 2/3/2025\r\n"
+            "Status: Done\r\n"
+            "Date Needed: \r\n"
+            "Version Needed: 3.0\r\n"
+            "Description: First\r\nSecond\r\n");
+  task->priorityId = 77;
+  text.clear();
+  task->WriteText(text);
+  EXPECT_NE(text.find("Priority: <not set>\r\n"), std::string::npos);
+
+  EXPECT_EQ(task->GetName(), "Call the printer people");
+  auto derived = Task(kTaskDefect, "");
+  EXPECT_EQ(derived->GetName(), "#42 - Crash on save");
+  EXPECT_EQ(derived->OwnerId(), 2u) << "the defect's assignee, whatever ownerId says";
+  task->ownerId = 1;
+  EXPECT_EQ(task->OwnerId(), 1u);
+
+  const std::vector<std::string> expected = {
+      "Done", "Reminder", "<not set>", "Call the printer people", "", "2/3/2025", "Zeller"};
+  for (std::uint16_t column = 1; column <= 7; ++column) {
+    std::string cell;
+    EXPECT_TRUE(task->GetColumnText(column, cell));
+    EXPECT_EQ(cell, expected[column - 1]) << "column " << column;
+  }
+  std::string cell;
+  EXPECT_TRUE(derived->GetColumnText(7, cell));
+  EXPECT_EQ(cell, "Adams");
+  EXPECT_FALSE(task->GetColumnText(8, cell));
+  EXPECT_EQ(TaskKindText(3), "Notification");
+  EXPECT_EQ(TaskStatusText(1), "On Hold");
+  EXPECT_EQ(TaskStatusText(4), "");
+}
+
+TEST_F(TaskForms, SortByColumnCode) {
+  auto a = Task(kTaskReminder, "a");
+  auto b = Task(kTaskNotification, "B");
+  auto c = Task(kTaskDefect, "c");
+  auto d = Task(kTaskReminder, "d");
+  a->status = kTaskOpen;
+  b->status = kTaskDone;
+  c->status = kTaskOnHold;
+  d->status = kTaskDone;
+  const std::vector<CTask*> all = {a.get(), b.get(), c.get(), d.get()};
+
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(Sorted(all, 1), (Names{"B", "d", "a", "c"})) << "status, the higher first";
+  EXPECT_EQ(Sorted(all, 1, 2), (Names{"c", "a", "B", "d"}));
+  EXPECT_EQ(Sorted(all, 2), (Names{"B", "a", "d", "c"})) << "kind, the higher first";
+  EXPECT_EQ(Sorted(all, 4, 2), (Names{"d", "c", "B", "a"})) << "to do, ignoring case";
+
+  // By the priority's place in its list, not by its id; none at all comes first.
+  a->priorityId = 6;
+  b->priorityId = 5;
+  d->priorityId = 5;
+  EXPECT_EQ(Sorted(all, 3), (Names{"c", "B", "d", "a"}));
+
+  // Date needed: not set first, two not set by the version needed, set ones by day.
+  a->dateNeeded = Day(4, 1, 20);
+  d->dateNeeded = Day(3, 9);
+  b->versionNeeded = "2.0";
+  c->versionNeeded = "1.5";
+  EXPECT_EQ(Sorted(all, 5), (Names{"c", "B", "d", "a"}));
+  b->dateNeeded = Day(4, 1, 8);
+  EXPECT_EQ(table.CompareItems(*a, *b, {5, 1}), 0) << "the same day";
+  EXPECT_EQ(Sorted(all, 5, 2), (Names{"a", "B", "d", "c"}));
+
+  // The owner by name: c's is the defect's assignee Adams, d's Zeller, a and b nobody.
+  d->ownerId = 1;
+  EXPECT_EQ(Sorted(all, 7), (Names{"a", "B", "c", "d"}));
+
+  c->dateEntered = Day(1, 1);
+  EXPECT_EQ(Sorted(all, 6), (Names{"a", "B", "d", "c"}));
+  EXPECT_EQ(Sorted(all, 9), (Names{"a", "B", "c", "d"})) << "an unknown code calls all equal";
+}
+
+TEST_F(TaskForms, WhichTasksAListShows) {
+  auto mine = Task(kTaskReminder, "mine");
+  mine->ownerId = 2;
+  auto shared = Task(kTaskNotification, "shared");
+  shared->ownerId = 1;
+  shared->access = 1;
+  auto nobodys = Task(kTaskReminder, "nobody's");
+  auto derived = Task(kTaskDefect, "");
+  derived->access = 1;  // shows to everyone, but never without a login
+  auto gone = Task(kTaskReminder, "gone");
+  gone->ownerId = 2;
+  gone->deleted = true;
+
+  struct Case {
+    const CTask* task;
+    bool toUser2, toUser1, toNobody;
+  };
+  const Case cases[] = {{mine.get(), true, false, false},
+                        {shared.get(), true, true, true},
+                        {nobodys.get(), false, false, true},
+                        {derived.get(), true, true, false},
+                        {gone.get(), false, false, false}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(ShownInWorkbook(*c.task, 2), c.toUser2) << c.task->GetName();
+    EXPECT_EQ(ShownInWorkbook(*c.task, 1), c.toUser1) << c.task->GetName();
+    EXPECT_EQ(ShownInWorkbook(*c.task, 0), c.toNobody) << c.task->GetName();
+  }
+}
+
+class Workbook : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(doc.NewProject(path, true), 1);
+    defects = static_cast<CDefectTable*>(doc.GetTable(kDefectsTag));
+    tasks = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
+    ASSERT_NE(tasks, nullptr) << "the project makes the task table";
+    me = doc.currentUserId();
+    ASSERT_NE(me, 0u);
+  }
+  CDefect* AddDefect(const char* summary, std::uint32_t number, std::uint32_t assignee) {
+    std::unique_ptr<RecordItem> item = defects->NewItem();
+    auto& d = static_cast<CDefect&>(*item);
+    d.summary = summary;
+    d.number = number;
+    if (assignee != 0) {
+      auto assign = std::make_unique<CAssignEvent>();
+      assign->userId = assignee;
+      assign->date = Day(5, 1);
+      d.AddEvent(std::move(assign));
+    }
+    EXPECT_EQ(defects->AddItem(item), DBStatus::kOk);
+    return &d;
+  }
+  CTask* AddTask(const char* toDo, std::uint16_t kind = kTaskReminder) {
+    std::unique_ptr<RecordItem> item = tasks->NewItem();
+    auto& t = static_cast<CTask&>(*item);
+    t.toDo = toDo;
+    t.kind = kind;
+    t.ownerId = me;
+    EXPECT_EQ(tasks->AddItem(item), DBStatus::kOk);
+    return &t;
+  }
+  std::vector<std::string> Names() const {
+    std::vector<std::string> rows;
+    for (std::uint32_t p = 1; p <= tasks->count(); ++p) rows.push_back(tasks->TaskAt(p)->GetName());
+    return rows;
+  }
+
+  TempDir dir;
+  std::string path = dir.File("p.qmk");
+  ScriptedUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  CDBDoc doc{ui, kinds, host};
+  CDefectTable* defects = nullptr;
+  CTaskTable* tasks = nullptr;
+  std::uint32_t me = 0;
+};
+
+TEST_F(Workbook, RebuildAtLoginMakesOneRowPerAssignedDefect) {
+  AddTask("Own reminder");
+  AddDefect("Mine", 7, me);
+  AddDefect("Someone else's", 8, me + 100);
+  AddDefect("Nobody's", 9, 0);
+  CDefect* gone = AddDefect("Marked deleted", 10, me);
+  gone->deleted = true;
+  CDefect* second = AddDefect("Also mine", 11, me);
+
+  using Rows = std::vector<std::string>;
+  RebuildWorkbook(*tasks, *defects, me);
+  EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine", "#11 - Also mine"}));
+  RebuildWorkbook(*tasks, *defects, me);
+  EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine", "#11 - Also mine"}))
+      << "a second login makes no double rows";
+  EXPECT_EQ(tasks->TaskAt(2)->GetId(), 0u) << "never stored";
+
+  EXPECT_EQ(DropDefectTasks(*tasks, *second), 1u);
+  EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine"}));
+
+  RebuildWorkbook(*tasks, *defects, 0);
+  EXPECT_EQ(Names(), (Rows{"Own reminder"}));
+}
+
+TEST_F(Workbook, StoredTasksLoadWithTheProject) {
+  CTask* task = AddTask("Back up the file");
+  task->description = "weekly";
+  ASSERT_EQ(tasks->SaveItem(*task), DBStatus::kOk);
+  doc.CloseProject();
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  const auto* loaded = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
+  ASSERT_NE(loaded, nullptr);
+  ASSERT_EQ(loaded->count(), 1u);
+  EXPECT_EQ(loaded->TaskAt(1)->toDo.str(), "Back up the file");
+  EXPECT_EQ(loaded->TaskAt(1)->description, "weekly");
+  EXPECT_NE(loaded->TaskAt(1)->lookups(), nullptr);
+}
+
+// Another client holds one task locked: the task of a defect and the locked one are left
+// out, each said once, and the other client hears of the deletion.
+TEST_F(Workbook, DeleteLeavesOutDefectsAndLockedTasks) {
+  CTask* held = AddTask("Held");
+  CTask* free = AddTask("Free");
+  AddDefect("Mine", 7, me);
+  RebuildWorkbook(*tasks, *defects, me);
+  CTask* derived = tasks->TaskAt(3);
+  ASSERT_EQ(derived->kind, kTaskDefect);
+  const std::uint32_t heldId = held->GetId();
+  const std::uint32_t freeId = free->GetId();
+  const std::string file = path;
+  Child other([file, heldId, freeId](Child::Channel& c) {
+    ScriptedUi childUi;
+    CProjectStore store(childUi);
+    if (store.Open(file) != DBStatus::kOk || store.LoginUser(77) != DBStatus::kOk ||
+        store.LockRecord(kTasksTag, heldId, 77) != DBStatus::kOk) {
+      return 1;
+    }
+    c.Send("locked");
+    c.Receive();
+    Notice notice;
+    if (store.GetNextMessage(notice) != DBStatus::kOk) return 2;
+    Bytes expected;
+    expected.tag("task").u32(freeId);
+    return notice.kind == kNoticeDeleted && notice.data == expected.b ? 0 : 3;
+  });
+  ASSERT_EQ(other.Receive(), "locked");
+
+  ui.Script({ui::Answer::kOk, ui::Answer::kOk, ui::Answer::kCancel});
+  EXPECT_EQ(DeleteTasks(doc, *tasks, {derived, held, free}, ui), 0u);
+  EXPECT_EQ(tasks->count(), 3u) << "Cancel deletes nothing";
+  EXPECT_EQ(DeleteTasks(doc, *tasks, {derived}, ui), 0u) << "nothing left to ask about";
+  ui.shown.clear();
+
+  ui.Script({ui::Answer::kOk, ui::Answer::kOk, ui::Answer::kOk});
+  EXPECT_EQ(DeleteTasks(doc, *tasks, {derived, held, free}, ui), 1u);
+  EXPECT_EQ(ui.Texts(),
+            (std::vector<std::string>{
+                "One or more tasks will not be deleted because they are defects. You must "
+                "delete defects from the defect list window.",
+                "One or more tasks will not be deleted because they are in use by another user.",
+                "Are you sure that you want to delete the selected items(s)? There is no undo "
+                "available."}));
+  EXPECT_EQ(ui.shown.back().buttons, ui::Buttons::kOkCancel);
+  EXPECT_EQ(tasks->count(), 2u);
+  EXPECT_EQ(tasks->ItemById(freeId), nullptr);
+  other.Send("look");
+  EXPECT_EQ(other.Wait(), 0);
+}
+
+}  // namespace
+}  // namespace qm::test
