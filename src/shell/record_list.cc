@@ -7,8 +7,10 @@
 #include "defects/defect.h"
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
+#include "defects/task.h"
 #include "people/user.h"
 #include "people/user_group.h"
+#include "session/db_doc.h"
 #include "session/payload.h"
 #include "store/bytes.h"
 
@@ -435,6 +437,30 @@ std::vector<ColumnChoice> CCustomerListView::GetColumnMenu() const { return Menu
 bool CCustomerListView::Shows(const RecordItem& item) const {
   const auto* person = dynamic_cast<const CUser*>(&item);
   return person != nullptr && !person->deleted && person->IsCustomer();
+}
+
+CTaskListView::CTaskListView(ItemTable& tasks, ui::Ui& ui, const CDBDoc& doc)
+    : CRecordListView(tasks, ui, "Workbook"), doc_(doc) {
+  SetDefaultColumns();
+}
+
+void CTaskListView::SetDefaultColumns() {
+  ClearColumns();
+  AddColumn("Done", 1, 32, 0, 0, ListColumn::kLeft);
+  AddColumn("Type", 2, 32, 0, 0, ListColumn::kLeft);
+  AddColumn("Summary", 4, 234, 50, 400, ListColumn::kLeft);
+  AddColumn("Due By", 5, 112, 50, 200, ListColumn::kLeft);
+  AddColumn("Priority", 3, 78, 50, 200, ListColumn::kLeft);
+  SetSortColumns(2, 1);
+}
+
+std::vector<ColumnChoice> CTaskListView::GetColumnMenu() const {
+  return {{1, "Done"},   {2, "Type"},         {3, "Priority"},   {4, "Summary"},
+          {5, "Due By"}, {6, "Date Entered"}, {7, "Assigned to"}};
+}
+
+bool CTaskListView::Shows(const RecordItem& item) const {
+  return ShownInWorkbook(static_cast<const CTask&>(item), doc_.currentUserId());
 }
 
 }  // namespace qm

@@ -18,6 +18,8 @@
 
 namespace qm {
 
+class CDBDoc;
+
 // One column of a list.
 struct ListColumn {
   static constexpr std::uint16_t kMarkerField = 65535;  // the defect list's fixed first column
@@ -230,6 +232,23 @@ class CCustomerListView : public CUserListView {
   void SetDefaultColumns() override;
   std::vector<ColumnChoice> GetColumnMenu() const override;
   bool Shows(const RecordItem& item) const override;
+};
+
+// The workbook: the tasks the user logged in may see, theirs and the public ones, with
+// those standing for the defects assigned to them; sorted by kind, then status.
+class CTaskListView : public CRecordListView {
+ public:
+  CTaskListView(ItemTable& tasks, ui::Ui& ui, const CDBDoc& doc);
+  void SetDefaultColumns() override;
+  std::vector<ColumnChoice> GetColumnMenu() const override;
+  bool Shows(const RecordItem& item) const override;
+
+ protected:
+  // The task table sorts by one key.
+  void ApplySecondarySort(std::int16_t /*field*/) override {}
+
+ private:
+  const CDBDoc& doc_;
 };
 
 }  // namespace qm
