@@ -15,6 +15,7 @@
 #include <QStyle>
 #include <QSystemTrayIcon>
 #include <QToolBar>
+#include <algorithm>
 #include <array>
 
 #include "defect_record_window.h"
@@ -27,18 +28,28 @@
 #include "record_list_window.h"
 #include "shell/people_window.h"
 #include "store/store_error.h"
+#include "task_record_window.h"
 
 namespace qm::app {
 namespace {
 
 constexpr const ListWindowKind& kUserListWindow = kListWindowKinds[1];
+constexpr const ListWindowKind& kWorkbookWindow = kListWindowKinds[5];
 constexpr const ListWindowKind& kCustomerListWindow = kListWindowKinds[7];
-// The lists this program has, in the Window menu's order.
-constexpr const ListWindowKind* kShownLists[] = {&kDefectListWindow, &kUserListWindow,
-                                                 &kCustomerListWindow};
+// The lists this program has, in the Window menu's order, with their menu items.
+constexpr std::pair<const ListWindowKind*, const char*> kShownLists[] = {
+    {&kDefectListWindow, "&Defect List"},
+    {&kUserListWindow, "&User List"},
+    {&kCustomerListWindow, "C&ustomer List"},
+    {&kWorkbookWindow, "&Workbook"}};
 
 bool IsPeople(const RecordListWindow* list) {
-  return list != nullptr && &list->kind() != &kDefectListWindow;
+  return list != nullptr &&
+         (&list->kind() == &kUserListWindow || &list->kind() == &kCustomerListWindow);
+}
+
+bool IsWorkbook(const RecordListWindow* list) {
+  return list != nullptr && &list->kind() == &kWorkbookWindow;
 }
 
 }  // namespace
@@ -96,6 +107,18 @@ void CMainFrame::MakeMenus() {
   projectActions_.push_back(edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
     RecordListWindow* list = ActiveList();
     if (list == nullptr || doc_ == nullptr || IsPeople(list)) return;
+    if (IsWorkbook(list)) {
+      std::vector<CTask*> tasks;
+      for (RecordItem* item : list->SelectedItems()) tasks.push_back(static_cast<CTask*>(item));
+      for (RecordWindowWidget* w : std::vector<RecordWindowWidget*>(records_)) {
+        if (std::find(tasks.begin(), tasks.end(), w->logic().currentItem()) != tasks.end()) {
+          CloseRecordWindow(w);
+        }
+      }
+      DeleteTasks(*doc_, Workbook(), tasks, ui_);
+      list->Refresh(false);
+      return;
+    }
     const std::vector<CDefect*> selected = SelectedDefects();
     for (CDefect* d : selected) {
       for (RecordWindowWidget* w : std::vector<RecordWindowWidget*>(records_)) {
@@ -128,10 +151,7 @@ void CMainFrame::MakeMenus() {
   tools->addAction("&Options...", this, [this] { ShowOptions(); });
 
   QMenu* window = menuBar()->addMenu("&Window");
-  for (const ListWindowKind* kind : kShownLists) {
-    const QString name = kind == &kDefectListWindow ? "&Defect List"
-                         : kind == &kUserListWindow ? "&User List"
-                                                    : "C&ustomer List";
+  for (const auto& [kind, name] : kShownLists) {
     projectActions_.push_back(window->addAction(name, this, [this, kind] { ShowList(*kind); }));
   }
   window->addSeparator();
@@ -209,6 +229,10 @@ void CMainFrame::RefreshLists(Tag table, bool resort) {
       list->Refresh(resort && list->list().table().tag() == table);
     }
   }
+}
+
+CTaskTable& CMainFrame::Workbook() const {
+  return static_cast<CTaskTable&>(*doc_->GetTable(kTasksTag));
 }
 
 CDefectTable* CMainFrame::Defects() const {
@@ -319,6 +343,8 @@ RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
   ItemTable& people = *doc_->GetTable(kUserTag);
   if (&kind == &kUserListWindow) {
     logic = std::make_unique<CUserListView>(people, ui_, doc_->GetTable(kGroupTag), Defects());
+  } else if (&kind == &kWorkbookWindow) {
+    logic = std::make_unique<CTaskListView>(Workbook(), ui_, *doc_);
   } else if (&kind == &kCustomerListWindow) {
     logic = std::make_unique<CCustomerListView>(people, ui_, Defects());
   } else {
@@ -420,6 +446,13 @@ PersonRecordWindow* CMainFrame::NewPersonWindow(bool customers) {
 
 RecordWindowWidget* CMainFrame::AddItem() {
   RecordListWindow* list = ActiveList();
+  if (IsWorkbook(list)) {
+    if (!doc_->HasRight(42)) return nullptr;
+    auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
+    Place(window, kTasksTag, "TaskViewPos");
+    window->Open(CRecordWindow::kAddClose);
+    return window;
+  }
   if (!IsPeople(list)) return AddDefect();
   const bool customers = &list->kind() == &kCustomerListWindow;
   if (!doc_->HasRight(customers ? 56 : 5)) return nullptr;
@@ -437,7 +470,27 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
   for (RecordItem* item : selected) item->isNew = item->isChanged = item->isAssigned = false;
   const std::uint16_t mode = edit ? CRecordWindow::kEdit : CRecordWindow::kView;
   RecordWindowWidget* opened = nullptr;
-  if (IsPeople(list)) {
+  if (IsWorkbook(list)) {
+    // A task that stands for a defect opens the defect; the others their own window.
+    std::vector<RecordItem*> written;
+    for (RecordItem* item : selected) {
+      const auto* task = static_cast<const CTask*>(item);
+      if (task->kind == kTaskDefect && task->defect != nullptr) {
+        auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
+        Place(window, kDefectTag, "DefectViewPos");
+        window->Open(mode, {const_cast<CDefect*>(task->defect)}, 1);
+        opened = window;
+      } else if (task->kind != kTaskDefect) {
+        written.push_back(item);
+      }
+    }
+    if (!written.empty()) {
+      auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
+      Place(window, kTasksTag, "TaskViewPos");
+      window->Open(mode, std::move(written), 1);
+      opened = window;
+    }
+  } else if (IsPeople(list)) {
     PersonRecordWindow* window = NewPersonWindow(&list->kind() == &kCustomerListWindow);
     window->Open(mode, std::move(selected), 1);
     opened = window;
@@ -499,7 +552,7 @@ void CMainFrame::ProjectLoaded(CDBDoc& doc) {
   if (!ui_.HeldModifiers().ctrl && preferences_.GetWindowBlock()) {
     for (const ListWindowKind* window : DecodeWindowBlock(*preferences_.GetWindowBlock())) {
       ui_.SetStatusText(std::string(window->openingText));
-      for (const ListWindowKind* shown : kShownLists) {
+      for (const auto& [shown, name] : kShownLists) {
         if (shown == window) ShowList(*shown);
       }
     }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <vector>
 
+#include "defects/task.h"
 #include "session/db_doc.h"
 #include "session/project_host.h"
 #include "shell/app_preferences.h"
@@ -107,6 +108,7 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void CloseRecordWindow(RecordWindowWidget* window);
   PersonRecordWindow* NewPersonWindow(bool customers);
   CDefectTable* Defects() const;
+  CTaskTable& Workbook() const;
   CDefectWindow::RunEventDialog DialogRunner();
   void ClearAlert();
 

@@ -27,6 +27,7 @@
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
+#include "task_record_window.h"
 
 namespace qm::test {
 namespace {
@@ -221,6 +222,33 @@ TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
   EXPECT_EQ(viewing->windowTitle(), "View Customer - Berg");
   viewing->tabs()->setCurrentIndex(1);
   EXPECT_NE(viewing->findChild<QLabel*>(), nullptr) << "the statistics are shown";
+}
+
+TEST_F(MainFrameTest, TheWorkbookHoldsTheUsersDefectsAndTheirOwnTasks) {
+  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path + " add --summary Slow").code,
+            0);
+  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path + " 1 assign --to admin").code,
+            0);
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  app::RecordListWindow* workbook = frame.ShowList(kListWindowKinds[5]);
+  ASSERT_NE(workbook, nullptr);
+  EXPECT_EQ(workbook->Title(), "Workbook - (1 item, 0 selected)");
+  const QAbstractItemModel& rows = *workbook->view()->model();
+  EXPECT_EQ(rows.data(rows.index(0, 2)).toString(), "#1 - Slow");
+
+  auto* adding = dynamic_cast<app::TaskRecordWindow*>(frame.AddItem());
+  ASSERT_NE(adding, nullptr);
+  QTest::keyClicks(adding->findChild<QLineEdit*>("to do"), "Call the customer");
+  QTest::mouseClick(adding->findChild<QPushButton*>("second"), Qt::LeftButton);
+  EXPECT_EQ(workbook->Title(), "Workbook - (2 items, 0 selected)");
+
+  // The defect's task opens the defect.
+  for (int r = 0; r < rows.rowCount(); ++r) {
+    if (rows.data(rows.index(r, 2)).toString() == "#1 - Slow") workbook->view()->selectRow(r);
+  }
+  auto* opened = dynamic_cast<app::DefectRecordWindow*>(frame.OpenSelection(true));
+  ASSERT_NE(opened, nullptr);
+  EXPECT_EQ(opened->windowTitle(), "Edit Defect #1");
 }
 
 }  // namespace
