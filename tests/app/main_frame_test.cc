@@ -173,6 +173,9 @@ TEST_F(MainFrameTest, AnAssignmentInAnotherProgramReachesTheListWithTheAlert) {
   frame.Tick();
   EXPECT_EQ(rows.data(rows.index(0, 5)).toString(), "Open, assigned to Project Admin");
   EXPECT_EQ(rows.data(rows.index(0, 0)).toString(), "*") << "marked as assigned to the user";
+  const ItemTable& workbook = *frame.doc()->GetTable(kTasksTag);
+  ASSERT_EQ(workbook.count(), 1u) << "and it is in the user's workbook";
+  EXPECT_EQ(workbook.ItemAt(1)->GetName(), "#1 - Slow");
   // Offscreen, no window of the program is ever in front, so the whole alert runs.
   ASSERT_NE(QApplication::applicationState(), Qt::ApplicationActive);
   EXPECT_TRUE(frame.alertShown());
