@@ -163,18 +163,6 @@ QWidget* DefectRecordWindow::MakeNotify(CDBDoc& doc) {
   return page;
 }
 
-void DefectRecordWindow::Open(std::uint16_t mode, std::vector<RecordItem*> browse,
-                              std::uint32_t start) {
-  model_.Open(mode, std::move(browse), start);
-  Show();
-}
-
-void DefectRecordWindow::OnIdle() {
-  const bool wasFailed = model_.lockFailed();
-  model_.OnIdle();
-  if (wasFailed && !model_.lockFailed()) Show();  // the retry took the lock: fresh data
-}
-
 void DefectRecordWindow::RunCommand(DefectCommand command) {
   if (model_.RunCommand(command)) Show();
 }

@@ -25,9 +25,7 @@ class DefectRecordWindow : public RecordWindowWidget {
   DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui, EditMarks& marks,
                      CDefectWindow::RunEventDialog runDialog, QWidget* parent = nullptr);
 
-  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
   CRecordWindow& logic() override { return model_; }
-  void OnIdle() override;
   // Runs a command of the History tab, as its button does.
   void RunCommand(DefectCommand command);
 

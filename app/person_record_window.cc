@@ -84,18 +84,6 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   if (betaSite_ != nullptr) connect(betaSite_, &QCheckBox::toggled, this, [this] { Edited(); });
 }
 
-void PersonRecordWindow::Open(std::uint16_t mode, std::vector<RecordItem*> browse,
-                              std::uint32_t start) {
-  model_.Open(mode, std::move(browse), start);
-  Show();
-}
-
-void PersonRecordWindow::OnIdle() {
-  const bool wasFailed = model_.lockFailed();
-  model_.OnIdle();
-  if (wasFailed && !model_.lockFailed()) Show();
-}
-
 void PersonRecordWindow::Show() {
   showing_ = true;
   const CUser& p = model_.person();

@@ -21,9 +21,7 @@ class PersonRecordWindow : public RecordWindowWidget {
   PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks, bool customers,
                      QWidget* parent = nullptr);
 
-  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
   CRecordWindow& logic() override { return model_; }
-  void OnIdle() override;
 
   CPersonWindow& model() { return model_; }
   QTabWidget* tabs() const { return tabs_; }

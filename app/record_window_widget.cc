@@ -2,6 +2,7 @@
 #include "record_window_widget.h"
 
 #include <QHBoxLayout>
+#include <utility>
 
 #include "qt_ui.h"
 
@@ -16,6 +17,18 @@ void ShowButton(QPushButton* button, const ButtonState& state) {
 }
 
 }  // namespace
+
+void RecordWindowWidget::Open(std::uint16_t mode, std::vector<RecordItem*> browse,
+                              std::uint32_t start) {
+  logic().Open(mode, std::move(browse), start);
+  Show();
+}
+
+void RecordWindowWidget::OnIdle() {
+  const bool wasFailed = logic().lockFailed();
+  logic().OnIdle();
+  if (wasFailed && !logic().lockFailed()) Show();
+}
 
 QLayout* RecordWindowWidget::MakeButtonRow() {
   auto* buttons = new QHBoxLayout;

@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <functional>
 #include <string_view>
+#include <vector>
 
 #include "shell/record_window.h"
 
@@ -17,8 +18,10 @@ class RecordWindowWidget : public QWidget {
   using QWidget::QWidget;
 
   virtual CRecordWindow& logic() = 0;
+  // Opens the logic in `mode` over the items to step through, and shows the first.
+  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
   // From the frame's tick: the lock retry, and the fields shown again when it succeeds.
-  virtual void OnIdle() = 0;
+  void OnIdle();
 
   // The name its placement is kept under: "DefectViewPos", "UserViewPos", ...
   std::string_view placementName;

@@ -53,18 +53,6 @@ TaskRecordWindow::TaskRecordWindow(CDBDoc& doc, CTaskTable& tasks, ui::Ui& ui, E
   connect(description_, &QPlainTextEdit::textChanged, this, [this] { Edited(); });
 }
 
-void TaskRecordWindow::Open(std::uint16_t mode, std::vector<RecordItem*> browse,
-                            std::uint32_t start) {
-  model_.Open(mode, std::move(browse), start);
-  Show();
-}
-
-void TaskRecordWindow::OnIdle() {
-  const bool wasFailed = model_.lockFailed();
-  model_.OnIdle();
-  if (wasFailed && !model_.lockFailed()) Show();
-}
-
 void TaskRecordWindow::Show() {
   showing_ = true;
   const CTask& t = model_.task();

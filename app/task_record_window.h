@@ -16,9 +16,7 @@ class TaskRecordWindow : public RecordWindowWidget {
   TaskRecordWindow(CDBDoc& doc, CTaskTable& tasks, ui::Ui& ui, EditMarks& marks,
                    QWidget* parent = nullptr);
 
-  void Open(std::uint16_t mode, std::vector<RecordItem*> browse = {}, std::uint32_t start = 1);
   CRecordWindow& logic() override { return model_; }
-  void OnIdle() override;
   CTaskWindow& model() { return model_; }
 
  private:

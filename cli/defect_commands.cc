@@ -306,8 +306,8 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
   }
   if (args.Flag("dry-run") && !kind) {
     const bool duplicate = word == "duplicate";
-    for (const CDefect* defect :
-         LeaveOutLocked(doc, selection, ui, duplicate ? kNotDuplicatedInUse : kNotDeletedInUse)) {
+    for (const CDefect* defect : LeaveOutLocked(
+             doc, kDefectsTag, selection, ui, duplicate ? kNotDuplicatedInUse : kNotDeletedInUse)) {
       out << "Defect " << defect->FieldText(1) << " would be "
           << (duplicate ? "duplicated" : "deleted") << ".\n";
     }

@@ -231,10 +231,7 @@ std::unique_ptr<CDefect> CDefect::Clone() const {
 }
 
 void CDefect::CopyFrom(const CDefect& other) {
-  const std::vector<std::uint8_t> bytes = other.Pack();
-  PayloadReader in(bytes);
-  ReadFrom(in);
-  SetId(other.GetId());
+  CopyPayloadFrom(other);
   // The rows pair up by place: the byte form keeps the order of both tables.
   for (std::uint32_t n = 1; n <= EventCount(); ++n) {
     EventAt(n)->sessionId = other.EventAt(n)->sessionId;

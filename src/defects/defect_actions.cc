@@ -164,7 +164,8 @@ SelectionAction::SelectionAction(CDBDoc& doc, CDefectTable& table, std::vector<C
 
 std::vector<CDefect*> SelectionAction::Eligible(DefectCommand command) {
   const CommandRow& row = Row(command);
-  std::vector<CDefect*> defects = LeaveOutLocked(doc_, selection_, ui_, row.lockedText);
+  std::vector<CDefect*> defects =
+      LeaveOutLocked(doc_, kDefectsTag, selection_, ui_, row.lockedText);
   const auto filteredGo =
       std::erase_if(defects, [&row](const CDefect* d) { return In(row.filterOut, d->status()); });
   if (filteredGo > 0) ui_.Tell(std::string(row.filterText), ui::Icon::kWarning);
@@ -208,7 +209,7 @@ bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uin
       defect.dateModified = oldModified;
       return false;
     }
-    PostChanged(defect.GetId());
+    doc_.PostChangeNotice(kNoticeChanged, kDefectsTag, defect.GetId());
   }
   std::string changeText;
   if (event.kind() == EventKind::kAssign) {
@@ -219,14 +220,6 @@ bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uin
   }
   changed_.push_back({target, std::move(changeText)});
   return true;
-}
-
-void SelectionAction::PostChanged(std::uint32_t defectId) {
-  if (!doc_.multiUser()) return;
-  // A notice that cannot be posted only leaves the others to see the change at their
-  // next look at the file.
-  (void)PostRecordNotice(*doc_.store(), doc_.currentUserId(), kNoticeChanged, kDefectsTag,
-                         defectId);
 }
 
 }  // namespace qm

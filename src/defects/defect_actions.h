@@ -115,7 +115,6 @@ class SelectionAction {
   std::vector<CDefect*> Eligible(DefectCommand command);
   // Step 6 for one defect, or for its copy in a preview; false when its save failed.
   bool Apply(CDefect& defect, const CDefectEvent& event, std::uint32_t now);
-  void PostChanged(std::uint32_t defectId);
 
   CDBDoc& doc_;
   CDefectTable& table_;

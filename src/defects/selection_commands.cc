@@ -17,35 +17,27 @@ namespace {
 constexpr std::uint16_t kClipboardVersion = 1;
 
 // Tells the other clients of a multi-user project what happened to a defect.
-void Notify(CDBDoc& doc, std::uint32_t kind, std::uint32_t defectId) {
-  if (!doc.multiUser()) return;
-  // A notice that does not go out costs the others a refresh, not the change itself.
-  (void)PostRecordNotice(*doc.store(), doc.currentUserId(), kind, kDefectsTag, defectId);
-}
 
 }  // namespace
 
-std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
-                                     ui::Ui& ui, std::string_view message) {
-  std::vector<CDefect*> free;
-  for (CDefect* defect : selection) {
-    bool locked = false;
-    // A lock that cannot be looked at does not keep the defect out: the store's write
-    // lock still orders the updates, and the last writer wins.
-    if (doc.store()->IsRecordLocked(kDefectsTag, defect->GetId(), locked) == DBStatus::kOk &&
-        locked) {
-      continue;
-    }
-    free.push_back(defect);
-  }
-  if (free.size() < selection.size()) ui.Tell(std::string(message), ui::Icon::kWarning);
-  return free;
+bool RecordLocked(CDBDoc& doc, Tag table, std::uint32_t id) {
+  bool locked = false;
+  // A lock that cannot be looked at does not keep the item out: the store's write lock
+  // still orders the updates, and the last writer wins.
+  return doc.store() != nullptr &&
+         doc.store()->IsRecordLocked(table, id, locked) == DBStatus::kOk && locked;
+}
+
+bool ConfirmDeleteForGood(ui::Ui& ui) {
+  return ui.Ask({"Are you sure that you want to delete the selected items(s)? There is no undo "
+                 "available.",
+                 "", ui::Icon::kQuestion, ui::Buttons::kOkCancel}) == ui::Answer::kOk;
 }
 
 std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
                                        const std::vector<CDefect*>& selection, ui::Ui& ui) {
   std::vector<CDefect*> copies;
-  for (CDefect* source : LeaveOutLocked(doc, selection, ui, kNotDuplicatedInUse)) {
+  for (CDefect* source : LeaveOutLocked(doc, kDefectsTag, selection, ui, kNotDuplicatedInUse)) {
     std::unique_ptr<CDefect> copy = source->Clone();
     copy->SetId(0);
     if (source->number != 0 &&
@@ -61,13 +53,10 @@ std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
 
 std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
                             const std::vector<CDefect*>& selection, ui::Ui& ui) {
-  const std::vector<CDefect*> free = LeaveOutLocked(doc, selection, ui, kNotDeletedInUse);
+  const std::vector<CDefect*> free =
+      LeaveOutLocked(doc, kDefectsTag, selection, ui, kNotDeletedInUse);
   if (free.empty()) return 0;
-  if (ui.Ask({"Are you sure that you want to delete the selected items(s)? There is no undo "
-              "available.",
-              "", ui::Icon::kQuestion, ui::Buttons::kOkCancel}) != ui::Answer::kOk) {
-    return 0;
-  }
+  if (!ConfirmDeleteForGood(ui)) return 0;
   std::uint32_t deleted = 0;
   auto* workbook = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
   for (CDefect* defect : free) {
@@ -75,7 +64,7 @@ std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
     // The workbook lets go of the defect first: its task must not outlive it.
     if (workbook != nullptr) DropDefectTasks(*workbook, *defect);
     if (table.DeleteItem(*defect, false) != DBStatus::kOk) continue;
-    Notify(doc, kNoticeDeleted, id);
+    doc.PostChangeNotice(kNoticeDeleted, kDefectsTag, id);
     ++deleted;
   }
   return deleted;

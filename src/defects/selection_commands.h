@@ -17,12 +17,26 @@ namespace qm {
 
 class CDBDoc;
 
-// The selected defects whose record lock is held are left out, with `message` said once;
-// the others are answered in selection order. Any holder counts, this user in another
-// window or another copy of the program too: the window that holds the lock would write
-// its own copy of the defect over a change made now.
-std::vector<CDefect*> LeaveOutLocked(CDBDoc& doc, const std::vector<CDefect*>& selection,
-                                     ui::Ui& ui, std::string_view message);
+// Whether the record's lock is held: by another user, or by this user in another window
+// or another copy of the program, which would write its own copy over a change made now.
+bool RecordLocked(CDBDoc& doc, Tag table, std::uint32_t id);
+
+// The selected items of `table` whose record lock is held are left out, with `message` said
+// once; the others are answered in selection order.
+template <class Item>
+std::vector<Item*> LeaveOutLocked(CDBDoc& doc, Tag table, const std::vector<Item*>& selection,
+                                  ui::Ui& ui, std::string_view message) {
+  std::vector<Item*> free;
+  for (Item* item : selection) {
+    if (!RecordLocked(doc, table, item->GetId())) free.push_back(item);
+  }
+  if (free.size() < selection.size()) ui.Tell(std::string(message), ui::Icon::kWarning);
+  return free;
+}
+
+// "Are you sure that you want to delete the selected items(s)? There is no undo
+// available.", with OK and Cancel; true on OK.
+bool ConfirmDeleteForGood(ui::Ui& ui);
 
 // What duplicate and delete say of the defects they leave out.
 inline constexpr std::string_view kNotDuplicatedInUse =

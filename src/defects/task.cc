@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "defects/defect_event.h"
+#include "defects/selection_commands.h"
 #include "defects/text_forms.h"
 #include "people/user.h"
 #include "session/db_doc.h"
@@ -257,31 +258,13 @@ std::uint32_t DeleteTasks(CDBDoc& doc, CTaskTable& table, const std::vector<CTas
   }
   if (written.size() < selection.size()) ui.Tell(std::string(kTasksAreDefects), ui::Icon::kWarning);
 
-  std::vector<CTask*> free;
-  for (CTask* task : written) {
-    bool locked = false;
-    // A lock that cannot be looked at does not keep the task out, as with defects.
-    if (doc.store()->IsRecordLocked(kTasksTag, task->GetId(), locked) == DBStatus::kOk && locked) {
-      continue;
-    }
-    free.push_back(task);
-  }
-  if (free.size() < written.size()) ui.Tell(std::string(kTasksInUse), ui::Icon::kWarning);
-  if (free.empty()) return 0;
-
-  if (ui.Ask({"Are you sure that you want to delete the selected items(s)? There is no undo "
-              "available.",
-              "", ui::Icon::kQuestion, ui::Buttons::kOkCancel}) != ui::Answer::kOk) {
-    return 0;
-  }
+  const std::vector<CTask*> free = LeaveOutLocked(doc, kTasksTag, written, ui, kTasksInUse);
+  if (free.empty() || !ConfirmDeleteForGood(ui)) return 0;
   std::uint32_t deleted = 0;
   for (CTask* task : free) {
     const std::uint32_t id = task->GetId();
     if (table.DeleteItem(*task, false) != DBStatus::kOk) continue;
-    if (doc.multiUser()) {
-      // A notice that does not go out costs the others a refresh, not the deletion.
-      (void)PostRecordNotice(*doc.store(), doc.currentUserId(), kNoticeDeleted, kTasksTag, id);
-    }
+    doc.PostChangeNotice(kNoticeDeleted, kTasksTag, id);
     ++deleted;
   }
   return deleted;

@@ -6,6 +6,7 @@
 
 #include "session/counters.h"
 #include "session/item_error.h"
+#include "session/record_notice.h"
 #include "session/value_item.h"
 #include "session/value_lists.h"
 #include "store/store_error.h"
@@ -465,6 +466,11 @@ void CDBDoc::CloseProject() {
 }
 
 // ---- logins and settings --------------------------------------------------------------
+
+void CDBDoc::PostChangeNotice(std::uint32_t kind, Tag table, std::uint32_t id) {
+  if (!store_ || !multiUser() || currentUserId() == 0) return;
+  (void)PostRecordNotice(*store_, currentUserId(), kind, table, id);
+}
 
 int CDBDoc::LogInUser(const std::optional<ui::LoginEntry>& login) {
   if (!login_) return -1;

@@ -83,6 +83,10 @@ class CDBDoc : public ProjectCounters {
   [[nodiscard]] DBStatus WriteProjectInfo();
 
   CProjectStore* store() const { return store_.get(); }
+  // Tells the other clients of a multi-user file that a record changed (kind 1002), went
+  // (1003) or came (1004). Nothing goes out unless a user is logged in, who is the sender.
+  // A notice that does not go out costs the others a refresh, not the change itself.
+  void PostChangeNotice(std::uint32_t kind, Tag table, std::uint32_t id);
   // Where the project speaks to the person.
   ui::Ui& userInterface() const { return ui_; }
   const std::string& path() const { return path_; }

@@ -18,6 +18,13 @@ bool RecordItem::GetColumnText(std::uint16_t /*column*/, std::string& /*out*/) c
 
 std::string RecordItem::GetName() const { return "--Not Set--"; }
 
+void RecordItem::CopyPayloadFrom(const RecordItem& other) {
+  const std::vector<std::uint8_t> bytes = other.Pack();
+  PayloadReader in(bytes);
+  ReadFrom(in);
+  SetId(other.GetId());
+}
+
 std::vector<std::uint8_t> RecordItem::Pack() const {
   CHandleFile file(1024);
   PayloadWriter out(file);

@@ -47,6 +47,8 @@ class RecordItem {
   virtual void Read(PayloadReader& in) { ReadFrom(in); }
   // The payload, written through a memory file that grows by 1024 bytes.
   std::vector<std::uint8_t> Pack() const;
+  // Takes over what `other`, an item of the same class, holds: its payload and its id.
+  void CopyPayloadFrom(const RecordItem& other);
 
   // The tables the item stands in, its own and any working copies; kept by the tables.
   void AddToTable(ItemTable& table);

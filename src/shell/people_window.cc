@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "defects/defect.h"
+#include "defects/selection_commands.h"
 #include "defects/text_forms.h"
 #include "people/user_group.h"
 #include "session/db_doc.h"
@@ -35,12 +36,6 @@ std::string DateAndTime(std::uint32_t stamp) {
   std::snprintf(time, sizeof time, "%d:%02d %s", t.hour % 12 == 0 ? 12 : t.hour % 12, t.minute,
                 t.hour < 12 ? "AM" : "PM");
   return FormatDate(stamp) + " at " + time;
-}
-
-bool LockedByAnyone(CDBDoc& doc, const CUser& person) {
-  bool locked = false;
-  return doc.store() != nullptr &&
-         doc.store()->IsRecordLocked(kUserTag, person.GetId(), locked) == DBStatus::kOk && locked;
 }
 
 // The items of the forms, label and value, in the order of the text form.
@@ -197,7 +192,8 @@ std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selec
                                    bool toCustomers) {
   std::vector<CUser*> moved;
   for (CUser* person : selection) {
-    if (person->IsCustomer() == toCustomers || LockedByAnyone(doc, *person)) continue;
+    if (person->IsCustomer() == toCustomers || RecordLocked(doc, kUserTag, person->GetId()))
+      continue;
     person->SetCustomer(toCustomers);
     if (doc.GetTable(kUserTag)->SaveItem(*person) != DBStatus::kOk) {
       person->SetCustomer(!toCustomers);  // as its record still has it
@@ -213,14 +209,13 @@ std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& sele
   bool leftOut = false;
   ItemTable& people = *doc.GetTable(kUserTag);
   for (const CUser* person : selection) {
-    if (LockedByAnyone(doc, *person)) {
+    if (RecordLocked(doc, kUserTag, person->GetId())) {
       leftOut = true;
       continue;
     }
     auto copy = std::make_unique<CUser>();
-    const std::vector<std::uint8_t> bytes = person->Pack();
-    PayloadReader in(bytes);
-    copy->ReadFrom(in);
+    copy->CopyPayloadFrom(*person);
+    copy->SetId(0);
     // Two people may not share a name or a login: the copy's are for the person to give.
     copy->SetFirstName("Copy of " + person->GetFirstName());
     copy->SetLogin("");
@@ -238,17 +233,6 @@ std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& sele
 
 // ---- the window ---------------------------------------------------------------------------
 
-namespace {
-
-void CopyPerson(const CUser& from, CUser& to) {
-  const std::vector<std::uint8_t> bytes = from.Pack();
-  PayloadReader in(bytes);
-  to.ReadFrom(in);
-  to.SetId(from.GetId());
-}
-
-}  // namespace
-
 CPersonWindow::CPersonWindow(CDBDoc& doc, ItemTable& people, ui::Ui& ui, EditMarks& marks,
                              bool customers, platform::Clock& clock)
     : CRecordWindow(doc, people, ui, marks, clock),
@@ -261,14 +245,14 @@ std::string CPersonWindow::GetWindowTitle(std::uint16_t /*mode*/) const {
 }
 
 void CPersonWindow::LoadFields(const RecordItem& item) {
-  CopyPerson(static_cast<const CUser&>(item), *shown_);
+  shown_->CopyPayloadFrom(item);
   loaded_ = shown_->Pack();
   changed_ = false;
 }
 
 void CPersonWindow::StoreFields(RecordItem& item) {
   const std::uint32_t id = item.GetId();
-  CopyPerson(*shown_, static_cast<CUser&>(item));
+  item.CopyPayloadFrom(*shown_);
   item.SetId(id);
   loaded_ = shown_->Pack();
   changed_ = false;

@@ -191,12 +191,7 @@ bool CRecordWindow::StoreEdit() {
              ui::Icon::kError);
     return false;
   }
-  if (UsesStoreLocks()) {
-    // A notice that cannot be posted only leaves the others to see the change at their
-    // next look at the file.
-    (void)PostRecordNotice(*doc_.store(), doc_.currentUserId(), kNoticeChanged, table_.tag(),
-                           item_->GetId());
-  }
+  doc_.PostChangeNotice(kNoticeChanged, table_.tag(), item_->GetId());
   AfterUpdate(*item_);
   return true;
 }

@@ -5,17 +5,6 @@
 #include "session/db_doc.h"
 
 namespace qm {
-namespace {
-
-void CopyTask(const CTask& from, CTask& to) {
-  const std::vector<std::uint8_t> bytes = from.Pack();
-  PayloadReader in(bytes);
-  to.ReadFrom(in);
-  to.SetId(from.GetId());
-}
-
-}  // namespace
-
 CTaskWindow::CTaskWindow(CDBDoc& doc, CTaskTable& tasks, ui::Ui& ui, EditMarks& marks,
                          platform::Clock& clock)
     : CRecordWindow(doc, tasks, ui, marks, clock),
@@ -25,7 +14,7 @@ CTaskWindow::CTaskWindow(CDBDoc& doc, CTaskTable& tasks, ui::Ui& ui, EditMarks& 
 std::string CTaskWindow::GetWindowTitle(std::uint16_t /*mode*/) const { return "Task"; }
 
 void CTaskWindow::LoadFields(const RecordItem& item) {
-  CopyTask(static_cast<const CTask&>(item), *shown_);
+  shown_->CopyPayloadFrom(item);
   loaded_ = shown_->Pack();
   changed_ = false;
 }
@@ -34,7 +23,7 @@ void CTaskWindow::StoreFields(RecordItem& item) {
   if (shown_->ownerId == 0) shown_->ownerId = doc().currentUserId();
   if (shown_->dateEntered == platform::kNoStamp) shown_->dateEntered = clock_.Now();
   const std::uint32_t id = item.GetId();
-  CopyTask(*shown_, static_cast<CTask&>(item));
+  item.CopyPayloadFrom(*shown_);
   item.SetId(id);
   loaded_ = shown_->Pack();
   changed_ = false;
