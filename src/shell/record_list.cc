@@ -325,6 +325,12 @@ constexpr PersonField kCustomerFields[] = {
     {8, "e-mail Type", ListColumn::kLeft}, {9, "e-mail Address", ListColumn::kLeft},
     {10, "Reported", ListColumn::kRight}};
 
+// A person of the table, not deleted, of the customer list or of the user list.
+bool IsPersonOf(const RecordItem& item, bool customers) {
+  const auto* person = dynamic_cast<const CUser*>(&item);
+  return person != nullptr && !person->deleted && person->IsCustomer() == customers;
+}
+
 template <std::size_t N>
 std::vector<ColumnChoice> Menu(const PersonField (&fields)[N]) {
   std::vector<ColumnChoice> menu;
@@ -354,10 +360,7 @@ void CUserListView::SetDefaultColumns() {
 
 std::vector<ColumnChoice> CUserListView::GetColumnMenu() const { return Menu(kUserFields); }
 
-bool CUserListView::Shows(const RecordItem& item) const {
-  const auto* person = dynamic_cast<const CUser*>(&item);
-  return person != nullptr && !person->deleted && !person->IsCustomer();
-}
+bool CUserListView::Shows(const RecordItem& item) const { return IsPersonOf(item, false); }
 
 void CUserListView::Recount(const ItemTable& defects) {
   counts_.clear();
@@ -434,10 +437,7 @@ void CCustomerListView::SetDefaultColumns() {
 
 std::vector<ColumnChoice> CCustomerListView::GetColumnMenu() const { return Menu(kCustomerFields); }
 
-bool CCustomerListView::Shows(const RecordItem& item) const {
-  const auto* person = dynamic_cast<const CUser*>(&item);
-  return person != nullptr && !person->deleted && person->IsCustomer();
-}
+bool CCustomerListView::Shows(const RecordItem& item) const { return IsPersonOf(item, true); }
 
 CTaskListView::CTaskListView(ItemTable& tasks, ui::Ui& ui, const CDBDoc& doc)
     : CRecordListView(tasks, ui, "Workbook"), doc_(doc) {
