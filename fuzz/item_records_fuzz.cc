@@ -2,7 +2,7 @@
 // The first byte picks the kind of item, the rest is the payload. Every reading must end
 // in an item or an ItemError, and an item written and read again must come to write the
 // same bytes. Kinds 4, 5 and 6 are the project's security, information and preferences records,
-// kind 7 a defect.
+// kind 7 a defect, kind 8 a workbook task.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -11,6 +11,7 @@
 
 #include "bench/silent_ui.h"
 #include "defects/defect_table.h"
+#include "defects/task.h"
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
@@ -22,12 +23,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size < 1) return 0;
   const std::span<const std::uint8_t> record(data + 1, size - 1);
   try {
-    if (data[0] % 8 == 4) {
+    if (data[0] % 9 == 4) {
       const std::vector<std::uint8_t> packed = qm::ProjectSecurity::Decode(record).Encode();
       if (qm::ProjectSecurity::Decode(packed).Encode() != packed) std::abort();
       return 0;
     }
-    if (data[0] % 8 == 5) {
+    if (data[0] % 9 == 5) {
       const qm::ProjectInfo info = qm::ProjectInfo::Decode(record, 1);
       if (info.dataVersion <= qm::kDataVersion) {
         const std::vector<std::uint8_t> packed = info.Encode(1);
@@ -35,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       }
       return 0;
     }
-    if (data[0] % 8 == 6) {
+    if (data[0] % 9 == 6) {
       if (const auto block = qm::DecodePreferences(record)) {
         if (qm::DecodePreferences(qm::EncodePreferences(*block)) != block) std::abort();
       }
@@ -50,9 +51,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static qm::CTestConfigTable configs(nullptr, ui);
   static qm::CValueTable values(nullptr, qm::MakeTag("type"), ui);
   static qm::CDefectTable defects(nullptr, ui, nullptr);
-  const qm::ItemTable* tables[] = {&users,  &groups, &configs, &values,
-                                   nullptr, nullptr, nullptr,  &defects};
-  const qm::ItemTable& table = *tables[data[0] % 8];
+  static qm::CTaskTable tasks(nullptr, ui, static_cast<const qm::DefectLookups*>(nullptr));
+  const qm::ItemTable* tables[] = {&users,  &groups, &configs, &values, nullptr,
+                                   nullptr, nullptr, &defects, &tasks};
+  const qm::ItemTable& table = *tables[data[0] % 9];
   const std::span<const std::uint8_t> payload = record;
   std::unique_ptr<qm::RecordItem> item;
   try {

@@ -11,6 +11,7 @@
 #include "bench/silent_ui.h"
 #include "defects/defect.h"
 #include "defects/defect_table.h"
+#include "defects/task.h"
 #include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
@@ -139,6 +140,13 @@ void WriteItemSeeds(const std::string& folder) {
     defect.AddEvent(std::move(event));
   }
   SaveItem(7, defect, folder + "/defect");
+  CTask task;
+  task.toDo = "Call the customer back";
+  task.description = "About the report\rthat crashed.";
+  task.dateNeeded = 3'100'000'000u;
+  task.versionNeeded = "2.1";
+  task.ownerId = 1;
+  SaveItem(8, task, folder + "/task");
   ProjectSecurity security;
   security.securityMode = 1;
   security.projectPassword = "Open";
