@@ -350,13 +350,19 @@ RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
   } else {
     logic = std::make_unique<CDefectListView>(*Defects(), ui_);
   }
+  if (auto* names = dynamic_cast<CUserListView*>(logic.get())) {
+    names->SetFirstNameFirst(ReadPersonalSettings(doc_->preferences()).firstNameFirst);
+  }
   auto* window = new RecordListWindow(kind, std::move(logic));
   window->SetGrayed(preferences_.strikeClosedDefects != 0);
   lists_[kind.kind] = window;
   QMdiSubWindow* frame = area_->addSubWindow(window);
   frame->setAttribute(Qt::WA_DeleteOnClose);
   frame->resize(640, 420);
-  window->onOpen = [this] { OpenSelection(true); };
+  // Double-click opens the edit or the view window, as the user or the project chose.
+  window->onOpen = [this] {
+    OpenSelection(!ReadPersonalSettings(doc_->preferences()).viewOnDoubleClick);
+  };
   window->onClosing = [this, window] { SavePlacement(*window); };
   window->onTitleChanged = [this] {
     UpdateTitle();
@@ -529,10 +535,16 @@ void CMainFrame::TransferSelection() {
 
 void CMainFrame::ShowOptions() {
   OptionsDialog options(preferences_, doc_.get());
-  if (RunOptionsDialog(this, options)) {
-    for (const auto& [kind, list] : lists_) {
-      if (list != nullptr) list->SetGrayed(preferences_.strikeClosedDefects != 0);
+  RunOptionsDialog(this, options);
+  const bool firstNameFirst =
+      doc_ != nullptr && ReadPersonalSettings(doc_->preferences()).firstNameFirst;
+  for (const auto& [kind, list] : lists_) {
+    if (list == nullptr) continue;
+    if (auto* people = dynamic_cast<CUserListView*>(&list->list())) {
+      people->SetFirstNameFirst(firstNameFirst);
     }
+    // Drawn again: grayed or not, names turned round.
+    list->SetGrayed(preferences_.strikeClosedDefects != 0);
   }
   UpdateTitle();
 }
@@ -631,8 +643,11 @@ void CMainFrame::AlertAssignment() {
     ClearAlert();
   });
   tray_->show();
-  QApplication::beep();
-  if (ui_.Ask({"One or more defects have been assigned to you. Do you want to activate "
+  // The user's own choices of sound and question; a project without logins has both.
+  const PersonalSettings settings = ReadPersonalSettings(doc_->preferences());
+  if (settings.playSound) QApplication::beep();
+  if (settings.showQuestion &&
+      ui_.Ask({"One or more defects have been assigned to you. Do you want to activate "
                "Quillmark?",
                "Quillmark", ui::Icon::kQuestion, ui::Buttons::kYesNo}) == ui::Answer::kYes) {
     activateWindow();

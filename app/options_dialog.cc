@@ -61,9 +61,42 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
   tabs->addTab(general, "General");
 
   std::vector<std::pair<std::uint32_t, QCheckBox*>> notify;
+  QCheckBox* sound = nullptr;
+  QCheckBox* question = nullptr;
+  QRadioButton* viewOnDoubleClick = nullptr;
+  QRadioButton* firstNameFirst = nullptr;
+  // "Double-clicking on items..." and "Display names as...", on the User or Project page.
+  const auto choices = [&](QVBoxLayout* page) {
+    auto* click = new QGroupBox("Double-clicking on items...");
+    auto* c = new QVBoxLayout(click);
+    auto* edits = new QRadioButton("Opens edit dialog box");
+    viewOnDoubleClick = new QRadioButton("Opens view dialog box");
+    (options.viewOnDoubleClick ? viewOnDoubleClick : edits)->setChecked(true);
+    c->addWidget(edits);
+    c->addWidget(viewOnDoubleClick);
+    page->addWidget(click);
+    auto* names = new QGroupBox("Display names as...");
+    auto* n = new QVBoxLayout(names);
+    firstNameFirst = new QRadioButton("First Last   (e.g., John Smith)");
+    auto* lastFirst = new QRadioButton("Last, First  (e.g., Smith, John)");
+    (options.firstNameFirst ? firstNameFirst : lastFirst)->setChecked(true);
+    n->addWidget(firstNameFirst);
+    n->addWidget(lastFirst);
+    page->addWidget(names);
+  };
   if (options.HasPage("User")) {
     auto* user = new QWidget;
     auto* u = new QVBoxLayout(user);
+    auto* alert = new QGroupBox("Notification Options:");
+    auto* a = new QVBoxLayout(alert);
+    sound = new QCheckBox("Play a sound");
+    sound->setChecked(options.playSound);
+    question = new QCheckBox("Display a dialog box");
+    question->setChecked(options.showQuestion);
+    a->addWidget(sound);
+    a->addWidget(question);
+    u->addWidget(alert);
+    choices(u);
     auto* mail = new QGroupBox("Send me mail when...");
     auto* m = new QVBoxLayout(mail);
     for (const NotifyChoice& choice : kNotifyChoices) {
@@ -75,6 +108,13 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
     u->addWidget(mail);
     u->addStretch();
     tabs->addTab(user, "User");
+  }
+  if (options.HasPage("Project")) {
+    auto* project = new QWidget;
+    auto* p = new QVBoxLayout(project);
+    choices(p);
+    p->addStretch();
+    tabs->addTab(project, "Project");
   }
 
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
@@ -91,6 +131,14 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
     options.notifyFlags = 0;
     for (const auto& [bit, box] : notify) {
       if (box->isChecked()) options.notifyFlags |= bit;
+    }
+    if (sound != nullptr) {
+      options.playSound = sound->isChecked();
+      options.showQuestion = question->isChecked();
+    }
+    if (viewOnDoubleClick != nullptr) {
+      options.viewOnDoubleClick = viewOnDoubleClick->isChecked();
+      options.firstNameFirst = firstNameFirst->isChecked();
     }
   };
 }

@@ -113,6 +113,7 @@ class CUser : public RecordItem, public LoginAccount {
   std::string_view LoginPassword() const override { return GetPassword(); }
   std::uint32_t LoginGroupId() const override { return groupId_; }
   const PreferenceBlock& Preferences() const override { return placementBlock_; }
+  void SetPreferences(const PreferenceBlock& block) override { placementBlock_ = block; }
   void SetLastLogin(std::uint32_t stamp) override { dateLastLogin_ = stamp; }
   void SetGroupId(std::uint32_t id) { groupId_ = id; }
   // The person's group in the group table, or null when there is none or it is gone.

@@ -467,6 +467,19 @@ void CDBDoc::CloseProject() {
 
 // ---- logins and settings --------------------------------------------------------------
 
+bool CDBDoc::SetPreferences(const PreferenceBlock& block) {
+  if (!store_) return false;
+  preferences_ = block;
+  if (!multiUser()) {
+    return store_->PutRecord(kMiscTag, EncodePreferences(block), kPreferencesRecord,
+                             PutMode::kReplace) == DBStatus::kOk;
+  }
+  auto* account = dynamic_cast<LoginAccount*>(currentUser());
+  if (account == nullptr) return false;
+  account->SetPreferences(block);
+  return GetTable(kUserTag)->SaveItem(*currentUser()) == DBStatus::kOk;
+}
+
 void CDBDoc::PostChangeNotice(std::uint32_t kind, Tag table, std::uint32_t id) {
   if (!store_ || !multiUser() || currentUserId() == 0) return;
   (void)PostRecordNotice(*store_, currentUserId(), kind, table, id);

@@ -103,6 +103,9 @@ class CDBDoc : public ProjectCounters {
   bool HasRight(std::uint32_t right) const { return access().IsAllowed(right); }
   // The current user's window places and states, or the project's when single-user.
   const PreferenceBlock& preferences() const { return preferences_; }
+  // Stores a new block where it belongs: in the user's record, or in the project's misc
+  // record 3 when it is single-user. False after a failure of the store.
+  bool SetPreferences(const PreferenceBlock& block);
   // The table directory as of the last look, to see which tables grew.
   const TableDirectory& directorySnapshot() const { return snapshot_; }
   // When the file is next checked for other users' changes; kNoStamp for never.

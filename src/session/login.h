@@ -24,6 +24,7 @@ class LoginAccount {
   virtual std::uint32_t LoginGroupId() const = 0;
   // The person's window places and states, which the session takes over at login.
   virtual const PreferenceBlock& Preferences() const = 0;
+  virtual void SetPreferences(const PreferenceBlock& block) = 0;
   // The time the person last left the project (or came to it).
   virtual void SetLastLogin(std::uint32_t stamp) = 0;
 };

@@ -75,6 +75,32 @@ ProjectInfo ProjectInfo::Decode(std::span<const std::uint8_t> record, std::uint3
   return info;
 }
 
+namespace {
+
+std::uint16_t BlockWord(const PreferenceBlock& block, std::size_t at) {
+  return static_cast<std::uint16_t>((block[at] << 8) | block[at + 1]);
+}
+
+void PutBlockWord(PreferenceBlock& block, std::size_t at, std::uint16_t value) {
+  block[at] = static_cast<std::uint8_t>(value >> 8);
+  block[at + 1] = static_cast<std::uint8_t>(value);
+}
+
+}  // namespace
+
+PersonalSettings ReadPersonalSettings(const PreferenceBlock& block) {
+  const std::uint16_t alert = BlockWord(block, 72);
+  return {BlockWord(block, 68) == 1, BlockWord(block, 70) == 1, (alert & 1) == 0, (alert & 2) == 0};
+}
+
+void WritePersonalSettings(PreferenceBlock& block, const PersonalSettings& settings) {
+  PutBlockWord(block, 68, settings.viewOnDoubleClick ? 1 : 0);
+  PutBlockWord(block, 70, settings.firstNameFirst ? 1 : 0);
+  PutBlockWord(
+      block, 72,
+      static_cast<std::uint16_t>((settings.playSound ? 0 : 1) | (settings.showQuestion ? 0 : 2)));
+}
+
 std::vector<std::uint8_t> EncodePreferences(const PreferenceBlock& block) {
   CHandleFile file;
   PayloadWriter out(file);

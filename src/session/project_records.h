@@ -71,6 +71,24 @@ struct ProjectInfo {
 // which the windows read and set as a whole.
 using PreferenceBlock = std::array<std::uint8_t, 88>;
 
+// What this program keeps of a person's (or a single-user project's) own choices in the
+// block, in the row at offset 64, which its list windows leave alone and a user's record
+// keeps (big-endian u16s):
+//   68  double-click opens: 0 the edit window, 1 the view window
+//   70  names are shown: 0 "Last, First", 1 "First Last"
+//   72  alert: bit 1 plays no sound, bit 2 shows no question
+// A block of an older program holds zeros there: edit, "Last, First", sound and question.
+struct PersonalSettings {
+  bool viewOnDoubleClick = false;
+  bool firstNameFirst = false;
+  bool playSound = true;
+  bool showQuestion = true;
+
+  bool operator==(const PersonalSettings&) const = default;
+};
+PersonalSettings ReadPersonalSettings(const PreferenceBlock& block);
+void WritePersonalSettings(PreferenceBlock& block, const PersonalSettings& settings);
+
 std::vector<std::uint8_t> EncodePreferences(const PreferenceBlock& block);
 // Either form; what the record does not hold reads as 0. A record of a version this
 // program does not know gives nothing, and the project keeps the defaults.

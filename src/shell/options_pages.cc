@@ -30,6 +30,15 @@ OptionsDialog::OptionsDialog(CAppPreferences& preferences, CDBDoc* doc)
   if (const CUser* user = LoggedInUser(doc)) {
     pages_.push_back("User");
     notifyFlags = user->GetNotifyFlags();
+  } else if (doc != nullptr && !doc->multiUser()) {
+    pages_.push_back("Project");
+  }
+  if (pages_.size() > 1) {
+    const PersonalSettings settings = ReadPersonalSettings(doc->preferences());
+    playSound = settings.playSound;
+    showQuestion = settings.showQuestion;
+    viewOnDoubleClick = settings.viewOnDoubleClick;
+    firstNameFirst = settings.firstNameFirst;
   }
 }
 
@@ -49,11 +58,15 @@ bool OptionsDialog::Apply() {
   if (user != nullptr && autoLogin && !wasAutoLogin) {
     preferences_.SetLastUser(user->LoginName(), user->LoginPassword());
   }
-  if (user != nullptr && HasPage("User") && user->GetNotifyFlags() != notifyFlags) {
-    user->SetNotifyFlags(notifyFlags);
-    // A user record that cannot be written keeps its flags in memory for this session;
-    // the table has told the person why.
-    (void)doc_->GetTable(kUserTag)->SaveItem(*user);
+  if (pages_.size() > 1) {
+    // The user's record, or the single-user project's settings; one that cannot be
+    // written keeps the choices in memory for this session, and the store has told why.
+    if (user != nullptr) user->SetNotifyFlags(notifyFlags);
+    PreferenceBlock block = doc_->preferences();
+    WritePersonalSettings(block,
+                          {viewOnDoubleClick, firstNameFirst, HasPage("User") ? playSound : true,
+                           HasPage("User") ? showQuestion : true});
+    (void)doc_->SetPreferences(block);
   }
   preferences_.Save();
   if (doc_ != nullptr) doc_->ApplySchedule();

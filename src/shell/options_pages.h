@@ -37,7 +37,8 @@ inline constexpr std::array<NotifyChoice, 5> kNotifyChoices = {{
 class OptionsDialog {
  public:
   // The pages this program has, in the dialog's order: "General" always, "User" in a
-  // multi-user project with someone logged in. `doc` may be null, with no project open.
+  // multi-user project with someone logged in, "Project" in a single-user project. `doc`
+  // may be null, with no project open.
   OptionsDialog(CAppPreferences& preferences, CDBDoc* doc);
 
   const std::vector<std::string_view>& pages() const { return pages_; }
@@ -52,8 +53,15 @@ class OptionsDialog {
   bool grayClosed;
   int checkInterval;
   bool fullPath;
-  // User: the bits of kNotifyChoices.
+  // User: "Notification Options:" ("Play a sound", "Display a dialog box") and the bits of
+  // kNotifyChoices.
+  bool playSound = true;
+  bool showQuestion = true;
   std::uint32_t notifyFlags = 0;
+  // User and Project: "Double-clicking on items..." opens the view window rather than the
+  // edit window; "Display names as..." "First Last" rather than "Last, First".
+  bool viewOnDoubleClick = false;
+  bool firstNameFirst = false;
 
   // OK: the General values; the user logged in as the last user when AutoLogin was just
   // turned on; the user's values, saved at once; the preferences written; then, with a

@@ -387,7 +387,7 @@ bool CUserListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
   };
   switch (fieldId) {
     case 1:
-      text = person.GetName();
+      text = firstNameFirst_ ? person.GetFullName() : person.GetName();
       return true;
     case 2:
       text = groups_ != nullptr ? person.GetGroupName(static_cast<const CUserGroupTable&>(*groups_))

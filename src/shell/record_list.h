@@ -206,6 +206,8 @@ class CUserListView : public CRecordListView {
   std::vector<ColumnChoice> GetColumnMenu() const override;
   bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
   bool Shows(const RecordItem& item) const override;
+  // "Display names as...": "First Last" rather than "Last, First" in the Name column.
+  void SetFirstNameFirst(bool first) { firstNameFirst_ = first; }
   // Counts, per person, the defects found (in any reported-by row) and assigned.
   void Recount(const ItemTable& defects);
   void BeforeFill() override {
@@ -221,6 +223,7 @@ class CUserListView : public CRecordListView {
  private:
   const ItemTable* groups_;
   const ItemTable* defects_;
+  bool firstNameFirst_ = false;
   std::map<std::uint32_t, std::pair<std::uint32_t, std::uint32_t>> counts_;  // found, assigned
 };
 

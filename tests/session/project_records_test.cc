@@ -96,4 +96,17 @@ TEST(ProjectRecords, PreferenceRecordForms) {
 }
 
 }  // namespace
+TEST(ProjectRecords, PersonalSettingsStandInTheBlocksRowAt64) {
+  PreferenceBlock block{};
+  EXPECT_EQ(ReadPersonalSettings(block), PersonalSettings{}) << "zeros: the defaults";
+  WritePersonalSettings(block, {true, true, false, true});
+  PreferenceBlock expected{};
+  expected[69] = 1;  // view on double-click
+  expected[71] = 1;  // "First Last"
+  expected[73] = 1;  // no sound
+  EXPECT_EQ(block, expected);
+  expected[73] = 2;
+  EXPECT_EQ(ReadPersonalSettings(expected), (PersonalSettings{true, true, true, false}));
+}
+
 }  // namespace qm::test

@@ -6,6 +6,7 @@
 
 #include "people/user.h"
 #include "session/db_doc.h"
+#include "session/project_records.h"
 #include "shell/project_item_kinds.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
@@ -65,9 +66,12 @@ TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   OptionsDialog options(preferences, &doc);
   EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "User"}));
+  EXPECT_TRUE(options.playSound) << "an alert plays a sound until the user says not to";
   options.autoLogin = true;
   options.notifyFlags = 1 | 8;
   options.checkInterval = 0;
+  options.playSound = false;
+  options.viewOnDoubleClick = true;
   EXPECT_FALSE(options.Apply());
   EXPECT_EQ(preferences.lastUserName, "admin");
   EXPECT_EQ(doc.nextDatabaseCheck(), 0u) << "the next tick checks, at the new interval after";
@@ -75,6 +79,26 @@ TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
 
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   EXPECT_EQ(static_cast<const CUser*>(doc.currentUser())->GetNotifyFlags(), 9u) << "saved";
+  EXPECT_EQ(ReadPersonalSettings(doc.preferences()), (PersonalSettings{true, false, false, true}))
+      << "in the user's record";
+  doc.CloseProject();
+}
+
+TEST_F(OptionsTest, ASingleUserProjectKeepsItsChoicesOnItsProjectPage) {
+  {
+    CDBDoc made(ui, kinds, host);
+    ASSERT_EQ(made.NewProject(path, false), 1);
+    made.CloseProject();
+  }
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path), 1);
+  OptionsDialog options(preferences, &doc);
+  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "Project"}));
+  options.firstNameFirst = true;
+  options.Apply();
+  doc.CloseProject();
+  ASSERT_EQ(doc.OpenProject(path), 1);
+  EXPECT_TRUE(ReadPersonalSettings(doc.preferences()).firstNameFirst) << "misc record 3";
   doc.CloseProject();
 }
 

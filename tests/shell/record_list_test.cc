@@ -243,6 +243,8 @@ TEST(PeopleLists, UsersAndCustomersShareATableAndCountTheirDefects) {
     return text;
   };
   EXPECT_EQ(cell(users, tess, 1), "Ng, Tess");
+  users.SetFirstNameFirst(true);
+  EXPECT_EQ(cell(users, tess, 1), "Tess Ng") << "Display names as: First Last";
   EXPECT_EQ(cell(users, tess, 2), "None");
   EXPECT_EQ(cell(users, tess, 11), "1");
   EXPECT_EQ(cell(users, ola, 11), "0");
