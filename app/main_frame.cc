@@ -535,7 +535,7 @@ void CMainFrame::TransferSelection() {
 
 void CMainFrame::ShowOptions() {
   OptionsDialog options(preferences_, doc_.get());
-  RunOptionsDialog(this, options);
+  RunOptionsDialog(this, options, doc_.get());
   const bool firstNameFirst =
       doc_ != nullptr && ReadPersonalSettings(doc_->preferences()).firstNameFirst;
   for (const auto& [kind, list] : lists_) {

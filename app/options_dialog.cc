@@ -11,9 +11,12 @@
 #include <QRadioButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <vector>
 
 #include "qt_ui.h"
+#include "session/db_doc.h"
+#include "value_combo.h"
 
 namespace qm::app {
 namespace {
@@ -22,7 +25,7 @@ QString Text(std::string_view text) { return ToQt(std::string(text)); }
 
 }  // namespace
 
-OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options)
+OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options, CDBDoc* doc)
     : QDialog(parent) {
   setWindowTitle("Options");
   auto* layout = new QVBoxLayout(this);
@@ -117,6 +120,50 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
     tabs->addTab(project, "Project");
   }
 
+  // The Assign page: a choice and, for its last entry, a user.
+  struct RuleWidgets {
+    std::vector<QRadioButton*> choices;
+    QComboBox* user = nullptr;
+  };
+  RuleWidgets onAdd;
+  RuleWidgets afterWork;
+  if (options.HasPage("Assign")) {
+    auto* assign = new QWidget;
+    auto* a = new QVBoxLayout(assign);
+    a->addWidget(
+        new QLabel("The following settings affect defect assignments for this project file."));
+    const auto rule = [&](const char* title, std::initializer_list<const char*> labels,
+                          std::uint16_t chosen, std::uint32_t userId, RuleWidgets& out) {
+      auto* box = new QGroupBox(title);
+      auto* b = new QVBoxLayout(box);
+      for (const char* label : labels) {
+        out.choices.push_back(new QRadioButton(label));
+        b->addWidget(out.choices.back());
+      }
+      out.choices.at(std::min<std::size_t>(chosen, out.choices.size() - 1))->setChecked(true);
+      out.user = new QComboBox;
+      FillUserCombo(out.user, *doc->GetTable(kUserTag), userId, true);
+      b->addWidget(out.user);
+      // The user combo serves the last choice only.
+      const auto follow = [last = out.choices.back(), user = out.user] {
+        user->setEnabled(last->isChecked());
+      };
+      for (QRadioButton* choice : out.choices) connect(choice, &QRadioButton::toggled, follow);
+      follow();
+      a->addWidget(box);
+    };
+    rule("When adding a defect...",
+         {"Leave it unassigned", "Assign it to the user who entered it",
+          "Assign it to the following user:"},
+         options.assign.onAdd, options.assign.onAddUser, onAdd);
+    rule("After fixing, estimating, verifying, or re-opening a defect...",
+         {"Leave it unassigned", "Keep its current assignment",
+          "Assign it to the user who entered it", "Assign it to the following user:"},
+         options.assign.afterWork, options.assign.afterWorkUser, afterWork);
+    a->addStretch();
+    tabs->addTab(assign, "Assign");
+  }
+
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -140,13 +187,23 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
       options.viewOnDoubleClick = viewOnDoubleClick->isChecked();
       options.firstNameFirst = firstNameFirst->isChecked();
     }
+    const auto chosen = [](const RuleWidgets& rule) {
+      for (std::size_t n = 0; n < rule.choices.size(); ++n) {
+        if (rule.choices[n]->isChecked()) return static_cast<std::uint16_t>(n);
+      }
+      return std::uint16_t{0};
+    };
+    if (onAdd.user != nullptr) {
+      options.assign = {chosen(onAdd), onAdd.user->currentData().toUInt(), chosen(afterWork),
+                        afterWork.user->currentData().toUInt()};
+    }
   };
 }
 
 void OptionsDialogWidget::Store() { store_(); }
 
-bool RunOptionsDialog(QWidget* parent, OptionsDialog& options) {
-  OptionsDialogWidget dialog(parent, options);
+bool RunOptionsDialog(QWidget* parent, OptionsDialog& options, CDBDoc* doc) {
+  OptionsDialogWidget dialog(parent, options, doc);
   if (dialog.exec() != QDialog::Accepted) return false;
   dialog.Store();
   return options.Apply();

@@ -11,7 +11,8 @@ namespace qm::app {
 // The dialog's pages over the logic; Store puts the widgets' values into it.
 class OptionsDialogWidget : public QDialog {
  public:
-  OptionsDialogWidget(QWidget* parent, OptionsDialog& options);
+  // `doc` is the open project, null for none.
+  OptionsDialogWidget(QWidget* parent, OptionsDialog& options, CDBDoc* doc);
   void Store();
 
  private:
@@ -20,6 +21,6 @@ class OptionsDialogWidget : public QDialog {
 
 // Shows the dialog over `parent`; on OK the values are applied. Answers whether the lists
 // are to be drawn again ("Gray out closed defects" changed); false on Cancel.
-bool RunOptionsDialog(QWidget* parent, OptionsDialog& options);
+bool RunOptionsDialog(QWidget* parent, OptionsDialog& options, CDBDoc* doc);
 
 }  // namespace qm::app

@@ -115,6 +115,49 @@ std::unique_ptr<CDefectEvent> NewCommandEvent(DefectCommand command, std::uint32
   return event;
 }
 
+namespace {
+
+std::unique_ptr<CDefectEvent> AssignTo(std::uint32_t userId, std::uint32_t now) {
+  if (userId == 0) return nullptr;
+  auto event = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
+  event->userId = userId;
+  event->date = now;
+  return event;
+}
+
+}  // namespace
+
+std::unique_ptr<CDefectEvent> RuleAssignmentOnAdd(const AssignRules& rules, const CDefect& defect,
+                                                  std::uint32_t now) {
+  switch (rules.onAdd) {
+    case 1:
+      return AssignTo(defect.enteredById, now);
+    case 2:
+      return AssignTo(rules.onAddUser, now);
+    default:
+      return nullptr;
+  }
+}
+
+std::unique_ptr<CDefectEvent> RuleAssignmentAfter(const AssignRules& rules, EventKind kind,
+                                                  const CDefect& defect,
+                                                  std::uint32_t formerAssignee, std::uint32_t now) {
+  if (kind != EventKind::kFix && kind != EventKind::kEstimate && kind != EventKind::kVerify &&
+      kind != EventKind::kReOpen) {
+    return nullptr;
+  }
+  switch (rules.afterWork) {
+    case 1:
+      return AssignTo(formerAssignee, now);
+    case 2:
+      return AssignTo(defect.enteredById, now);
+    case 3:
+      return AssignTo(rules.afterWorkUser, now);
+    default:
+      return nullptr;
+  }
+}
+
 bool AcceptsResult(EventKind kind, EventDialogResult result) {
   switch (kind) {
     case EventKind::kEstimate:
@@ -201,10 +244,16 @@ bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uin
   std::unique_ptr<CDefectEvent> copy = event.Clone();
   const CDefectEvent* added = copy.get();
   target->AddEvent(std::move(copy));
+  // The project's rule may give the defect its next assignee at once.
+  std::unique_ptr<CDefectEvent> ruled =
+      RuleAssignmentAfter(doc_.assignRules(), event.kind(), *target, oldAssignee, now);
+  const CDefectEvent* ruledAdded = ruled.get();
+  if (ruled) target->AddEvent(std::move(ruled));
   target->dateModified = now;
   if (!preview_) {
     if (table_.SaveItem(defect) != DBStatus::kOk) {
       // The defect stays as its record holds it, and the loop goes on with the next one.
+      if (ruledAdded != nullptr) defect.RemoveEvent(ruledAdded);
       defect.RemoveEvent(added);
       defect.dateModified = oldModified;
       return false;

@@ -16,6 +16,7 @@
 #include "defects/defect_table.h"
 #include "defects/event_dialogs.h"
 #include "platform/clock.h"
+#include "session/project_records.h"
 #include "ui/ui.h"
 
 namespace qm {
@@ -68,6 +69,16 @@ bool AcceptsResult(EventKind kind, EventDialogResult result);
 // "Save && Assign" (on a verify only with Fail), release notes after "Save && Release"
 // on a passed verify.
 std::optional<DefectCommand> FollowUp(const CDefectEvent& event, EventDialogResult result);
+
+// The assignment the project's rules make by themselves: for a new defect, and after a
+// fix, an estimate, a verification or a re-opening of a defect that was assigned to
+// `formerAssignee`. An assign event dated `now`, or null when the rule leaves the defect
+// as it is.
+std::unique_ptr<CDefectEvent> RuleAssignmentOnAdd(const AssignRules& rules, const CDefect& defect,
+                                                  std::uint32_t now);
+std::unique_ptr<CDefectEvent> RuleAssignmentAfter(const AssignRules& rules, EventKind kind,
+                                                  const CDefect& defect,
+                                                  std::uint32_t formerAssignee, std::uint32_t now);
 
 // A command run on a selection of defects: one dialog, then one event for each defect that
 // may take it.

@@ -359,6 +359,11 @@ void CDBDoc::SettleCounters() {
   } else {
     PutMisc(kOptionsRecord, EncodeOptions(options_));
   }
+  // The rules are written only once someone sets them; an unreadable record means none.
+  assignRules_ = {};
+  if (store_->ReadRecord(kMiscTag, kAssignRulesRecord, record) == DBStatus::kOk) {
+    assignRules_ = AssignRules::Decode(record).value_or(AssignRules{});
+  }
 }
 
 void CDBDoc::RewriteDefects() {
@@ -410,6 +415,7 @@ int CDBDoc::NewProject(const std::string& path, bool multiUser) {
   std::uint32_t id = 0;
   Check(store_->AddRecord(kMiscTag, security_.Encode(), &id));
   info_ = {};
+  assignRules_ = {};
   info_.projectName = FileTitle(path);
   Check(store_->AddRecord(kMiscTag, info_.Encode(Now()), &id));
   if (multiUser) {
@@ -459,6 +465,7 @@ void CDBDoc::CloseProject() {
   login_.reset();
   security_ = {};
   info_ = {};
+  assignRules_ = {};
   host_.CloseListWindows(*this);
   tables_.clear();
   (void)store_->Close();
@@ -466,6 +473,13 @@ void CDBDoc::CloseProject() {
 }
 
 // ---- logins and settings --------------------------------------------------------------
+
+bool CDBDoc::SetAssignRules(const AssignRules& rules) {
+  if (!store_) return false;
+  assignRules_ = rules;
+  return store_->PutRecord(kMiscTag, rules.Encode(), kAssignRulesRecord, PutMode::kReplace) ==
+         DBStatus::kOk;
+}
 
 bool CDBDoc::SetPreferences(const PreferenceBlock& block) {
   if (!store_) return false;

@@ -103,6 +103,9 @@ class CDBDoc : public ProjectCounters {
   bool HasRight(std::uint32_t right) const { return access().IsAllowed(right); }
   // The current user's window places and states, or the project's when single-user.
   const PreferenceBlock& preferences() const { return preferences_; }
+  // Who defects go to by themselves; SetAssignRules stores them in misc record 9.
+  const AssignRules& assignRules() const { return assignRules_; }
+  bool SetAssignRules(const AssignRules& rules);
   // Stores a new block where it belongs: in the user's record, or in the project's misc
   // record 3 when it is single-user. False after a failure of the store.
   bool SetPreferences(const PreferenceBlock& block);
@@ -166,6 +169,7 @@ class CDBDoc : public ProjectCounters {
   ProjectInfo info_;
   ProjectOptions options_;
   PreferenceBlock preferences_{};
+  AssignRules assignRules_;
   TableDirectory snapshot_;
   std::uint32_t nextDatabaseCheck_ = platform::kNoStamp;
   bool idleEnabled_ = false;  // set once the opening is done; clear while idle work runs

@@ -75,6 +75,29 @@ ProjectInfo ProjectInfo::Decode(std::span<const std::uint8_t> record, std::uint3
   return info;
 }
 
+std::vector<std::uint8_t> AssignRules::Encode() const {
+  std::vector<std::uint8_t> out(14);
+  BeWriter w(out.data());
+  w.U16(1);
+  w.U16(onAdd);
+  w.U32(onAddUser);
+  w.U16(afterWork);
+  w.U32(afterWorkUser);
+  return out;
+}
+
+std::optional<AssignRules> AssignRules::Decode(std::span<const std::uint8_t> record) {
+  if (record.size() != 14) return std::nullopt;
+  BeReader r(record.data());
+  if (r.U16() != 1) return std::nullopt;
+  AssignRules rules;
+  rules.onAdd = r.U16();
+  rules.onAddUser = r.U32();
+  rules.afterWork = r.U16();
+  rules.afterWorkUser = r.U32();
+  return rules;
+}
+
 namespace {
 
 std::uint16_t BlockWord(const PreferenceBlock& block, std::size_t at) {

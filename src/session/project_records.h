@@ -39,6 +39,7 @@ namespace qm {
 inline constexpr std::uint32_t kSecurityRecord = 1;
 inline constexpr std::uint32_t kInfoRecord = 2;
 inline constexpr std::uint32_t kPreferencesRecord = 3;
+inline constexpr std::uint32_t kAssignRulesRecord = 9;
 // The version of a project's content that this program writes.
 inline constexpr std::uint16_t kDataVersion = 355;
 
@@ -70,6 +71,24 @@ struct ProjectInfo {
 // The saved places and states of a person's windows, kept as stored (values big-endian),
 // which the windows read and set as a whole.
 using PreferenceBlock = std::array<std::uint8_t, 88>;
+
+// Who a defect goes to by itself, misc record 9, 14 bytes big-endian:
+//   u16 1   u16 onAdd   u32 onAddUser   u16 afterWork   u32 afterWorkUser
+// When a defect is added: 0 it stays unassigned, 1 it goes to the user who entered it,
+// 2 to onAddUser. After a fix, an estimate, a verification or a re-opening: 0 it stays as
+// the event leaves it (unassigned), 1 it keeps the assignment it had, 2 it goes to the
+// user who entered the defect, 3 to afterWorkUser. A project without the record has 0 and 0.
+struct AssignRules {
+  std::uint16_t onAdd = 0;
+  std::uint32_t onAddUser = 0;
+  std::uint16_t afterWork = 0;
+  std::uint32_t afterWorkUser = 0;
+
+  std::vector<std::uint8_t> Encode() const;
+  // Nothing for a record of another version or size.
+  static std::optional<AssignRules> Decode(std::span<const std::uint8_t> record);
+  bool operator==(const AssignRules&) const = default;
+};
 
 // What this program keeps of a person's (or a single-user project's) own choices in the
 // block, in the row at offset 64, which its list windows leave alone and a user's record

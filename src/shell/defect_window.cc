@@ -99,6 +99,11 @@ void CDefectWindow::StoreFields(RecordItem& item) {
   auto& defect = static_cast<CDefect&>(item);
   shown_->dateModified = clock_.Now();
   if (defect.GetId() == 0) {
+    if (shown_->copies().assignedToId == 0) {
+      if (auto ruled = RuleAssignmentOnAdd(doc().assignRules(), *shown_, clock_.Now())) {
+        shown_->AddEvent(std::move(ruled));
+      }
+    }
     defect.CopyFrom(*shown_);
     // Without a number the defect is still added; renumbering gives it one later.
     if (doc().options().numberOnUserEntry &&
@@ -129,7 +134,14 @@ bool CDefectWindow::RunCommand(DefectCommand command) {
   const std::optional<EventDialogResult> result = runDialog_(*event, EventDialogMode::kEdit);
   if (!result || !AcceptsResult(event->kind(), *result)) return false;
   const std::optional<DefectCommand> next = FollowUp(*event, *result);
+  const EventKind kind = event->kind();
+  const std::uint32_t formerAssignee = shown_->copies().assignedToId;
   Insert(std::move(event));
+  // The project's rule may give the defect its next assignee at once.
+  if (auto ruled =
+          RuleAssignmentAfter(doc().assignRules(), kind, *shown_, formerAssignee, clock_.Now())) {
+    Insert(std::move(ruled));
+  }
   if (next) RunCommand(*next);
   return true;
 }

@@ -33,7 +33,11 @@ OptionsDialog::OptionsDialog(CAppPreferences& preferences, CDBDoc* doc)
   } else if (doc != nullptr && !doc->multiUser()) {
     pages_.push_back("Project");
   }
-  if (pages_.size() > 1) {
+  if (doc != nullptr && (!doc->multiUser() || doc->HasRight(28))) {
+    pages_.push_back("Assign");
+    assign = doc->assignRules();
+  }
+  if (HasPage("User") || HasPage("Project")) {
     const PersonalSettings settings = ReadPersonalSettings(doc->preferences());
     playSound = settings.playSound;
     showQuestion = settings.showQuestion;
@@ -58,7 +62,7 @@ bool OptionsDialog::Apply() {
   if (user != nullptr && autoLogin && !wasAutoLogin) {
     preferences_.SetLastUser(user->LoginName(), user->LoginPassword());
   }
-  if (pages_.size() > 1) {
+  if (HasPage("User") || HasPage("Project")) {
     // The user's record, or the single-user project's settings; one that cannot be
     // written keeps the choices in memory for this session, and the store has told why.
     if (user != nullptr) user->SetNotifyFlags(notifyFlags);
@@ -68,6 +72,7 @@ bool OptionsDialog::Apply() {
                            HasPage("User") ? showQuestion : true});
     (void)doc_->SetPreferences(block);
   }
+  if (HasPage("Assign") && assign != doc_->assignRules()) (void)doc_->SetAssignRules(assign);
   preferences_.Save();
   if (doc_ != nullptr) doc_->ApplySchedule();
   return grayChanged;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "session/project_records.h"
 #include "shell/app_preferences.h"
 
 namespace qm {
@@ -37,8 +38,9 @@ inline constexpr std::array<NotifyChoice, 5> kNotifyChoices = {{
 class OptionsDialog {
  public:
   // The pages this program has, in the dialog's order: "General" always, "User" in a
-  // multi-user project with someone logged in, "Project" in a single-user project. `doc`
-  // may be null, with no project open.
+  // multi-user project with someone logged in, "Project" in a single-user project, "Assign"
+  // in a project whose user may change its settings (right 28), or a single-user one.
+  // `doc` may be null, with no project open.
   OptionsDialog(CAppPreferences& preferences, CDBDoc* doc);
 
   const std::vector<std::string_view>& pages() const { return pages_; }
@@ -62,6 +64,9 @@ class OptionsDialog {
   // edit window; "Display names as..." "First Last" rather than "Last, First".
   bool viewOnDoubleClick = false;
   bool firstNameFirst = false;
+  // Assign: "When adding a defect..." and "After fixing, estimating, verifying, or
+  // re-opening a defect...", each a choice and the user of its last choice.
+  AssignRules assign;
 
   // OK: the General values; the user logged in as the last user when AutoLogin was just
   // turned on; the user's values, saved at once; the preferences written; then, with a

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -19,6 +20,7 @@
 #include "defect_record_window.h"
 #include "defects/selection_commands.h"
 #include "main_frame.h"
+#include "options_dialog.h"
 #include "people/user.h"
 #include "person_record_window.h"
 #include "record_list_window.h"
@@ -252,6 +254,24 @@ TEST_F(MainFrameTest, TheWorkbookHoldsTheUsersDefectsAndTheirOwnTasks) {
   auto* opened = dynamic_cast<app::DefectRecordWindow*>(frame.OpenSelection(true));
   ASSERT_NE(opened, nullptr);
   EXPECT_EQ(opened->windowTitle(), "Edit Defect #1");
+}
+
+TEST_F(MainFrameTest, TheOptionsDialogShowsThePagesOfWhatIsOpen) {
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  OptionsDialog options(preferences, frame.doc());
+  app::OptionsDialogWidget dialog(&frame, options, frame.doc());
+  auto* tabs = dialog.findChild<QTabWidget*>();
+  ASSERT_NE(tabs, nullptr);
+  ASSERT_EQ(tabs->count(), 3);
+  EXPECT_EQ(tabs->tabText(1), "User");
+  EXPECT_EQ(tabs->tabText(2), "Assign");
+  for (QRadioButton* choice : dialog.findChildren<QRadioButton*>()) {
+    if (choice->text() == "Keep its current assignment") choice->setChecked(true);
+    if (choice->text() == "Opens view dialog box") choice->setChecked(true);
+  }
+  dialog.Store();
+  EXPECT_EQ(options.assign.afterWork, 1u);
+  EXPECT_TRUE(options.viewOnDoubleClick);
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ int main(int argc, char** argv) {
   if (!frame.grab().save(out + "/defect-history.png")) return 3;
 
   qm::OptionsDialog options(preferences, frame.doc());
-  qm::app::OptionsDialogWidget dialog(&frame, options);
+  qm::app::OptionsDialogWidget dialog(&frame, options, frame.doc());
   dialog.show();
   QApplication::processEvents();
   if (!dialog.grab().save(out + "/options.png")) return 4;

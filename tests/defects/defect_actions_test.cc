@@ -208,6 +208,19 @@ TEST_F(SelectionActions, OneDialogGivesEachEligibleDefectItsOwnEvent) {
   EXPECT_TRUE(Notices().empty());
 }
 
+TEST_F(SelectionActions, TheProjectsRuleAssignsAfterAFix) {
+  ASSERT_TRUE(doc.SetAssignRules({0, 0, 3, tessId}));  // "Assign it to the following user:"
+  SelectionAction fix = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk);
+  EXPECT_EQ(fix.Run(DefectCommand::kFix), std::nullopt);
+  for (std::uint32_t p = 1; p <= 2; ++p) {
+    EXPECT_EQ(Defect(p).status(), 2);
+    EXPECT_EQ(Defect(p).copies().assignedToId, tessId);
+  }
+  SelectionAction comment = Action({&Defect(3)}, EventDialogResult::kOk);
+  (void)comment.Run(DefectCommand::kComment);
+  EXPECT_EQ(Defect(3).copies().assignedToId, 0u) << "a comment is no work on the defect";
+}
+
 TEST_F(SelectionActions, NothingLeftMeansNoDialog) {
   SelectionAction none = Action({}, EventDialogResult::kOk);
   EXPECT_EQ(none.Run(DefectCommand::kAssign), std::nullopt);

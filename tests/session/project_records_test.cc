@@ -109,4 +109,15 @@ TEST(ProjectRecords, PersonalSettingsStandInTheBlocksRowAt64) {
   EXPECT_EQ(ReadPersonalSettings(expected), (PersonalSettings{true, true, true, false}));
 }
 
+TEST(ProjectRecords, AssignRulesAreFourteenBytes) {
+  const AssignRules rules{2, 0x01020304, 3, 7};
+  const std::vector<std::uint8_t> bytes = {0, 1, 0, 2, 1, 2, 3, 4, 0, 3, 0, 0, 0, 7};
+  EXPECT_EQ(rules.Encode(), bytes);
+  EXPECT_EQ(AssignRules::Decode(bytes), rules);
+  std::vector<std::uint8_t> other = bytes;
+  other[1] = 2;
+  EXPECT_EQ(AssignRules::Decode(other), std::nullopt) << "another version";
+  EXPECT_EQ(AssignRules::Decode(std::span(bytes).first(13)), std::nullopt);
+}
+
 }  // namespace qm::test

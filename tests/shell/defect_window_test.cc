@@ -199,6 +199,29 @@ TEST_F(DefectWindowTest, SaveButtonsOfADialogRunTheNextAction) {
   EXPECT_EQ(Defect(2).EventCount(), 0u) << "cancel saves nothing";
 }
 
+TEST_F(DefectWindowTest, TheProjectsRulesAssignByThemselves) {
+  Open();
+  // After work the defect keeps its assignee; a new one goes to the user who entered it.
+  ASSERT_TRUE(doc->SetAssignRules({1, 0, 1, 0}));
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  steps.push_back({EventKind::kAssign, EventDialogResult::kOk,
+                   [this](CDefectEvent& e) { e.userId = doc->currentUserId(); }});
+  steps.push_back({EventKind::kFix, EventDialogResult::kOk, {}});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kAssign));
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kFix));
+  EXPECT_EQ(window->defect().status(), 2);
+  EXPECT_EQ(window->defect().copies().assignedToId, doc->currentUserId()) << "kept";
+  EXPECT_EQ(window->defect().EventCount(), 3u) << "an assignment after the fix";
+  window->OnCancelButton();
+
+  auto adding = Window();
+  adding->Open(CRecordWindow::kAddClose);
+  adding->defect().summary = "Entered and assigned";
+  ASSERT_TRUE(adding->OnAcceptButton());
+  EXPECT_EQ(Defect(defects().count()).copies().assignedToId, doc->currentUserId());
+}
+
 TEST_F(DefectWindowTest, EachCommandNeedsItsRightAndAWindowThatMayChange) {
   Open();
   auto& testers = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(2));

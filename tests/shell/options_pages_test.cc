@@ -65,13 +65,14 @@ TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
   CDBDoc doc(ui, kinds, host);
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   OptionsDialog options(preferences, &doc);
-  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "User"}));
+  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "User", "Assign"}));
   EXPECT_TRUE(options.playSound) << "an alert plays a sound until the user says not to";
   options.autoLogin = true;
   options.notifyFlags = 1 | 8;
   options.checkInterval = 0;
   options.playSound = false;
   options.viewOnDoubleClick = true;
+  options.assign.afterWork = 1;  // "Keep its current assignment"
   EXPECT_FALSE(options.Apply());
   EXPECT_EQ(preferences.lastUserName, "admin");
   EXPECT_EQ(doc.nextDatabaseCheck(), 0u) << "the next tick checks, at the new interval after";
@@ -81,6 +82,7 @@ TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
   EXPECT_EQ(static_cast<const CUser*>(doc.currentUser())->GetNotifyFlags(), 9u) << "saved";
   EXPECT_EQ(ReadPersonalSettings(doc.preferences()), (PersonalSettings{true, false, false, true}))
       << "in the user's record";
+  EXPECT_EQ(doc.assignRules().afterWork, 1u) << "in the project";
   doc.CloseProject();
 }
 
@@ -93,7 +95,7 @@ TEST_F(OptionsTest, ASingleUserProjectKeepsItsChoicesOnItsProjectPage) {
   CDBDoc doc(ui, kinds, host);
   ASSERT_EQ(doc.OpenProject(path), 1);
   OptionsDialog options(preferences, &doc);
-  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "Project"}));
+  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "Project", "Assign"}));
   options.firstNameFirst = true;
   options.Apply();
   doc.CloseProject();
