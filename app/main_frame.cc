@@ -630,8 +630,10 @@ void CMainFrame::ItemRemoving(Tag table, RecordItem& item) {
 }
 
 void CMainFrame::AlertAssignment() {
+  // The user's own choices of sound and question; a project without logins has both.
+  const PersonalSettings settings = ReadPersonalSettings(doc_->preferences());
   if (QApplication::applicationState() == Qt::ApplicationActive) {
-    QApplication::beep();
+    if (settings.playSound) QApplication::beep();
     return;
   }
   if (tray_ != nullptr) return;  // the alert is up already
@@ -643,8 +645,6 @@ void CMainFrame::AlertAssignment() {
     ClearAlert();
   });
   tray_->show();
-  // The user's own choices of sound and question; a project without logins has both.
-  const PersonalSettings settings = ReadPersonalSettings(doc_->preferences());
   if (settings.playSound) QApplication::beep();
   if (settings.showQuestion &&
       ui_.Ask({"One or more defects have been assigned to you. Do you want to activate "
