@@ -12,6 +12,7 @@
 #include "cli_host.h"
 #include "defect_commands.h"
 #include "defects/project_defects.h"
+#include "people_commands.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
 #include "session/value_lists.h"
@@ -219,6 +220,12 @@ const char* ProjectUsage() {
          "                                     rights offer it and nobody else is editing the\n"
          "                                     defect; prints the change text; --dry-run\n"
          "                                     prints it and saves nothing\n"
+         "  users FILE [--customers]           the user list, or the customer list\n"
+         "  user FILE NAME|LOGIN [--html]      one person's text or HTML form, with statistics\n"
+         "  user FILE add --last NAME [--first NAME] [--login LOGIN --user-password TEXT\n"
+         "      --group NAME] [--customer [--company NAME]] [--email ADDRESS]\n"
+         "                                     a new person, checked as the person window\n"
+         "                                     checks one\n"
          "Options of the project commands:\n"
          "  --user NAME --password TEXT        log in without the dialog\n"
          "  --remember                         keep this login for the next opening of the\n"
@@ -228,7 +235,7 @@ const char* ProjectUsage() {
 
 bool IsProjectCommand(const std::string& word) {
   return word == "new" || word == "info" || word == "values" || word == "defects" ||
-         word == "defect";
+         word == "defect" || word == "users" || word == "user";
 }
 
 int RunProject(const std::vector<std::string>& words, ui::Ui& ui, CAppPreferences& preferences,
@@ -236,6 +243,7 @@ int RunProject(const std::vector<std::string>& words, ui::Ui& ui, CAppPreference
   try {
     std::set<std::string> valued{"user", "password", "replace-with"};
     valued.insert(std::begin(kDefectValueOptions), std::end(kDefectValueOptions));
+    valued.insert(std::begin(kPeopleValueOptions), std::end(kPeopleValueOptions));
     const Args args(words, valued);
     const auto& pos = args.positional();
     const std::string& command = pos.at(0);  // the options are anywhere around it
@@ -269,6 +277,8 @@ int RunProject(const std::vector<std::string>& words, ui::Ui& ui, CAppPreference
         Info(doc, out);
       } else if (command == "defects" || command == "defect") {
         result = RunDefectCommand(doc, args, ui, out, err);
+      } else if (command == "users" || command == "user") {
+        result = RunPeopleCommand(doc, args, ui, out, err);
       } else {
         result = Values(doc, args, ui, out, err);
       }

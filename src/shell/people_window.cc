@@ -174,18 +174,24 @@ void WritePersonText(const CDBDoc& doc, const CUser& person, const PersonStatist
 
 void WritePersonHtml(const CDBDoc& doc, const CUser& person, const PersonStatistics& stats,
                      std::string& out) {
-  const auto row = [&out](const std::string& label, const std::string& value) {
-    out += "<TR BGCOLOR=#FFFFFF><TD><B>" + EscapeHtml(label) + "</B> " + EscapeHtml(value) +
-           "</TD></TR>\n";
+  // A row of one cell, "<B>Label:</B> value", the label without the text form's blank.
+  const auto row = [&out](std::string_view label, std::string_view value) {
+    out += kHtmlRowOpen;
+    HtmlCell(out, 1, label.substr(0, label.find_last_not_of(' ') + 1), value);
+    out += kHtmlRowClose;
   };
-  out += "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n";
+  out += kHtmlTableOpen;
   for (const auto& [label, value] : FormItems(doc, person)) row(label, value);
-  out += "<TR BGCOLOR=#FFFFFF><TD><B>Computer Configuration:</B> ";
+  out += kHtmlRowOpen;
+  out += "<TD><B>Computer Configuration:</B> ";
   person.GetComputerConfig().WriteHtml(out);
-  out += "</TD></TR>\n";
+  out += "</TD>";
+  out += kHtmlRowClose;
   for (const auto& [label, value] : StatisticsLines(stats, person)) row(label, value);
-  row("", StatisticsNote(stats));
-  out += "</TABLE>\n";
+  out += kHtmlRowOpen;
+  out += "<TD>" + EscapeHtml(StatisticsNote(stats)) + "</TD>";
+  out += kHtmlRowClose;
+  out += kHtmlTableClose;
 }
 
 std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selection,

@@ -1,0 +1,112 @@
+// quillmark-cli users and user: the user and customer lists as their windows show them,
+// one person's text or HTML form with the statistics, and a new person added as the person
+// window adds one, under its checks.
+#include "people_commands.h"
+
+#include <ostream>
+
+#include "defects/defect_table.h"
+#include "people/user.h"
+#include "session/db_doc.h"
+#include "session/login.h"
+#include "shell/people_window.h"
+#include "shell/record_list.h"
+
+namespace qm::cli {
+namespace {
+
+int List(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
+  args.ExpectPositional(2, "users FILE [--customers]");
+  ItemTable& people = *doc.GetTable(kUserTag);
+  const ItemTable* defects = doc.GetTable(kDefectTag);
+  std::unique_ptr<CUserListView> list;
+  if (args.Flag("customers")) {
+    list = std::make_unique<CCustomerListView>(people, ui, defects);
+  } else {
+    list = std::make_unique<CUserListView>(people, ui, doc.GetTable(kGroupTag), defects);
+  }
+  list->BeforeFill();
+  const auto& columns = list->columns();
+  for (std::size_t c = 0; c < columns.size(); ++c) out << (c ? "\t" : "") << columns[c].title;
+  out << "\n";
+  for (std::uint32_t p = 1; p <= people.count(); ++p) {
+    const RecordItem& person = *people.ItemAt(p);
+    if (!list->Shows(person)) continue;
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+      std::string text;
+      list->GetCellText(person, columns[c].fieldId, text);
+      out << (c ? "\t" : "") << text;
+    }
+    out << "\n";
+  }
+  return 0;
+}
+
+// The id of the group named `name`, ignoring case.
+std::uint32_t GroupArgument(CDBDoc& doc, const std::string& name) {
+  const ItemTable& groups = *doc.GetTable(kGroupTag);
+  for (std::uint32_t p = 1; p <= groups.count(); ++p) {
+    if (SameLoginText(groups.ItemAt(p)->GetName(), name)) return groups.ItemAt(p)->GetId();
+  }
+  throw UsageError{"There is no user group \"" + name + "\"."};
+}
+
+int Add(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
+  args.ExpectPositional(3, "user FILE add --last NAME [--first NAME] ...");
+  EditMarks marks;
+  CPersonWindow window(doc, *doc.GetTable(kUserTag), ui, marks, args.Flag("customer"));
+  window.Open(CRecordWindow::kAddClose);
+  CUser& person = window.person();
+  person.SetFirstName(args.Value("first").value_or(""));
+  person.SetLastName(args.Value("last").value_or(""));
+  person.SetLogin(args.Value("login").value_or(""));
+  person.SetPassword(args.Value("user-password").value_or(""));
+  if (const auto group = args.Value("group")) person.SetGroupId(GroupArgument(doc, *group));
+  person.SetCompany(args.Value("company").value_or(""));
+  person.SetEmail(args.Value("email").value_or(""));
+  // A refusal has been told through the Ui, in the window's words.
+  if (!window.OnAcceptButton()) return 1;
+  out << person.GetName() << "\n";
+  return 0;
+}
+
+int Show(CDBDoc& doc, const Args& args, std::ostream& out, std::ostream& err) {
+  args.ExpectPositional(3, "user FILE NAME|LOGIN [--html]");
+  const std::string& wanted = args.positional()[2];
+  const ItemTable& people = *doc.GetTable(kUserTag);
+  for (std::uint32_t p = 1; p <= people.count(); ++p) {
+    const auto& person = static_cast<const CUser&>(*people.ItemAt(p));
+    if (person.deleted ||
+        (!SameLoginText(person.GetName(), wanted) &&
+         (person.GetLogin().empty() || !SameLoginText(person.GetLogin(), wanted)))) {
+      continue;
+    }
+    const PersonStatistics stats = GatherStatistics(
+        static_cast<const CDefectTable&>(*doc.GetTable(kDefectTag)), person.GetId());
+    std::string form;
+    if (args.Flag("html")) {
+      WritePersonHtml(doc, person, stats, form);
+    } else {
+      WritePersonText(doc, person, stats, form);
+    }
+    out << form;
+    return 0;
+  }
+  err << "There is no person \"" << wanted << "\".\n";
+  return 1;
+}
+
+}  // namespace
+
+int RunPeopleCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out,
+                     std::ostream& err) {
+  const auto& pos = args.positional();
+  if (pos[0] == "users") return List(doc, args, ui, out);
+  if (pos.size() < 3) {
+    throw UsageError{"usage: quillmark-cli user FILE NAME [--html] | user FILE add ..."};
+  }
+  if (pos[2] == "add") return Add(doc, args, ui, out);
+  return Show(doc, args, out, err);
+}
+
+}  // namespace qm::cli
