@@ -28,17 +28,6 @@ bool SameDay(std::uint32_t a, std::uint32_t b) {
   return x.year == y.year && x.month == y.month && x.day == y.day;
 }
 
-// The text forms end their lines in CR LF; the change text in a bare CR.
-std::string CrLfToCr(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    out += text[i];
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
-  }
-  return out;
-}
-
 // Hours as the history shows them; hours not given (below 0) read as 0.
 std::string Hours(double hours) { return FormatHours(std::max(hours, 0.0)); }
 

@@ -200,10 +200,6 @@ void CAssignEvent::Apply(DefectCopies& copies, std::uint32_t currentUserId) cons
   if (currentUserId != 0) copies.assignedToMe = currentUserId == userId;
 }
 
-std::unique_ptr<CDefectEvent> CAssignEvent::Clone() const {
-  return std::make_unique<CAssignEvent>(*this);
-}
-
 void CAssignEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
   TextLine(out, "Assigned to: ", UserName(lookups, userId));
   TextLine(out, "Date Assigned: ", FormatDate(date));
@@ -249,10 +245,6 @@ void CFixEvent::Apply(DefectCopies& copies, std::uint32_t) const {
   copies.affectsDocs = affectsDocs;
   copies.affectsTestPlan = affectsTestPlan;
   if (hours > 0) copies.hoursToFix = copies.hoursToFix < 0 ? hours : copies.hoursToFix + hours;
-}
-
-std::unique_ptr<CDefectEvent> CFixEvent::Clone() const {
-  return std::make_unique<CFixEvent>(*this);
 }
 
 void CFixEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
@@ -325,10 +317,6 @@ void CVerifyEvent::Apply(DefectCopies& copies, std::uint32_t) const {
   }
 }
 
-std::unique_ptr<CDefectEvent> CVerifyEvent::Clone() const {
-  return std::make_unique<CVerifyEvent>(*this);
-}
-
 // The result reads as in the event list: "Passed" or "Failed".
 void CVerifyEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
   TextLine(out, "Verified by: ", UserName(lookups, userId));
@@ -365,10 +353,6 @@ void CCloseEvent::Apply(DefectCopies& copies, std::uint32_t) const {
   copies.closeResolutionId = resolutionId;
   copies.closedById = userId;
   copies.dateClosed = date;
-}
-
-std::unique_ptr<CDefectEvent> CCloseEvent::Clone() const {
-  return std::make_unique<CCloseEvent>(*this);
 }
 
 void CCloseEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
@@ -416,10 +400,6 @@ void CReOpenEvent::Apply(DefectCopies& copies, std::uint32_t) const {
   copies.dateReopened = date;
 }
 
-std::unique_ptr<CDefectEvent> CReOpenEvent::Clone() const {
-  return std::make_unique<CReOpenEvent>(*this);
-}
-
 // The text form's two labels have no blank behind the colon, so the value touches it: that
 // is how this form has always read. The page form's labels have the blank.
 void CReOpenEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
@@ -462,10 +442,6 @@ void CEstimateEvent::Apply(DefectCopies& copies, std::uint32_t) const {
   copies.estimatedFixDate = estimatedDate;
   copies.estimatedHours = hours;
   copies.estimatedVersion = estimatedVersion;
-}
-
-std::unique_ptr<CDefectEvent> CEstimateEvent::Clone() const {
-  return std::make_unique<CEstimateEvent>(*this);
 }
 
 void CEstimateEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
@@ -515,10 +491,6 @@ void CEstimateEvent::WriteOwn(PayloadWriter& out) const {
   WriteFixedVersion(out, estimatedVersion);
 }
 
-std::unique_ptr<CDefectEvent> CCommentEvent::Clone() const {
-  return std::make_unique<CCommentEvent>(*this);
-}
-
 void CCommentEvent::WriteText(std::string& out, const DefectLookups& lookups) const {
   TextLine(out, "Comment by: ", UserName(lookups, userId));
   TextLine(out, "Date Entered: ", FormatDate(date));
@@ -549,10 +521,6 @@ void CReleaseNotesEvent::Apply(DefectCopies& copies, std::uint32_t) const {
   copies.hasReleaseNotes = true;
   copies.releaseVersion = releaseVersion;
   copies.releaseNotes = &notes;
-}
-
-std::unique_ptr<CDefectEvent> CReleaseNotesEvent::Clone() const {
-  return std::make_unique<CReleaseNotesEvent>(*this);
 }
 
 void CReleaseNotesEvent::WriteText(std::string& out, const DefectLookups& lookups) const {

@@ -139,23 +139,31 @@ class CDefectEvent {
   EventKind kind_;
 };
 
-class CAssignEvent : public CDefectEvent {
+// The base of each kind: its kind, and the copy every kind makes of itself the same way.
+template <class Kind, EventKind kKind>
+class EventOfKind : public CDefectEvent {
  public:
-  CAssignEvent() : CDefectEvent(EventKind::kAssign) {}
+  std::unique_ptr<CDefectEvent> Clone() const override {
+    return std::make_unique<Kind>(static_cast<const Kind&>(*this));
+  }
+
+ protected:
+  EventOfKind() : CDefectEvent(kKind) {}
+};
+
+class CAssignEvent : public EventOfKind<CAssignEvent, EventKind::kAssign> {
+ public:
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
 };
 
-class CFixEvent : public CDefectEvent {
+class CFixEvent : public EventOfKind<CFixEvent, EventKind::kFix> {
  public:
-  CFixEvent() : CDefectEvent(EventKind::kFix) {}
   std::string GetInfoText() const override;
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return 2; }
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
@@ -171,13 +179,11 @@ class CFixEvent : public CDefectEvent {
   void WriteOwn(PayloadWriter& out) const override;
 };
 
-class CVerifyEvent : public CDefectEvent {
+class CVerifyEvent : public EventOfKind<CVerifyEvent, EventKind::kVerify> {
  public:
-  CVerifyEvent() : CDefectEvent(EventKind::kVerify) {}
   std::string GetInfoText() const override;
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return passed ? 4 : 3; }
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
@@ -189,12 +195,10 @@ class CVerifyEvent : public CDefectEvent {
   void WriteOwn(PayloadWriter& out) const override;
 };
 
-class CCloseEvent : public CDefectEvent {
+class CCloseEvent : public EventOfKind<CCloseEvent, EventKind::kClose> {
  public:
-  CCloseEvent() : CDefectEvent(EventKind::kClose) {}
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return 5; }
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
@@ -206,23 +210,19 @@ class CCloseEvent : public CDefectEvent {
   void WriteOwn(PayloadWriter& out) const override;
 };
 
-class CReOpenEvent : public CDefectEvent {
+class CReOpenEvent : public EventOfKind<CReOpenEvent, EventKind::kReOpen> {
  public:
-  CReOpenEvent() : CDefectEvent(EventKind::kReOpen) {}
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
   std::uint16_t StatusAfter(std::uint16_t) const override { return 6; }
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
 };
 
-class CEstimateEvent : public CDefectEvent {
+class CEstimateEvent : public EventOfKind<CEstimateEvent, EventKind::kEstimate> {
  public:
-  CEstimateEvent() : CDefectEvent(EventKind::kEstimate) {}
   std::string GetInfoText() const override;
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
@@ -236,22 +236,18 @@ class CEstimateEvent : public CDefectEvent {
   void WriteOwn(PayloadWriter& out) const override;
 };
 
-class CCommentEvent : public CDefectEvent {
+class CCommentEvent : public EventOfKind<CCommentEvent, EventKind::kComment> {
  public:
-  CCommentEvent() : CDefectEvent(EventKind::kComment) {}
   void Apply(DefectCopies&, std::uint32_t) const override {}
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;
 };
 
-class CReleaseNotesEvent : public CDefectEvent {
+class CReleaseNotesEvent : public EventOfKind<CReleaseNotesEvent, EventKind::kReleaseNotes> {
  public:
-  CReleaseNotesEvent() : CDefectEvent(EventKind::kReleaseNotes) {}
   std::string GetInfoText() const override;
   void Apply(DefectCopies& copies, std::uint32_t currentUserId) const override;
-  std::unique_ptr<CDefectEvent> Clone() const override;
   void WriteText(std::string& out, const DefectLookups& lookups) const override;
   void WriteHtml(std::string& out, const DefectLookups& lookups) const override;
   void Print(PageForm& form, const DefectLookups& lookups) const override;

@@ -105,17 +105,6 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-// The edit control's CR LF line ends back to the bare CR of stored notes.
-std::string ToStoredLines(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    out += text[i];
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
-  }
-  return out;
-}
-
 // The finite number `text` starts with, after blanks, and how much of the text it took.
 // from_chars reads the same in every locale, as the stored hours must.
 std::optional<double> LeadingNumber(std::string_view text, std::size_t* used = nullptr) {
@@ -295,7 +284,7 @@ std::variant<EventDialogResult, EventDialogRefusal> EventDialog::Accept(EventDia
 void EventDialog::Store() {
   event_.userId = userId;
   event_.date = *ParseDate(dateText);
-  event_.notes = CutToCapacity(ToStoredLines(notes), CDefectEvent::kNotesCapacity);
+  event_.notes = CutToCapacity(CrLfToCr(notes), CDefectEvent::kNotesCapacity);
   const std::string version(CutToCapacity(versionText, kVersionCapacity));
   const bool noHours = Trim(hoursText).empty();
   switch (kind()) {

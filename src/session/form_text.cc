@@ -50,6 +50,16 @@ std::string CrToCrLf(std::string_view text) {
   return out;
 }
 
+std::string CrLfToCr(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    out += text[i];
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+  }
+  return out;
+}
+
 void TextLine(std::string& out, std::string_view label, std::string_view value) {
   out += label;
   out += value;

@@ -18,6 +18,8 @@ std::string QuoteText(std::string_view text);
 // Makes each lone CR a CR LF; a CR already followed by LF stays as it is. Stored texts end
 // their lines with a bare CR, text files with CR LF.
 std::string CrToCrLf(std::string_view text);
+// And back: each CR LF becomes a bare CR, as stored notes and the change text end lines.
+std::string CrLfToCr(std::string_view text);
 
 // A line of a text form: the label, the value, CR LF.
 void TextLine(std::string& out, std::string_view label, std::string_view value);
