@@ -267,7 +267,7 @@ class DefectFiles {
       FillDefect(source, ids, yearStart, n, defect, row);
       row.record = defect.Pack();
       std::uint32_t id = 0;
-      Check(store.AddRecord(kDefectsTag, row.record, &id), "add defect");
+      Check(store.AddRecord(kDefectTag, row.record, &id), "add defect");
       row.id = id;
       Insert(db, insert, row);
     }
@@ -552,7 +552,7 @@ inline void OpenAsAdmin(CDBDoc& doc, const std::string& path) {
 
 // The defect table a project's opening loaded.
 inline CDefectTable& DefectsOf(const CDBDoc& doc) {
-  return *static_cast<CDefectTable*>(doc.GetTable(kDefectsTag));
+  return *static_cast<CDefectTable*>(doc.GetTable(kDefectTag));
 }
 
 // Back to the order of the records, as the opening leaves the table.

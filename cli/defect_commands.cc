@@ -32,9 +32,7 @@ namespace {
 // The columns of a new defect list window.
 constexpr std::uint16_t kListColumns[] = {1, 2, 4, 5, 6};
 
-CDefectTable& Defects(CDBDoc& doc) {
-  return static_cast<CDefectTable&>(*doc.GetTable(kDefectsTag));
-}
+CDefectTable& Defects(CDBDoc& doc) { return static_cast<CDefectTable&>(*doc.GetTable(kDefectTag)); }
 
 // A field by its number or its short label ("summary", "No.").
 std::uint16_t FieldArgument(const std::string& word) {
@@ -307,7 +305,7 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
   if (args.Flag("dry-run") && !kind) {
     const bool duplicate = word == "duplicate";
     for (const CDefect* defect : LeaveOutLocked(
-             doc, kDefectsTag, selection, ui, duplicate ? kNotDuplicatedInUse : kNotDeletedInUse)) {
+             doc, kDefectTag, selection, ui, duplicate ? kNotDuplicatedInUse : kNotDeletedInUse)) {
       out << "Defect " << defect->FieldText(1) << " would be "
           << (duplicate ? "duplicated" : "deleted") << ".\n";
     }

@@ -207,8 +207,7 @@ SelectionAction::SelectionAction(CDBDoc& doc, CDefectTable& table, std::vector<C
 
 std::vector<CDefect*> SelectionAction::Eligible(DefectCommand command) {
   const CommandRow& row = Row(command);
-  std::vector<CDefect*> defects =
-      LeaveOutLocked(doc_, kDefectsTag, selection_, ui_, row.lockedText);
+  std::vector<CDefect*> defects = LeaveOutLocked(doc_, kDefectTag, selection_, ui_, row.lockedText);
   const auto filteredGo =
       std::erase_if(defects, [&row](const CDefect* d) { return In(row.filterOut, d->status()); });
   if (filteredGo > 0) ui_.Tell(std::string(row.filterText), ui::Icon::kWarning);
@@ -258,7 +257,7 @@ bool SelectionAction::Apply(CDefect& defect, const CDefectEvent& event, std::uin
       defect.dateModified = oldModified;
       return false;
     }
-    doc_.PostChangeNotice(kNoticeChanged, kDefectsTag, defect.GetId());
+    doc_.PostChangeNotice(kNoticeChanged, kDefectTag, defect.GetId());
   }
   std::string changeText;
   if (event.kind() == EventKind::kAssign) {

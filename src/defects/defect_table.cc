@@ -34,7 +34,7 @@ bool HasAttachments(const CDefect& d) {
 }  // namespace
 
 CDefectTable::CDefectTable(CProjectStore* store, ui::Ui& ui, const DefectLookups* lookups)
-    : ItemTable(store, kDefectsTag, ui), ui_(ui), lookups_(lookups) {
+    : ItemTable(store, kDefectTag, ui), ui_(ui), lookups_(lookups) {
   SetSortOrder({1, 1});
 }
 

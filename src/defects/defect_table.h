@@ -9,10 +9,10 @@
 #include "defects/defect.h"
 #include "defects/defect_lookups.h"
 #include "session/item_table.h"
+#include "session/table_tags.h"
 
 namespace qm {
 
-inline constexpr Tag kDefectsTag = MakeTag("dfct");
 // No secondary sort field.
 inline constexpr std::int16_t kNoSortField = -1;
 

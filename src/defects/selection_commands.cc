@@ -37,7 +37,7 @@ bool ConfirmDeleteForGood(ui::Ui& ui) {
 std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
                                        const std::vector<CDefect*>& selection, ui::Ui& ui) {
   std::vector<CDefect*> copies;
-  for (CDefect* source : LeaveOutLocked(doc, kDefectsTag, selection, ui, kNotDuplicatedInUse)) {
+  for (CDefect* source : LeaveOutLocked(doc, kDefectTag, selection, ui, kNotDuplicatedInUse)) {
     std::unique_ptr<CDefect> copy = source->Clone();
     copy->SetId(0);
     if (source->number != 0 &&
@@ -54,7 +54,7 @@ std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
 std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
                             const std::vector<CDefect*>& selection, ui::Ui& ui) {
   const std::vector<CDefect*> free =
-      LeaveOutLocked(doc, kDefectsTag, selection, ui, kNotDeletedInUse);
+      LeaveOutLocked(doc, kDefectTag, selection, ui, kNotDeletedInUse);
   if (free.empty()) return 0;
   if (!ConfirmDeleteForGood(ui)) return 0;
   std::uint32_t deleted = 0;
@@ -64,7 +64,7 @@ std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
     // The workbook lets go of the defect first: its task must not outlive it.
     if (workbook != nullptr) DropDefectTasks(*workbook, *defect);
     if (table.DeleteItem(*defect, false) != DBStatus::kOk) continue;
-    doc.PostChangeNotice(kNoticeDeleted, kDefectsTag, id);
+    doc.PostChangeNotice(kNoticeDeleted, kDefectTag, id);
     ++deleted;
   }
   return deleted;

@@ -17,6 +17,7 @@
 #include "session/project_host.h"
 #include "session/project_kinds.h"
 #include "session/project_records.h"
+#include "session/table_tags.h"
 #include "store/blocks.h"
 #include "store/project_store.h"
 #include "ui/ui.h"
@@ -30,10 +31,6 @@ inline constexpr std::array<Tag, 19> kProjectTables{
     MakeTag("prod"), MakeTag("stat"), MakeTag("comp"), MakeTag("rpro"), MakeTag("atch"),
     MakeTag("task"), MakeTag("sevr"), MakeTag("usta"), MakeTag("etmp")};
 
-inline constexpr Tag kDefectTag = MakeTag("dfct");
-inline constexpr Tag kUserTag = MakeTag("user");
-inline constexpr Tag kGroupTag = MakeTag("ugrp");
-inline constexpr Tag kTasksTag = MakeTag("task");
 // The two further counters of misc: attachment files and references.
 inline constexpr std::uint32_t kAttachmentCounterRecord = 5;
 inline constexpr std::uint32_t kReferenceCounterRecord = 6;

@@ -14,7 +14,7 @@ namespace qm {
 
 std::unique_ptr<ItemTable> ProjectItemKinds::MakeTable(Tag tag, CDBDoc& doc, ui::Ui& ui) const {
   CProjectStore* store = doc.store();
-  if (tag == kDefectsTag) {
+  if (tag == kDefectTag) {
     return std::make_unique<CDefectTable>(store, ui, std::make_unique<DocLookups>(doc));
   }
   if (tag == MakeTag("user")) return std::make_unique<CUserTable>(store, ui);

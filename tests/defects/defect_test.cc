@@ -361,7 +361,7 @@ TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
   ScriptedUi ui;
   CProjectStore store(ui);
   ASSERT_EQ(store.Create(dir.File("p.qmk"), 0), DBStatus::kOk);
-  ASSERT_EQ(store.AddTable(kDefectsTag, {}), DBStatus::kOk);
+  ASSERT_EQ(store.AddTable(kDefectTag, {}), DBStatus::kOk);
   ASSERT_EQ(store.AddTable(MakeTag("atch"), {}), DBStatus::kOk);
   std::uint32_t first = 0;
   std::uint32_t second = 0;
@@ -382,7 +382,7 @@ TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
   std::uint32_t count = 1;
   ASSERT_EQ(store.CountRecords(MakeTag("atch"), count), DBStatus::kOk);
   EXPECT_EQ(count, 0u);
-  ASSERT_EQ(store.CountRecords(kDefectsTag, count), DBStatus::kOk);
+  ASSERT_EQ(store.CountRecords(kDefectTag, count), DBStatus::kOk);
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(table.count(), 0u);
 }

@@ -20,7 +20,7 @@ class SelectionCommands : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(doc.NewProject(path, true), 1);
-    table = static_cast<CDefectTable*>(doc.GetTable(kDefectsTag));
+    table = static_cast<CDefectTable*>(doc.GetTable(kDefectTag));
   }
   CDefect* Add(const char* summary, std::uint32_t number, std::uint32_t foundBy,
                const char* description) {
@@ -76,7 +76,7 @@ TEST_F(SelectionCommands, DeleteLeavesOutLockedDefectsAndTellsTheOthers) {
     ScriptedUi childUi;
     CProjectStore store(childUi);
     if (store.Open(file) != DBStatus::kOk || store.LoginUser(77) != DBStatus::kOk ||
-        store.LockRecord(kDefectsTag, heldId, 77) != DBStatus::kOk) {
+        store.LockRecord(kDefectTag, heldId, 77) != DBStatus::kOk) {
       return 1;
     }
     c.Send("locked");
@@ -85,7 +85,7 @@ TEST_F(SelectionCommands, DeleteLeavesOutLockedDefectsAndTellsTheOthers) {
     if (store.GetNextMessage(notice) != DBStatus::kOk) return 2;
     std::vector<std::uint8_t> expected(8);
     BeWriter out(expected.data());
-    out.U32(kDefectsTag);
+    out.U32(kDefectTag);
     out.U32(freeId);
     return notice.kind == kNoticeDeleted && notice.data == expected ? 0 : 3;
   });

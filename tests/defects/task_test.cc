@@ -244,7 +244,7 @@ class Workbook : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(doc.NewProject(path, true), 1);
-    defects = static_cast<CDefectTable*>(doc.GetTable(kDefectsTag));
+    defects = static_cast<CDefectTable*>(doc.GetTable(kDefectTag));
     tasks = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
     ASSERT_NE(tasks, nullptr) << "the project makes the task table";
     me = doc.currentUserId();

@@ -46,7 +46,7 @@ class DefectWindowTest : public ::testing::Test {
     user->SetGroupId(made.GetTable(kGroupTag)->ItemAt(2)->GetId());
     std::unique_ptr<RecordItem> userItem = std::move(user);
     ASSERT_EQ(made.GetTable(kUserTag)->AddItem(userItem), DBStatus::kOk);
-    auto& defects = static_cast<CDefectTable&>(*made.GetTable(kDefectsTag));
+    auto& defects = static_cast<CDefectTable&>(*made.GetTable(kDefectTag));
     for (const char* summary : {"Crash on save", "Slow start", "Typo in help"}) {
       std::unique_ptr<RecordItem> d = defects.NewItem();
       auto& defect = static_cast<CDefect&>(*d);
@@ -67,7 +67,7 @@ class DefectWindowTest : public ::testing::Test {
     ASSERT_EQ(doc->OpenProject(path, ui::LoginEntry{login, ""}), 1);
     clock.now = 3'100'000'000u;
   }
-  CDefectTable& defects() { return static_cast<CDefectTable&>(*doc->GetTable(kDefectsTag)); }
+  CDefectTable& defects() { return static_cast<CDefectTable&>(*doc->GetTable(kDefectTag)); }
   CDefect& Defect(std::uint32_t position) { return *defects().DefectAt(position); }
 
   // A window whose dialogs follow `steps` in order, each checked for its kind.
@@ -362,7 +362,7 @@ TEST_F(DefectWindowTest, ASelectionActionLeavesOutTheDefectAnOpenWindowHolds) {
     FakeClock childClock;
     CDBDoc mine(childUi, childKinds, childHost);
     if (mine.OpenProject(file, ui::LoginEntry{"tess", ""}) != 1) return 1;
-    auto& table = static_cast<CDefectTable&>(*mine.GetTable(kDefectsTag));
+    auto& table = static_cast<CDefectTable&>(*mine.GetTable(kDefectTag));
     CDefectWindow window(
         mine, table, childUi, childMarks,
         [](CDefectEvent& e, EventDialogMode) -> std::optional<EventDialogResult> {
