@@ -72,7 +72,13 @@ CMainFrame::CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
   UpdateCommands();
 }
 
-CMainFrame::~CMainFrame() { CloseProject(); }
+CMainFrame::~CMainFrame() {
+  CloseProject();
+  // The windows that the base class destroys after this body may still signal: nothing of
+  // this frame, whose members are gone by then, may answer them.
+  area_->disconnect(this);
+  qApp->disconnect(this);
+}
 
 void CMainFrame::MakeMenus() {
   QMenu* file = menuBar()->addMenu("&File");

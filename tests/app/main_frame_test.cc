@@ -274,6 +274,16 @@ TEST_F(MainFrameTest, TheOptionsDialogShowsThePagesOfWhatIsOpen) {
   EXPECT_TRUE(options.viewOnDoubleClick);
 }
 
+TEST_F(MainFrameTest, TheProgramEndsWithItsWindowsOpen) {
+  {
+    app::CMainFrame ending(ui, preferences);
+    ending.show();
+    ASSERT_TRUE(ending.OpenProject(path, ui::LoginEntry{"admin", ""}));
+    ending.ShowList(kListWindowKinds[1]);
+    ASSERT_NE(ending.AddItem(), nullptr);
+  }  // the frame and every window in it go here, with nothing left to answer their signals
+}
+
 }  // namespace
 }  // namespace qm::test
 
