@@ -186,6 +186,20 @@ int CheckFile(CProjectStore& store, std::ostream& out) {
       out << TagText(tag) << " 0 " << Code(s) << "\n";
       ++damaged;
     }
+    TableEntry entry;
+    Check(store.GetTableEntry(tag, entry));
+    if (s == DBStatus::kOk && entry.count != index.size()) {
+      out << TagText(tag) << ": record count " << entry.count << " in the directory, "
+          << index.size() << " in the index\n";
+      ++damaged;
+    }
+    std::uint32_t highest = 0;
+    for (const IndexEntry& e : index) highest = std::max(highest, e.id);
+    if (highest >= entry.nextId) {
+      out << TagText(tag) << ": next id " << entry.nextId
+          << " in the directory, but the index holds id " << highest << "\n";
+      ++damaged;
+    }
     std::vector<std::uint8_t> payload;
     for (const IndexEntry& e : index) {
       s = store.ReadRecord(tag, e.id, payload);

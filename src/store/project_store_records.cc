@@ -94,6 +94,10 @@ void CProjectStore::LoadIndex(TableHandle& h) {
     if (i < head.count) h.maxId = std::max(h.maxId, h.entries[i].id);
   }
   h.head = head;
+  // A delete writes the moved entries before the head. A writer stopped between the two
+  // leaves the head counting one entry more than the index holds: that last entry is all
+  // zero (no record has id 0), and the delete counts as done.
+  while (h.head.count > 0 && h.entries[h.head.count - 1].id == 0) --h.head.count;
   h.heldOffset = entry.indexOffset;
   h.indexHeld = true;
 }
@@ -101,29 +105,24 @@ void CProjectStore::LoadIndex(TableHandle& h) {
 // Writes head and all capacity entries at the table's indexOffset.
 void CProjectStore::WriteIndexWhole(TableHandle& h) { WriteIndexRange(h, 0, h.head.capacity); }
 
-// Writes the head and the entries [first, end). Unused entries are zero on disk, so the
-// bytes after writing only what changed are those a whole rewrite leaves.
+// Writes the entries [first, end) and then, in a write of its own, the head. Unused
+// entries are zero on disk, so the bytes after writing only what changed are those a
+// whole rewrite leaves. The head goes last because its count commits the change: a
+// writer stopped before it leaves an index whose head still describes whole entries.
 void CProjectStore::WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end) {
   const std::uint32_t offset = EntryOf(h).indexOffset;
   if (offset == 0) Fail(DBStatus::kNoIndex);
-  std::uint8_t head[IndexHead::kSize];
-  h.head.Encode(head);
-  if (first == 0) {
-    std::vector<std::uint8_t> bytes(IndexHead::kSize + std::size_t{end} * IndexEntry::kSize);
-    std::memcpy(bytes.data(), head, sizeof head);
-    for (std::uint32_t i = 0; i < end; ++i) {
-      h.entries[i].Encode(bytes.data() + IndexHead::kSize + std::size_t{i} * IndexEntry::kSize);
-    }
-    Write(offset, bytes.data(), bytes.size());
-  } else {
+  if (end > first) {
     std::vector<std::uint8_t> bytes(std::size_t{end - first} * IndexEntry::kSize);
     for (std::uint32_t i = first; i < end; ++i) {
       h.entries[i].Encode(bytes.data() + std::size_t{i - first} * IndexEntry::kSize);
     }
     Write(std::uint64_t{offset} + IndexHead::kSize + std::uint64_t{first} * IndexEntry::kSize,
           bytes.data(), bytes.size());
-    Write(offset, head, sizeof head);
   }
+  std::uint8_t head[IndexHead::kSize];
+  h.head.Encode(head);
+  Write(offset, head, sizeof head);
   h.heldOffset = offset;
   h.indexHeld = true;
 }
@@ -154,10 +153,10 @@ void CProjectStore::InsertIntoIndex(TableHandle& h, std::uint32_t& id, std::uint
   h.maxId = std::max(h.maxId, id);
   const std::uint32_t slot = h.head.count;
   h.entries[slot] = {id, offset, size};
-  ++entry.count;
-  ++entry.revision;
   ++h.head.count;
   ++h.head.revision;
+  entry.count = h.head.count;
+  ++entry.revision;
   if (grows) {
     // The grown block goes to the end of the file; the old one stays as dead bytes.
     entry.indexOffset = FindHoleForRecord(
@@ -175,7 +174,7 @@ void CProjectStore::RemoveFromIndex(TableHandle& h, std::uint32_t slot) {
   std::copy(h.entries.begin() + slot + 1, h.entries.begin() + count, h.entries.begin() + slot);
   h.entries[count - 1] = IndexEntry{};
   --h.head.count;
-  --entry.count;
+  entry.count = h.head.count;
   ++entry.revision;
   WriteTableEntry(h);
   ++h.head.revision;
@@ -298,8 +297,13 @@ DBStatus CProjectStore::GetTableEntry(Tag tag, TableEntry& out) {
 }
 
 DBStatus CProjectStore::CountRecords(Tag tag, std::uint32_t& count) {
-  return RecordOperation(tag, Effect::kReads, EntryRefresh::kAlways,
-                         [&](TableHandle& h) { count = EntryOf(h).count; });
+  // The index is the truth: its head is written before the TableEntry, so a writer
+  // stopped between the two leaves the entry's count behind. Loading by the entry's count
+  // would lose the last record of the table.
+  return RecordOperation(tag, Effect::kReads, EntryRefresh::kAlways, [&](TableHandle& h) {
+    LoadIndex(h);
+    count = h.head.count;
+  });
 }
 
 DBStatus CProjectStore::GetRecordSize(Tag tag, std::uint32_t id, std::uint32_t& size) {
@@ -392,14 +396,15 @@ DBStatus CProjectStore::UpdateRecord(Tag tag, std::uint32_t id,
     LoadIndex(h);
     const std::uint32_t slot = FindEntry(h, id);
     const std::uint32_t stored = StoredSize(data.size());
-    const IndexEntry old = h.entries[slot];
-    // Same length: overwritten in place. Otherwise the old record stays valid until the
-    // index points at the new one.
-    const std::uint32_t position = stored == old.size ? old.offset : FindHoleForRecord(stored);
+    // The new version is written apart from the old one, even at the same length: a
+    // writer killed inside the write would otherwise leave neither version whole. The
+    // old record stays valid until the index points at the new one.
+    const std::uint32_t position = FindHoleForRecord(stored);
     (void)WriteStoredRecord(position, tag, id, data);
     h.entries[slot] = {id, position, stored};
     ++h.head.revision;
     WriteIndexRange(h, slot, slot + 1);
+    EntryOf(h).count = h.head.count;
     WriteTableEntry(h);
   });
 }

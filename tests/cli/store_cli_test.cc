@@ -96,6 +96,20 @@ TEST_F(StoreCli, FailuresSayWhatWentWrong) {
   r = Run("store check " + File());
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.out, "dfct 2 1036\n");
+  // A directory entry one record and one id behind its index, as a writer stopped between
+  // writing the two leaves it, is named; the index still decides what the table holds.
+  const std::string info = Run("store info " + File()).out;
+  const std::size_t at = info.find("\"tableDirectoryOffset\":") + 23;
+  const std::size_t entry = std::stoul(info.substr(at)) + 12 + 20;
+  bytes[entry + 7] -= 1;   // count 2 -> 1
+  bytes[entry + 11] -= 1;  // nextId 3 -> 2
+  WriteFileBytes(dir.File("p.qmk"), bytes);
+  r = Run("store check " + File());
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.out,
+            "dfct: record count 1 in the directory, 2 in the index\n"
+            "dfct: next id 2 in the directory, but the index holds id 2\n"
+            "dfct 2 1036\n");
 
   std::ofstream(dir.File("not.qmk")) << std::string(200, 'x');
   r = Run("store info '" + dir.File("not.qmk") + "'");
