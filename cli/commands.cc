@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <ostream>
 #include <set>
@@ -49,7 +50,10 @@ std::vector<std::string> Split(const std::string& text, const std::string& separ
   return parts;
 }
 
-bool IsPlaceholder(const std::string& word) { return !word.empty() && std::isupper(word[0]); }
+// "FILE", "NAME|LOGIN": a word that stands for what the person types.
+bool IsPlaceholder(const std::string& word) {
+  return !word.empty() && std::isupper(static_cast<unsigned char>(word[0])) != 0;
+}
 
 bool SlotTakes(const std::string& slot, const std::string& word) {
   if (IsPlaceholder(slot)) return true;
