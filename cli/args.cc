@@ -10,6 +10,7 @@ Args::Args(const std::vector<std::string>& words, const std::set<std::string>& v
     const std::string& w = words[i];
     if (w.size() > 2 && w.rfind("--", 0) == 0) {
       std::string name = w.substr(2);
+      given_.push_back(name);
       if (valued.count(name) != 0) {
         if (i + 1 >= words.size()) throw UsageError{"--" + name + " needs a value."};
         values_[name] = words[++i];
@@ -38,10 +39,6 @@ std::uint32_t Args::RequiredNumber(const std::string& name) const {
                      "\"."};
   }
   return n;
-}
-
-void Args::ExpectPositional(std::size_t n, const std::string& usage) const {
-  if (positional_.size() != n) throw UsageError{"usage: quillmark-cli " + usage};
 }
 
 }  // namespace qm::cli

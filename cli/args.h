@@ -25,13 +25,14 @@ class Args {
   std::optional<std::string> Value(const std::string& name) const;
   // A value that must be there and be a whole number within 32 bits.
   std::uint32_t RequiredNumber(const std::string& name) const;
-  // Refuses a command with other than `n` words after it.
-  void ExpectPositional(std::size_t n, const std::string& usage) const;
+  // The names of the options given, flags and valued ones, in the order typed.
+  const std::vector<std::string>& OptionNames() const { return given_; }
 
  private:
   std::vector<std::string> positional_;
   std::set<std::string> flags_;
   std::map<std::string, std::string> values_;
+  std::vector<std::string> given_;
 };
 
 }  // namespace qm::cli

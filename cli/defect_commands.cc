@@ -1,7 +1,5 @@
 // quillmark-cli defects and defect: the defect list and the commands run on a selection of
 // it, one defect's forms and events, and new defects.
-#include "defect_commands.h"
-
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -10,7 +8,7 @@
 #include <utility>
 #include <variant>
 
-#include "defects/change_history.h"
+#include "command.h"
 #include "defects/defect_actions.h"
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
@@ -45,8 +43,9 @@ std::uint16_t FieldArgument(const std::string& word) {
   throw UsageError{"There is no defect field \"" + word + "\"."};
 }
 
-int List(CDBDoc& doc, const Args& args, std::ostream& out) {
-  args.ExpectPositional(2, "defects FILE [--sort FIELD[,FIELD2]] [--desc] [--json]");
+int List(CDBDoc& doc, Context& c) {
+  const Args& args = c.args;
+  std::ostream& out = c.out;
   CDefectTable& table = Defects(doc);
   SortOrder order{1, args.Flag("desc") ? std::int16_t{2} : std::int16_t{1}};
   std::int16_t secondary = kNoSortField;
@@ -135,16 +134,17 @@ std::uint32_t UserArgument(CDBDoc& doc, const Args& args, const char* option) {
 // A new defect as the defect window in its add mode makes it: entered by the user logged
 // in, reported by the --found-by user, numbered when the project numbers on entry. Prints
 // its number, or with --dry-run its text form, and then adds nothing.
-int Add(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
-  args.ExpectPositional(3, "defect FILE add --summary TEXT [--type NAME] ...");
-  const auto summary = args.Value("summary");
-  if (!summary || summary->empty()) throw UsageError{"A new defect needs --summary TEXT."};
+int Add(CDBDoc& doc, Context& c) {
+  const Args& args = c.args;
+  std::ostream& out = c.out;
+  const std::string summary = *args.Value("summary");
+  if (summary.empty()) throw UsageError{"A new defect needs --summary TEXT."};
   EditMarks marks;
-  CDefectWindow window(doc, Defects(doc), ui, marks,
+  CDefectWindow window(doc, Defects(doc), c.ui, marks,
                        [](CDefectEvent&, EventDialogMode) { return std::nullopt; });
   window.Open(CRecordWindow::kAddClose);
   CDefect& defect = window.defect();
-  defect.summary = std::string(CutToCapacity(*summary, kStringCapacity));
+  defect.summary = std::string(CutToCapacity(summary, kStringCapacity));
   defect.typeId = ValueArgument(doc, args, "type", MakeTag("type"), true);
   defect.priorityId = ValueArgument(doc, args, "priority", MakeTag("prio"), true);
   defect.severityId = ValueArgument(doc, args, "severity", MakeTag("sevr"), true);
@@ -167,15 +167,30 @@ int Add(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
   return 0;
 }
 
-// The event kinds by the words of the command line.
+// The event kinds by the words of the command line, with the options of their dialogs.
+struct EventWordRow {
+  const char* word;
+  EventKind kind;
+  const char* options;
+};
+constexpr EventWordRow kEventWords[] = {
+    {"assign", EventKind::kAssign, "[--to LOGIN] [--date DATE] [--notes TEXT]"},
+    {"estimate", EventKind::kEstimate,
+     "[--by LOGIN] [--date DATE] [--notes TEXT] [--hours H] [--completion DATE] [--version TEXT]"},
+    {"fix", EventKind::kFix,
+     "[--by LOGIN] [--date DATE] [--notes TEXT] [--hours H] [--version TEXT] "
+     "[--resolution NAME] [--docs] [--test-plan]"},
+    {"verify", EventKind::kVerify, "[--by LOGIN] [--date DATE] [--notes TEXT] [--pass|--fail]"},
+    {"close", EventKind::kClose, "[--by LOGIN] [--date DATE] [--notes TEXT] [--resolution NAME]"},
+    {"reopen", EventKind::kReOpen, "[--by LOGIN] [--date DATE] [--notes TEXT]"},
+    {"comment", EventKind::kComment, "[--by LOGIN] [--date DATE] [--notes TEXT]"},
+    {"release", EventKind::kReleaseNotes,
+     "[--by LOGIN] [--date DATE] [--notes TEXT] [--version TEXT]"},
+};
+
 std::optional<EventKind> EventWord(const std::string& word) {
-  static const std::pair<const char*, EventKind> kWords[] = {
-      {"assign", EventKind::kAssign},   {"estimate", EventKind::kEstimate},
-      {"fix", EventKind::kFix},         {"verify", EventKind::kVerify},
-      {"close", EventKind::kClose},     {"reopen", EventKind::kReOpen},
-      {"comment", EventKind::kComment}, {"release", EventKind::kReleaseNotes}};
-  for (const auto& [name, kind] : kWords) {
-    if (word == name) return kind;
+  for (const EventWordRow& row : kEventWords) {
+    if (word == row.word) return row.kind;
   }
   return std::nullopt;
 }
@@ -241,8 +256,15 @@ std::string Printable(std::string text) {
 // Adds an event as the defect's window does, in edit mode: under the record lock, with the
 // command offered only by the status and the user's right, the options filling the
 // dialog. Prints the change text saved, or with --dry-run the text saving would write.
-int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, ui::Ui& ui,
-             std::ostream& out, std::ostream& err) {
+int AddEvent(CDBDoc& doc, Context& c) {
+  const Args& args = c.args;
+  std::ostream& out = c.out;
+  std::ostream& err = c.err;
+  CDefect* found = FindDefect(doc, args.positional()[2], err);
+  if (found == nullptr) return 1;
+  CDefect& defect = *found;
+  const EventKind kind = *EventWord(args.positional()[3]);
+  ui::Ui& ui = c.ui;
   EditMarks marks;
   std::optional<std::string_view> refusal;
   CDefectWindow window(doc, Defects(doc), ui, marks, FilledDialog(doc, args, refusal));
@@ -275,7 +297,7 @@ int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, ui:
     out << Printable(window.PendingChangeText());
     return 0;
   }
-  window.OnAcceptButton();
+  (void)window.OnAcceptButton();
   out << "Defect " << number << ": " << defect.GetStatusText() << "\n"
       << Printable(window.changeText());
   return 0;
@@ -283,21 +305,20 @@ int AddEvent(CDBDoc& doc, CDefect& defect, EventKind kind, const Args& args, ui:
 
 // A command of the defect list on the defects of --numbers, as a person selecting them
 // would run it: the messages go to the Ui, the one dialog is filled from the options, and
-// closes with OK.
-int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostream& err) {
-  args.ExpectPositional(4, "defects FILE act ACTION --numbers N[,N...] [event options]");
+// closes with OK. Prints each defect changed with its status, and an assignment's change
+// text, which is what the notification of that defect carries.
+int Act(CDBDoc& doc, Context& c) {
+  const Args& args = c.args;
+  std::ostream& out = c.out;
+  std::ostream& err = c.err;
+  ui::Ui& ui = c.ui;
   const std::string& word = args.positional()[3];
   const auto kind = EventWord(word);
-  if (!kind && word != "duplicate" && word != "delete") {
-    throw UsageError{"Unknown defect command \"" + word +
-                     "\"; the actions are the events, duplicate and delete."};
-  }
-  const auto numbers = args.Value("numbers");
-  if (!numbers) throw UsageError{"defects FILE act ACTION needs --numbers N[,N...]."};
+  const std::string numbers = *args.Value("numbers");
   std::vector<CDefect*> selection;
-  for (std::size_t from = 0; from <= numbers->size();) {
-    const std::size_t comma = std::min(numbers->find(',', from), numbers->size());
-    CDefect* defect = FindDefect(doc, numbers->substr(from, comma - from), err);
+  for (std::size_t from = 0; from <= numbers.size();) {
+    const std::size_t comma = std::min(numbers.find(',', from), numbers.size());
+    CDefect* defect = FindDefect(doc, numbers.substr(from, comma - from), err);
     if (defect == nullptr) return 1;
     selection.push_back(defect);
     from = comma + 1;
@@ -327,9 +348,6 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
     err << "Your user group does not allow \"" << CommandName(command) << "\".\n";
     return 1;
   }
-  // The defects as they were, for the change texts.
-  std::map<std::uint32_t, std::unique_ptr<CDefect>> before;
-  for (const CDefect* defect : selection) before[defect->GetId()] = defect->Clone();
   std::optional<std::string_view> refusal;
   const CDefectWindow::RunEventDialog dialog = FilledDialog(doc, args, refusal);
   SelectionAction action(
@@ -339,51 +357,72 @@ int Act(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostre
   // OK asks for no next command.
   (void)action.Run(command);
   if (refusal) err << *refusal << "\n";
-  const DocLookups lookups(doc);
   for (const SelectionAction::Changed& changed : action.changed()) {
-    std::string text;
-    BuildChangeText(lookups, *before.at(changed.defect->GetId()), *changed.defect, text);
     out << "Defect " << changed.defect->FieldText(1) << ": " << changed.defect->GetStatusText()
-        << "\n"
-        << Printable(text);
+        << "\n";
+    if (!changed.changeText.empty()) out << Printable(changed.changeText) << "\n";
   }
-  return refusal ? 1 : 0;
+  // Nothing changed: the dialog refused, or the messages said why each defect was left out.
+  return refusal || action.changed().empty() ? 1 : 0;
 }
 
-}  // namespace
-
-int RunDefectCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out,
-                     std::ostream& err) {
-  const auto& pos = args.positional();
-  if (pos[0] == "defects") {
-    return pos.size() > 2 && pos[2] == "act" ? Act(doc, args, ui, out, err) : List(doc, args, out);
-  }
-  if (pos.size() < 3) {
-    throw UsageError{
-        "usage: quillmark-cli defect FILE NUMBER [--text|--html] | defect FILE add ..."};
-  }
-  if (pos[2] == "add") return Add(doc, args, ui, out);
-  if (pos.size() == 4) {
-    const auto kind = EventWord(pos[3]);
-    if (!kind) {
-      throw UsageError{"Unknown defect command \"" + pos[3] +
-                       "\"; the events are assign, estimate, fix, verify, close, reopen, "
-                       "comment and release."};
-    }
-    CDefect* defect = FindDefect(doc, pos[2], err);
-    return defect != nullptr ? AddEvent(doc, *defect, *kind, args, ui, out, err) : 1;
-  }
-  args.ExpectPositional(3, "defect FILE NUMBER [--text|--html]");
-  const CDefect* defect = FindDefect(doc, pos[2], err);
+int Show(CDBDoc& doc, Context& c) {
+  const CDefect* defect = FindDefect(doc, c.args.positional()[2], c.err);
   if (defect == nullptr) return 1;
   std::string form;
-  if (args.Flag("html")) {
+  if (c.args.Flag("html")) {
     defect->WriteHtml(form);
   } else {
     defect->WriteText(form);
   }
-  out << form;
+  c.out << form;
   return 0;
+}
+
+}  // namespace
+
+const std::vector<Command>& DefectCommands() {
+  static const std::vector<Command> kRows = [] {
+    std::vector<Command> rows{{"defects FILE", "[--sort FIELD[,FIELD2]] [--desc] [--json]",
+                               "the defect list; FIELD by number or label", List}};
+    for (const EventWordRow& event : kEventWords) {
+      rows.push_back({std::string("defects FILE act ") + event.word,
+                      std::string("--numbers N[,N...] ") + event.options + " [--dry-run]",
+                      &event == &kEventWords[0]
+                          ? "one event for the defects that may take it, as\n"
+                            "the list's command on that selection adds it;\n"
+                            "prints each defect changed, with an assignment's\n"
+                            "change text; --dry-run only shows them"
+                          : "",
+                      Act});
+    }
+    rows.push_back({"defects FILE act duplicate|delete", "--numbers N[,N...] [--dry-run]",
+                    "copies, or deletes for good after asking;\n"
+                    "--dry-run names the defects and keeps them",
+                    Act});
+    rows.push_back(
+        {"defect FILE NUMBER", "[--text|--html]", "one defect's text or HTML form", Show});
+    rows.push_back({"defect FILE add",
+                    "--summary TEXT [--type NAME] [--priority NAME] [--severity NAME] "
+                    "[--product NAME] [--component NAME] [--description TEXT] [--found-by LOGIN] "
+                    "[--version-found TEXT] [--dry-run]",
+                    "a new defect; prints its number, or with\n"
+                    "--dry-run its text form and adds nothing",
+                    Add});
+    for (const EventWordRow& event : kEventWords) {
+      rows.push_back({std::string("defect FILE NUMBER ") + event.word,
+                      std::string(event.options) + " [--dry-run]",
+                      &event == &kEventWords[0]
+                          ? "adds an event as the defect's window does, when\n"
+                            "the status and your rights offer it and nobody\n"
+                            "else is editing the defect; prints the change\n"
+                            "text; --dry-run prints it and saves nothing"
+                          : "",
+                      AddEvent});
+    }
+    return rows;
+  }();
+  return kRows;
 }
 
 }  // namespace qm::cli

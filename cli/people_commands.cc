@@ -1,9 +1,9 @@
 // quillmark-cli users and user: the user and customer lists as their windows show them,
 // one person's text or HTML form with the statistics, and a new person added as the person
 // window adds one, under its checks.
-#include "people_commands.h"
-
 #include <ostream>
+
+#include "command.h"
 
 #include "defects/defect_table.h"
 #include "people/user.h"
@@ -15,8 +15,10 @@
 namespace qm::cli {
 namespace {
 
-int List(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
-  args.ExpectPositional(2, "users FILE [--customers]");
+int List(CDBDoc& doc, Context& context) {
+  const Args& args = context.args;
+  ui::Ui& ui = context.ui;
+  std::ostream& out = context.out;
   ItemTable& people = *doc.GetTable(kUserTag);
   const ItemTable* defects = doc.GetTable(kDefectTag);
   std::unique_ptr<CUserListView> list;
@@ -51,10 +53,10 @@ std::uint32_t GroupArgument(CDBDoc& doc, const std::string& name) {
   throw UsageError{"There is no user group \"" + name + "\"."};
 }
 
-int Add(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
-  args.ExpectPositional(3, "user FILE add --last NAME [--first NAME] ...");
+int Add(CDBDoc& doc, Context& c) {
+  const Args& args = c.args;
   EditMarks marks;
-  CPersonWindow window(doc, *doc.GetTable(kUserTag), ui, marks, args.Flag("customer"));
+  CPersonWindow window(doc, *doc.GetTable(kUserTag), c.ui, marks, args.Flag("customer"));
   window.Open(CRecordWindow::kAddClose);
   CUser& person = window.person();
   person.SetFirstName(args.Value("first").value_or(""));
@@ -66,13 +68,12 @@ int Add(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out) {
   person.SetEmail(args.Value("email").value_or(""));
   // A refusal has been told through the Ui, in the window's words.
   if (!window.OnAcceptButton()) return 1;
-  out << person.GetName() << "\n";
+  c.out << person.GetName() << "\n";
   return 0;
 }
 
-int Show(CDBDoc& doc, const Args& args, std::ostream& out, std::ostream& err) {
-  args.ExpectPositional(3, "user FILE NAME|LOGIN [--html]");
-  const std::string& wanted = args.positional()[2];
+int Show(CDBDoc& doc, Context& c) {
+  const std::string& wanted = c.args.positional()[2];
   const ItemTable& people = *doc.GetTable(kUserTag);
   for (std::uint32_t p = 1; p <= people.count(); ++p) {
     const auto& person = static_cast<const CUser&>(*people.ItemAt(p));
@@ -84,29 +85,30 @@ int Show(CDBDoc& doc, const Args& args, std::ostream& out, std::ostream& err) {
     const PersonStatistics stats = GatherStatistics(
         static_cast<const CDefectTable&>(*doc.GetTable(kDefectTag)), person.GetId());
     std::string form;
-    if (args.Flag("html")) {
+    if (c.args.Flag("html")) {
       WritePersonHtml(doc, person, stats, form);
     } else {
       WritePersonText(doc, person, stats, form);
     }
-    out << form;
+    c.out << form;
     return 0;
   }
-  err << "There is no person \"" << wanted << "\".\n";
+  c.err << "There is no person \"" << wanted << "\".\n";
   return 1;
 }
 
 }  // namespace
 
-int RunPeopleCommand(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out,
-                     std::ostream& err) {
-  const auto& pos = args.positional();
-  if (pos[0] == "users") return List(doc, args, ui, out);
-  if (pos.size() < 3) {
-    throw UsageError{"usage: quillmark-cli user FILE NAME [--html] | user FILE add ..."};
-  }
-  if (pos[2] == "add") return Add(doc, args, ui, out);
-  return Show(doc, args, out, err);
+const std::vector<Command>& PeopleCommands() {
+  static const std::vector<Command> kRows = {
+      {"users FILE", "[--customers]", "the user list, or the customer list", List},
+      {"user FILE NAME|LOGIN", "[--html]", "one person's text or HTML form, with statistics", Show},
+      {"user FILE add",
+       "--last NAME [--first NAME] [--login LOGIN --user-password TEXT --group NAME] "
+       "[--customer [--company NAME]] [--email ADDRESS]",
+       "a new person, checked as the person window\nchecks one", Add},
+  };
+  return kRows;
 }
 
 }  // namespace qm::cli

@@ -1,18 +1,10 @@
 // The project commands of quillmark-cli: new, info and values.
-#include "project_commands.h"
-
-#include <unistd.h>
-
 #include <fstream>
-#include <iterator>
 #include <ostream>
-#include <set>
 
-#include "args.h"
 #include "cli_host.h"
-#include "defect_commands.h"
+#include "command.h"
 #include "defects/project_defects.h"
-#include "people_commands.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
 #include "session/value_lists.h"
@@ -23,9 +15,6 @@
 namespace qm::cli {
 
 namespace {
-
-// The command could not be done as asked; what was shown says why.
-struct Refused {};
 
 bool SameText(std::string_view a, std::string_view b) { return SameLoginText(a, b); }
 
@@ -60,76 +49,88 @@ void PrintNames(const std::vector<std::string>& names, std::ostream& out) {
   for (const std::string& name : names) out << name << "\n";
 }
 
-int Values(CDBDoc& doc, const Args& args, ui::Ui& ui, std::ostream& out, std::ostream& err) {
-  const auto& pos = args.positional();
-  if (pos.size() < 3) {
-    throw UsageError{
-        "usage: quillmark-cli values FILE LIST [add NAME | rename OLD NEW | delete "
-        "NAME [--replace-with NAME] | move NAME up|down]"};
-  }
+// A typed name as the name dialog takes it, without the blanks around it.
+std::string Trimmed(const std::string& typed) {
+  const std::size_t first = typed.find_first_not_of(" \t");
+  if (first == std::string::npos) return {};
+  return typed.substr(first, typed.find_last_not_of(" \t") + 1 - first);
+}
+
+int Values(CDBDoc& doc, Context& c) {
+  const auto& pos = c.args.positional();
   const Tag tag = ListTag(pos[2]);
   auto& table = static_cast<CValueTable&>(*doc.GetTable(tag));
   const ValueListSettings* list = FindValueList(tag);
   if (pos.size() == 3) {
     std::vector<std::string> names;
     for (std::uint32_t p = 1; p <= table.count(); ++p) names.push_back(table.ValueAt(p)->name);
-    PrintNames(names, out);
+    PrintNames(names, c.out);
     return 0;
   }
   if (list == nullptr) {
-    err << "The Status names are fixed.\n";
+    c.err << "The Status names are fixed.\n";
     return 1;
   }
   auto* defects = dynamic_cast<CDefectTable*>(doc.GetTable(kDefectTag));
   std::optional<DefectValueAccess> access;
   if (defects != nullptr) access.emplace(*defects);
-  ValueSetup setup(table, *list, access ? &*access : nullptr, ui, doc.currentUserId());
+  ValueSetup setup(table, *list, access ? &*access : nullptr, c.ui, doc.currentUserId());
   if (!setup.Open()) return 1;
   const std::string& verb = pos[3];
   const std::string listWord(list->titleWord);
   const std::vector<std::string> before = setup.Names();
+  // The dialogs refuse a name in use with their own message; the refusals below are those
+  // the window makes without one, by disabling a button or leaving the list as it was.
+  const auto refuse = [&c](const std::string& message) {
+    c.err << message << "\n";
+    throw Refused{};
+  };
   if (verb == "add") {
-    args.ExpectPositional(5, "values FILE LIST add NAME");
-    if (!setup.Add(pos[4])) throw Refused{};
+    if (!setup.Add(pos[4]) && Trimmed(pos[4]).empty()) {
+      refuse("A name cannot be empty; nothing was added to the " + listWord + " list.");
+    }
   } else if (verb == "rename") {
-    args.ExpectPositional(6, "values FILE LIST rename OLD NEW");
-    setup.Select(RowOf(before, pos[4], listWord, err));
-    if (!setup.Edit(pos[5])) throw Refused{};
+    const std::uint32_t row = RowOf(before, pos[4], listWord, c.err);
+    setup.Select(row);
+    if (!setup.Edit(pos[5])) {
+      if (Trimmed(pos[5]).empty()) {
+        refuse("A name cannot be empty; \"" + before[row - 1] + "\" was kept.");
+      }
+      if (Trimmed(pos[5]) == before[row - 1]) {
+        refuse("The name is \"" + before[row - 1] + "\" already; nothing was changed.");
+      }
+    }
   } else if (verb == "delete") {
-    args.ExpectPositional(5, "values FILE LIST delete NAME [--replace-with NAME]");
-    setup.Select(RowOf(before, pos[4], listWord, err));
+    setup.Select(RowOf(before, pos[4], listWord, c.err));
     if (setup.Delete() == ValueSetup::DeleteStep::kChooseReplacement) {
       const ReplacementQuestion& question = setup.replacementQuestion();
-      err << question.text << "\n";
-      const auto replacement = args.Value("replace-with");
+      c.err << question.text << "\n";
+      const auto replacement = c.args.Value("replace-with");
       if (!replacement) {
-        err << question.label << " give one of the other names with --replace-with.\n";
+        c.err << question.label << " give one of the other names with --replace-with.\n";
         setup.ChooseReplacement(std::nullopt);
         throw Refused{};
       }
-      setup.ChooseReplacement(RowOf(question.names, *replacement, listWord, err));
-    }
-  } else if (verb == "move") {
-    args.ExpectPositional(6, "values FILE LIST move NAME up|down");
-    setup.Select(RowOf(before, pos[4], listWord, err));
-    if (pos[5] == "up") {
-      setup.MoveUp();
-    } else if (pos[5] == "down") {
-      setup.MoveDown();
-    } else {
-      throw UsageError{"A name moves up or down, not \"" + pos[5] + "\"."};
+      setup.ChooseReplacement(RowOf(question.names, *replacement, listWord, c.err));
     }
   } else {
-    throw UsageError{"Unknown values command \"" + verb +
-                     "\"; the commands are add, rename, delete and move."};
+    const std::uint32_t row = RowOf(before, pos[4], listWord, c.err);
+    setup.Select(row);
+    const bool up = pos[5] == "up";
+    if (up ? row == 1 : row == before.size()) {
+      refuse("\"" + before[row - 1] + "\" is the " + (up ? "first" : "last") + " name of the " +
+             listWord + " list already.");
+    }
+    up ? setup.MoveUp() : setup.MoveDown();
   }
   const std::vector<std::string> after = setup.Names();
-  PrintNames(after, out);
-  // A question answered Cancel, or a move at the end of the list, changes nothing.
+  PrintNames(after, c.out);
+  // A question answered Cancel changes nothing; the question said what was at stake.
   return after != before ? 0 : 1;
 }
 
-void Info(CDBDoc& doc, std::ostream& out) {
+int Info(CDBDoc& doc, Context& c) {
+  std::ostream& out = c.out;
   CProjectStore& store = *doc.store();
   const ProjectInfo& info = doc.info();
   out << "Project: " << info.projectName << "\n"
@@ -146,11 +147,13 @@ void Info(CDBDoc& doc, std::ostream& out) {
     out << "Logged in:\n";
     for (const std::string& name : doc.ActiveUserNames()) out << "  " << name << "\n";
   }
+  return 0;
 }
 
-int NewProject(const Args& args, ui::Ui& ui, CAppPreferences& preferences, std::ostream& out,
-               std::ostream& err) {
-  args.ExpectPositional(2, "new FILE [--single-user]");
+int NewProject(Context& c) {
+  const Args& args = c.args;
+  std::ostream& out = c.out;
+  std::ostream& err = c.err;
   const std::string& path = args.positional()[1];
   if (std::ifstream(path).good()) {
     err << ExistingFileText(path) << "\n";
@@ -158,8 +161,8 @@ int NewProject(const Args& args, ui::Ui& ui, CAppPreferences& preferences, std::
   }
   const bool multiUser = !args.Flag("single-user");
   ProjectItemKinds kinds;
-  CliHost host(preferences, false);
-  CDBDoc doc(ui, kinds, host);
+  CliHost host(c.preferences, false);
+  CDBDoc doc(c.ui, kinds, host);
   try {
     doc.NewProject(path, multiUser);
   } catch (const StoreError& e) {
@@ -185,115 +188,21 @@ int NewProject(const Args& args, ui::Ui& ui, CAppPreferences& preferences, std::
 
 }  // namespace
 
-const char* ProjectUsage() {
-  return "  new FILE [--single-user]           make a project with its tables, lists and\n"
-         "                                     administrator\n"
-         "  info FILE                          name, version, tables and who is logged in\n"
-         "  values FILE LIST                   the names of a value list (Type, Resolution,\n"
-         "                                     Priority, Product, Reproducible, Severity,\n"
-         "                                     Component, Disposition, Status)\n"
-         "  values FILE LIST add NAME\n"
-         "  values FILE LIST rename OLD NEW\n"
-         "  values FILE LIST delete NAME [--replace-with NAME]\n"
-         "  values FILE LIST move NAME up|down\n"
-         "  defects FILE [--sort FIELD[,FIELD2]] [--desc] [--json]\n"
-         "                                     the defect list; FIELD by number or label\n"
-         "  defects FILE act EVENT --numbers N[,N...] [the options of a defect's EVENT]\n"
-         "      [--dry-run]                    one event for the defects that may take it, as\n"
-         "                                     the list's command on that selection adds it;\n"
-         "                                     prints each change, which --dry-run only shows\n"
-         "  defects FILE act duplicate|delete --numbers N[,N...] [--dry-run]\n"
-         "                                     copies, or deletes for good after asking;\n"
-         "                                     --dry-run names the defects and keeps them\n"
-         "  defect FILE NUMBER [--text|--html]  one defect's text or HTML form\n"
-         "  defect FILE add --summary TEXT [--type NAME] [--priority NAME] [--severity NAME]\n"
-         "      [--product NAME] [--component NAME] [--description TEXT] [--found-by LOGIN]\n"
-         "      [--version-found TEXT] [--dry-run]\n"
-         "                                     a new defect; prints its number, or with\n"
-         "                                     --dry-run its text form and adds nothing\n"
-         "  defect FILE NUMBER EVENT [--to LOGIN|--by LOGIN] [--date DATE] [--notes TEXT]\n"
-         "      [--hours H] [--version TEXT] [--resolution NAME] [--completion DATE]\n"
-         "      [--pass|--fail] [--docs] [--test-plan]\n"
-         "                                     adds an event as the defect's window does:\n"
-         "                                     assign, estimate, fix, verify, close, reopen,\n"
-         "                                     comment or release, when the status and your\n"
-         "                                     rights offer it and nobody else is editing the\n"
-         "                                     defect; prints the change text; --dry-run\n"
-         "                                     prints it and saves nothing\n"
-         "  users FILE [--customers]           the user list, or the customer list\n"
-         "  user FILE NAME|LOGIN [--html]      one person's text or HTML form, with statistics\n"
-         "  user FILE add --last NAME [--first NAME] [--login LOGIN --user-password TEXT\n"
-         "      --group NAME] [--customer [--company NAME]] [--email ADDRESS]\n"
-         "                                     a new person, checked as the person window\n"
-         "                                     checks one\n"
-         "Options of the project commands:\n"
-         "  --user NAME --password TEXT        log in without the dialog\n"
-         "  --remember                         keep this login for the next opening of the\n"
-         "                                     file (Automatically log in last user)\n"
-         "  --yes                              answer every question Yes or OK\n";
-}
-
-bool IsProjectCommand(const std::string& word) {
-  return word == "new" || word == "info" || word == "values" || word == "defects" ||
-         word == "defect" || word == "users" || word == "user";
-}
-
-int RunProject(const std::vector<std::string>& words, ui::Ui& ui, CAppPreferences& preferences,
-               std::ostream& out, std::ostream& err) {
-  try {
-    std::set<std::string> valued{"user", "password", "replace-with"};
-    valued.insert(std::begin(kDefectValueOptions), std::end(kDefectValueOptions));
-    valued.insert(std::begin(kPeopleValueOptions), std::end(kPeopleValueOptions));
-    const Args args(words, valued);
-    const auto& pos = args.positional();
-    const std::string& command = pos.at(0);  // the options are anywhere around it
-    if (command == "new") return NewProject(args, ui, preferences, out, err);
-    if (pos.size() < 2) throw UsageError{"usage: quillmark-cli " + command + " FILE ..."};
-    if (command == "info") args.ExpectPositional(2, "info FILE");
-    const std::string& path = pos[1];
-
-    // The login of the command line, else the remembered one when it is for this file.
-    std::optional<ui::LoginEntry> login;
-    if (const auto user = args.Value("user")) {
-      login = ui::LoginEntry{*user, args.Value("password").value_or("")};
-    } else if (std::string last; preferences.autoLogin != 0 &&
-                                 preferences.GetLastOpenFile(last) == 0 && last == path) {
-      login.emplace();
-      preferences.GetLastUser(login->name, login->password);
-    }
-    ProjectItemKinds kinds;
-    CliHost host(preferences, args.Flag("remember"));
-    CDBDoc doc(ui, kinds, host);
-    if (doc.OpenProject(path, login) != 1) {
-      err << "The project " << path << " was not opened.\n";
-      if (!login && !::isatty(STDIN_FILENO)) {
-        err << "Without a terminal, log in with --user NAME --password TEXT.\n";
-      }
-      return 2;
-    }
-    int result = 0;
-    try {
-      if (command == "info") {
-        Info(doc, out);
-      } else if (command == "defects" || command == "defect") {
-        result = RunDefectCommand(doc, args, ui, out, err);
-      } else if (command == "users" || command == "user") {
-        result = RunPeopleCommand(doc, args, ui, out, err);
-      } else {
-        result = Values(doc, args, ui, out, err);
-      }
-    } catch (const Refused&) {
-      result = 1;
-    } catch (const StoreError& e) {
-      err << "Error " << Code(e.status) << ": " << StatusSentence(e.status) << "\n";
-      result = 1;
-    }
-    doc.CloseProject();
-    return result;
-  } catch (const UsageError& e) {
-    err << e.message << "\n";
-    return 64;
-  }
+const std::vector<Command>& ProjectCommands() {
+  static const std::vector<Command> kRows = {
+      {"new FILE", "[--single-user]", "make a project with its tables, lists and\nadministrator",
+       NewProject},
+      {"info FILE", "", "name, version, tables and who is logged in", Info},
+      {"values FILE LIST", "",
+       "the names of a value list (Type, Resolution,\nPriority, Product, Reproducible, Severity,\n"
+       "Component, Disposition, Status)",
+       Values},
+      {"values FILE LIST add NAME", "", "", Values},
+      {"values FILE LIST rename OLD NEW", "", "", Values},
+      {"values FILE LIST delete NAME", "[--replace-with NAME]", "", Values},
+      {"values FILE LIST move NAME up|down", "", "", Values},
+  };
+  return kRows;
 }
 
 }  // namespace qm::cli

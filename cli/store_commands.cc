@@ -1,5 +1,5 @@
 // The store subcommands of quillmark-cli.
-#include "store_commands.h"
+#include "command.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,19 +13,11 @@
 #include "session/db_doc.h"
 #include "store/checksum.h"
 #include "store/project_store.h"
+#include "store/store_error.h"
 
 namespace qm::cli {
 
 namespace {
-
-// A failed operation: exit 1 with its status and a sentence.
-struct OperationFailed {
-  DBStatus status;
-};
-
-void Check(DBStatus status) {
-  if (status != DBStatus::kOk) throw OperationFailed{status};
-}
 
 Tag TagArgument(const std::string& text) {
   auto tag = ParseTag(text);
@@ -213,126 +205,109 @@ int CheckFile(CProjectStore& store, std::ostream& out) {
   return damaged == 0 ? 0 : 1;
 }
 
-}  // namespace
+// The table named by the word after FILE.
+Tag TableArgument(const Context& c) { return TagArgument(c.args.positional()[3]); }
 
-const char* StoreUsage() {
-  return "  store create FILE [--single-user]\n"
-         "  store add-table FILE TAG\n"
-         "  store add FILE TAG [--from PATH]          prints the new id\n"
-         "  store put FILE TAG --id N --mode 1|2|3 [--from PATH]\n"
-         "  store update FILE TAG --id N [--from PATH]\n"
-         "  store delete FILE TAG --id N\n"
-         "  store read FILE TAG --id N                payload to standard output\n"
-         "  store info FILE                           header and tables as JSON\n"
-         "  store dump FILE TAG                       every record as JSON\n"
-         "  store check FILE                          reads every record; lists damaged ones\n"
-         "  store users FILE                          the logged-in clients as JSON\n"
-         "  store locks FILE                          the record locks as JSON\n"
-         "  store notices FILE                        the change notices as JSON\n";
-}
-
-int RunStore(const std::vector<std::string>& words, ui::Ui& ui, std::ostream& out,
-             std::ostream& err) {
-  try {
-    Args args(words, {"from", "id", "mode"});
-    const auto& pos = args.positional();
-    if (pos.empty()) throw UsageError{std::string("store commands:\n") + StoreUsage()};
-    const std::string& command = pos[0];
-    if (pos.size() < 2) throw UsageError{"usage: quillmark-cli store " + command + " FILE ..."};
-    const std::string& path = pos[1];
-    CProjectStore store(ui);
-
-    if (command == "create") {
-      args.ExpectPositional(2, "store create FILE [--single-user]");
-      if (std::ifstream(path).good()) {
-        err << ExistingFileText(path) << "\n";
-        return 1;
-      }
-      const std::uint16_t multiUser = args.Flag("single-user") ? 0 : 1;
-      if (DBStatus s = store.Create(path, multiUser); s != DBStatus::kOk) {
-        err << OpeningText(s, path) << "\n";
-        return 2;
-      }
-      out << "Created " << (multiUser ? "multi-user" : "single-user") << " project file " << path
-          << "\n";
-      return 0;
-    }
-
-    if (DBStatus s = store.Open(path); s != DBStatus::kOk) {
-      err << OpeningText(s, path) << "\n";
-      return 2;
-    }
-    if (command == "info") {
-      args.ExpectPositional(2, "store info FILE");
-      InfoJson(store, out);
-    } else if (command == "users") {
-      args.ExpectPositional(2, "store users FILE");
-      UsersJson(store, out);
-    } else if (command == "locks") {
-      args.ExpectPositional(2, "store locks FILE");
-      LocksJson(store, out);
-    } else if (command == "notices") {
-      args.ExpectPositional(2, "store notices FILE");
-      NoticesJson(store, out);
-    } else if (command == "check") {
-      args.ExpectPositional(2, "store check FILE");
-      return CheckFile(store, out);
-    } else if (command == "add-table") {
-      args.ExpectPositional(3, "store add-table FILE TAG");
-      const Tag tag = TagArgument(pos[2]);
-      Check(store.BeginAccess(true));
-      DBStatus s = store.AddTable(tag, pos[2]);
-      DBStatus ended = store.EndAccess(s == DBStatus::kOk);
-      Check(s);
-      Check(ended);
-    } else if (command == "dump") {
-      args.ExpectPositional(3, "store dump FILE TAG");
-      DumpJson(store, TagArgument(pos[2]), out);
-    } else if (command == "add") {
-      args.ExpectPositional(3, "store add FILE TAG [--from PATH]");
-      const Tag tag = TagArgument(pos[2]);
-      std::uint32_t id = 0;
-      if (auto from = args.Value("from")) {
-        Check(store.AddRecordFromFile(tag, *from, &id));
-      } else {
-        const auto payload = ReadAll(std::cin);
-        Check(store.AddRecord(tag, payload, &id));
-      }
-      out << id << "\n";
-    } else if (command == "put") {
-      args.ExpectPositional(3, "store put FILE TAG --id N --mode 1|2|3 [--from PATH]");
-      const Tag tag = TagArgument(pos[2]);
-      const std::uint32_t id = args.RequiredNumber("id");
-      const std::uint32_t mode = args.RequiredNumber("mode");
-      if (mode < 1 || mode > 3)
-        throw UsageError{"--mode is 1 (keep), 2 (keep if shorter) or 3 (replace)."};
-      if (id == 0) throw UsageError{"--id must not be 0."};
-      Check(store.PutRecord(tag, PayloadArgument(args), id, static_cast<PutMode>(mode)));
-    } else if (command == "update") {
-      args.ExpectPositional(3, "store update FILE TAG --id N [--from PATH]");
-      Check(store.UpdateRecord(TagArgument(pos[2]), args.RequiredNumber("id"),
-                               PayloadArgument(args)));
-    } else if (command == "delete") {
-      args.ExpectPositional(3, "store delete FILE TAG --id N");
-      Check(store.DeleteRecord(TagArgument(pos[2]), args.RequiredNumber("id")));
-    } else if (command == "read") {
-      args.ExpectPositional(3, "store read FILE TAG --id N");
-      std::vector<std::uint8_t> payload;
-      Check(store.ReadRecord(TagArgument(pos[2]), args.RequiredNumber("id"), payload));
-      out.write(reinterpret_cast<const char*>(payload.data()),
-                static_cast<std::streamsize>(payload.size()));
-    } else {
-      throw UsageError{"Unknown store command \"" + command + "\".\nstore commands:\n" +
-                       StoreUsage()};
-    }
-    return 0;
-  } catch (const UsageError& e) {
-    err << e.message << "\n";
-    return 64;
-  } catch (const OperationFailed& f) {
-    err << "Error " << Code(f.status) << ": " << StatusSentence(f.status) << "\n";
+int Create(Context& c) {
+  const std::string& path = c.args.positional()[2];
+  if (std::ifstream(path).good()) {
+    c.err << ExistingFileText(path) << "\n";
     return 1;
   }
+  CProjectStore store(c.ui);
+  const std::uint16_t multiUser = c.args.Flag("single-user") ? 0 : 1;
+  if (DBStatus s = store.Create(path, multiUser); s != DBStatus::kOk) {
+    c.err << OpeningText(s, path) << "\n";
+    return 2;
+  }
+  c.out << "Created " << (multiUser ? "multi-user" : "single-user") << " project file " << path
+        << "\n";
+  return 0;
+}
+
+int AddTable(CProjectStore& store, Context& c) {
+  const Tag tag = TableArgument(c);
+  Check(store.BeginAccess(true));
+  DBStatus s = store.AddTable(tag, c.args.positional()[3]);
+  DBStatus ended = store.EndAccess(s == DBStatus::kOk);
+  Check(s);
+  Check(ended);
+  return 0;
+}
+
+int Add(CProjectStore& store, Context& c) {
+  const Tag tag = TableArgument(c);
+  std::uint32_t id = 0;
+  if (auto from = c.args.Value("from")) {
+    Check(store.AddRecordFromFile(tag, *from, &id));
+  } else {
+    const auto payload = ReadAll(std::cin);
+    Check(store.AddRecord(tag, payload, &id));
+  }
+  c.out << id << "\n";
+  return 0;
+}
+
+int Put(CProjectStore& store, Context& c) {
+  const Tag tag = TableArgument(c);
+  const std::uint32_t id = c.args.RequiredNumber("id");
+  const std::uint32_t mode = c.args.RequiredNumber("mode");
+  if (mode < 1 || mode > 3) {
+    throw UsageError{"--mode is 1 (keep), 2 (keep if shorter) or 3 (replace)."};
+  }
+  if (id == 0) throw UsageError{"--id must not be 0."};
+  Check(store.PutRecord(tag, PayloadArgument(c.args), id, static_cast<PutMode>(mode)));
+  return 0;
+}
+
+int Read(CProjectStore& store, Context& c) {
+  std::vector<std::uint8_t> payload;
+  Check(store.ReadRecord(TableArgument(c), c.args.RequiredNumber("id"), payload));
+  c.out.write(reinterpret_cast<const char*>(payload.data()),
+              static_cast<std::streamsize>(payload.size()));
+  return 0;
+}
+
+// A store command that prints what `show` writes of the open file.
+template <void (*show)(CProjectStore&, std::ostream&)>
+int Show(CProjectStore& store, Context& c) {
+  show(store, c.out);
+  return 0;
+}
+
+}  // namespace
+
+const std::vector<Command>& StoreCommands() {
+  static const std::vector<Command> kRows = {
+      {"store create FILE", "[--single-user]", "", Create},
+      {"store add-table FILE TAG", "", "", AddTable},
+      {"store add FILE TAG", "[--from PATH]", "prints the new id", Add},
+      {"store put FILE TAG", "--id N --mode 1|2|3 [--from PATH]", "", Put},
+      {"store update FILE TAG", "--id N [--from PATH]", "",
+       [](CProjectStore& store, Context& c) {
+         Check(store.UpdateRecord(TableArgument(c), c.args.RequiredNumber("id"),
+                                  PayloadArgument(c.args)));
+         return 0;
+       }},
+      {"store delete FILE TAG", "--id N", "",
+       [](CProjectStore& store, Context& c) {
+         Check(store.DeleteRecord(TableArgument(c), c.args.RequiredNumber("id")));
+         return 0;
+       }},
+      {"store read FILE TAG", "--id N", "payload to standard output", Read},
+      {"store info FILE", "", "header and tables as JSON", Show<InfoJson>},
+      {"store dump FILE TAG", "", "every record as JSON",
+       [](CProjectStore& store, Context& c) {
+         DumpJson(store, TableArgument(c), c.out);
+         return 0;
+       }},
+      {"store check FILE", "", "reads every record; lists damaged ones",
+       [](CProjectStore& store, Context& c) { return CheckFile(store, c.out); }},
+      {"store users FILE", "", "the logged-in clients as JSON", Show<UsersJson>},
+      {"store locks FILE", "", "the record locks as JSON", Show<LocksJson>},
+      {"store notices FILE", "", "the change notices as JSON", Show<NoticesJson>},
+  };
+  return kRows;
 }
 
 }  // namespace qm::cli

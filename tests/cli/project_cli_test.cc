@@ -85,8 +85,23 @@ TEST_F(ProjectCli, ValuesAreSetUpAsTheDialogDoes) {
   EXPECT_EQ(r.code, 0) << r.err;
   r = AsAdmin("values " + file + " Severity move 'Stops Work' up");
   EXPECT_EQ(r.out, "Causes Crash\nNo Workaround\nWorkaround\nStops Work\nCosmetic\n");
-  r = AsAdmin("values " + file + " Severity move 'Causes Crash' up");
-  EXPECT_EQ(r.code, 1) << "the first name goes no higher";
+  // What the window refuses without a message, by a button it disables or a name it leaves.
+  const std::pair<std::string, std::string> quietRefusals[] = {
+      {"add ' '", "A name cannot be empty; nothing was added to the Defect Severity list.\n"},
+      {"rename 'Stops Work' ''", "A name cannot be empty; \"Stops Work\" was kept.\n"},
+      {"rename 'stops work' ' Stops Work'",
+       "The name is \"Stops Work\" already; nothing was changed.\n"},
+      {"move 'Causes Crash' up",
+       "\"Causes Crash\" is the first name of the Defect Severity list "
+       "already.\n"},
+      {"move cosmetic down",
+       "\"Cosmetic\" is the last name of the Defect Severity list already.\n"},
+  };
+  for (const auto& [words, message] : quietRefusals) {
+    r = AsAdmin("values " + file + " Severity " + words);
+    EXPECT_EQ(r.code, 1) << words;
+    EXPECT_EQ(r.err, message) << words;
+  }
 
   const std::string sure =
       "Are you sure that you want to delete the selected name? There is no undo available.\n";

@@ -1,0 +1,58 @@
+// One row per command of quillmark-cli: the words typed, the options taken, what it does,
+// and the function that carries it out. The command line is checked against its row before
+// anything is opened, so an option or a word the command does not take changes nothing.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "args.h"
+#include "shell/app_preferences.h"
+#include "ui/ui.h"
+
+namespace qm {
+class CDBDoc;
+class CProjectStore;
+}  // namespace qm
+
+namespace qm::cli {
+
+// What a command works with besides the file it opens.
+struct Context {
+  const Args& args;
+  ui::Ui& ui;
+  std::ostream& out;
+  std::ostream& err;
+  CAppPreferences& preferences;
+};
+
+// The command could not be done as asked; what was shown says why. Exit 1.
+struct Refused {};
+
+// A command that opens nothing itself, one that works on a project opened and logged in
+// to as the program does, and one that works on the file record by record.
+using PlainRun = int (*)(Context&);
+using ProjectRun = int (*)(CDBDoc&, Context&);
+using StoreRun = int (*)(CProjectStore&, Context&);
+
+struct Command {
+  // The words in order. A lower-case word is typed as it stands ("up|down": either); an
+  // upper-case one stands for what the person gives ("FILE" names the file opened).
+  std::string words;
+  // The options, as the help shows them: "--id N [--from PATH]". An option followed by an
+  // upper-case word takes a value; one outside brackets must be given.
+  std::string options;
+  // What it does, for the help; lines end in '\n'. Empty for a form another row explains.
+  std::string help;
+  std::variant<PlainRun, ProjectRun, StoreRun> run;
+};
+
+// The rows of each family of commands, in the order the help lists them.
+const std::vector<Command>& ProjectCommands();
+const std::vector<Command>& DefectCommands();
+const std::vector<Command>& PeopleCommands();
+const std::vector<Command>& StoreCommands();
+
+}  // namespace qm::cli
