@@ -14,11 +14,13 @@
 #include "defects/task.h"
 #include "session/db_doc.h"
 #include "session/project_host.h"
+#include "session/value_lists.h"
 #include "shell/app_preferences.h"
 #include "shell/defect_window.h"
 #include "shell/project_item_kinds.h"
 
 class QMdiArea;
+class QMenu;
 class QMdiSubWindow;
 class QSystemTrayIcon;
 
@@ -61,6 +63,10 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   // The one-second tick: the project's idle work and the record windows' lock retries.
   void Tick();
 
+  // The set-up and session commands (main_frame_setup.cc): a value list's set-up dialog,
+  // after which the lists show the names anew.
+  void SetUpValues(const ValueListSettings& list);
+
   // Where the window stood when the program last ended: maximised from the start when it
   // has never ended here.
   void RestorePlacement();
@@ -92,6 +98,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void AlertAssignment() override;
 
   void MakeMenus();
+  // The entries of the set-up and session commands in the menus, and their states.
+  void MakeSetupMenus(QMenu* file, QMenu* tools);
+  void UpdateSetupCommands();
   void UpdateTitle();
   void UpdateCommands();
   // The list window that has the focus, or null.
@@ -126,6 +135,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
   QAction* transfer_ = nullptr;
+  // The set-up and session commands, each with the right it needs (0: none).
+  std::vector<std::pair<QAction*, std::uint32_t>> setupActions_;
 };
 
 }  // namespace qm::app

