@@ -66,6 +66,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   // The set-up and session commands (main_frame_setup.cc): a value list's set-up dialog,
   // after which the lists show the names anew.
   void SetUpValues(const ValueListSettings& list);
+  // The defect numbering dialog.
+  void SetUpNumbering();
 
   // Where the window stood when the program last ended: maximised from the start when it
   // has never ended here.

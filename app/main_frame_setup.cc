@@ -1,9 +1,10 @@
 // The main window's set-up and session commands: the value lists' set-up dialogs in the
-// Tools menu, and their entries' states.
+// Tools menu with the defect numbering dialog, and their entries' states.
 #include <QAction>
 #include <QMenu>
 
 #include "main_frame.h"
+#include "numbering_dialog.h"
 #include "record_list_window.h"
 #include "value_setup_dialog.h"
 
@@ -17,6 +18,7 @@ constexpr std::array<const char*, kValueLists.size()> kValueListMenuTexts = {
 
 // The rights of the commands.
 constexpr std::uint32_t kSetUpFieldsRight = 29;
+constexpr std::uint32_t kSetUpNumberingRight = 64;
 
 }  // namespace
 
@@ -29,6 +31,10 @@ void CMainFrame::MakeSetupMenus(QMenu* /*file*/, QMenu* tools) {
         setup->addAction(kValueListMenuTexts[i], this, [this, &list] { SetUpValues(list); });
     setupActions_.emplace_back(action, kSetUpFieldsRight);
   }
+  setup->addSeparator();
+  setupActions_.emplace_back(
+      setup->addAction("Defect &Numbering...", this, [this] { SetUpNumbering(); }),
+      kSetUpNumberingRight);
 }
 
 void CMainFrame::UpdateSetupCommands() {
@@ -40,6 +46,11 @@ void CMainFrame::UpdateSetupCommands() {
 void CMainFrame::SetUpValues(const ValueListSettings& list) {
   if (doc_ == nullptr || !doc_->HasRight(kSetUpFieldsRight)) return;
   if (RunValueSetup(this, *doc_, list, ui_)) RefreshLists(kDefectTag, true);
+}
+
+void CMainFrame::SetUpNumbering() {
+  if (doc_ == nullptr || !doc_->HasRight(kSetUpNumberingRight)) return;
+  RunNumberingDialog(this, *doc_, ui_);
 }
 
 }  // namespace qm::app

@@ -5,6 +5,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QPushButton>
@@ -14,6 +16,7 @@
 #include "defects/defect.h"
 #include "defects/project_defects.h"
 #include "main_frame.h"
+#include "numbering_dialog.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
 #include "shell/project_item_kinds.h"
@@ -160,6 +163,49 @@ TEST_F(SetupDialogsTest, DeletingAUsedNameAsksForItsReplacementAndCancelKeepsIt)
   dialog.show();
   QTest::keyClick(&names, Qt::Key_Return);
   EXPECT_EQ(dialog.result(), QDialog::Accepted);
+}
+
+TEST_F(SetupDialogsTest, TheNumberingDialogRefusesANumberInUseAndTakesAHigherOne) {
+  for (const char* summary : {"Slow", "Crash"}) {
+    ASSERT_EQ(RunCli(dir, std::string("--user admin --password '' defect ") + path +
+                              " add --summary " + summary)
+                  .code,
+              0);
+  }
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  CDBDoc& doc = *frame.doc();
+  const auto& defects = static_cast<const CDefectTable&>(*doc.GetTable(kDefectTag));
+  DefectTableNumbers numbers(defects);
+  NumberingSetup setup(*doc.store(), doc.options(), doc, numbers, ui);
+  setup.Open();
+  app::NumberingDialog dialog(&frame, setup, ui);
+  EXPECT_EQ(dialog.nextNumber()->text(), "3");
+  EXPECT_TRUE(dialog.mail()->isChecked());
+
+  // Esc changes nothing.
+  dialog.show();
+  dialog.mail()->setChecked(false);
+  QTest::keyClick(dialog.nextNumber(), Qt::Key_Escape);
+  EXPECT_EQ(dialog.result(), QDialog::Rejected);
+  EXPECT_TRUE(doc.options().numberOnMailImport);
+
+  // Enter with a number in use: refused, and the dialog stays with the number selected.
+  dialog.show();
+  dialog.mail()->setChecked(false);
+  dialog.nextNumber()->setText("2");
+  QTest::keyClick(dialog.nextNumber(), Qt::Key_Return);
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_EQ(dialog.nextNumber()->selectedText(), "2");
+  EXPECT_EQ(ui.Texts(), Strings{"You must enter a defect number that is higher than the highest "
+                                "defect number."});
+  dialog.nextNumber()->setText("10");
+  QTest::keyClick(dialog.nextNumber(), Qt::Key_Return);
+  EXPECT_EQ(dialog.result(), QDialog::Accepted);
+  EXPECT_FALSE(doc.options().numberOnMailImport);
+  std::uint32_t counter = 0;
+  ASSERT_EQ(ReadDefectCounter(*doc.store(), counter), DBStatus::kOk);
+  EXPECT_EQ(counter, 10u) << "raising the number: the next defect gets one more";
+  EXPECT_EQ(numbers.HighestNumber(), 2u);
 }
 
 }  // namespace
