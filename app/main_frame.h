@@ -68,6 +68,11 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void SetUpValues(const ValueListSettings& list);
   // The defect numbering dialog.
   void SetUpNumbering();
+  // "&Log In User...": another user takes over the open multi-user project; the record
+  // windows close, and the lists the new user may not see.
+  void LogInUser();
+  // The password of the user logged in, or of a single-user project.
+  void ChangePassword();
 
   // Where the window stood when the program last ended: maximised from the start when it
   // has never ended here.
@@ -137,8 +142,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
   QAction* transfer_ = nullptr;
-  // The set-up and session commands, each with the right it needs (0: none).
-  std::vector<std::pair<QAction*, std::uint32_t>> setupActions_;
+  // The set-up and session commands, each with when it is enabled.
+  std::vector<std::pair<QAction*, std::function<bool()>>> setupActions_;
 };
 
 }  // namespace qm::app

@@ -1,11 +1,16 @@
 // The main window's set-up and session commands: the value lists' set-up dialogs in the
-// Tools menu with the defect numbering dialog, and their entries' states.
+// Tools menu with the defect numbering dialog, logging in as another user and passwords
+// in the File menu, and their entries' states.
 #include <QAction>
 #include <QMenu>
 
 #include "main_frame.h"
 #include "numbering_dialog.h"
+#include "password_dialog.h"
 #include "record_list_window.h"
+#include "record_window_widget.h"
+#include "shell/people_window.h"
+#include "shell/session_commands.h"
 #include "value_setup_dialog.h"
 
 namespace qm::app {
@@ -22,25 +27,38 @@ constexpr std::uint32_t kSetUpNumberingRight = 64;
 
 }  // namespace
 
-void CMainFrame::MakeSetupMenus(QMenu* /*file*/, QMenu* tools) {
+void CMainFrame::MakeSetupMenus(QMenu* file, QMenu* tools) {
+  const auto hasRight = [this](std::uint32_t right) {
+    return [this, right] { return doc_ != nullptr && doc_->HasRight(right); };
+  };
+  // Before the separator above Exit.
+  QAction* exitSeparator = file->actions().size() >= 2 ? file->actions().end()[-2] : nullptr;
+  auto* logIn = new QAction("&Log In User...", file);
+  connect(logIn, &QAction::triggered, this, [this] { LogInUser(); });
+  setupActions_.emplace_back(logIn, [this] { return doc_ != nullptr && doc_->multiUser(); });
+  auto* password = new QAction("Change &Password...", file);
+  connect(password, &QAction::triggered, this, [this] { ChangePassword(); });
+  setupActions_.emplace_back(password,
+                             [this] { return doc_ != nullptr && CurrentPassword(*doc_); });
+  file->insertSeparator(exitSeparator);
+  file->insertActions(exitSeparator, {logIn, password});
+
   tools->addSeparator();
   QMenu* setup = tools->addMenu("Set &Up");
   for (std::size_t i = 0; i < kValueLists.size(); ++i) {
     const ValueListSettings& list = kValueLists[i];
     QAction* action =
         setup->addAction(kValueListMenuTexts[i], this, [this, &list] { SetUpValues(list); });
-    setupActions_.emplace_back(action, kSetUpFieldsRight);
+    setupActions_.emplace_back(action, hasRight(kSetUpFieldsRight));
   }
   setup->addSeparator();
   setupActions_.emplace_back(
       setup->addAction("Defect &Numbering...", this, [this] { SetUpNumbering(); }),
-      kSetUpNumberingRight);
+      hasRight(kSetUpNumberingRight));
 }
 
 void CMainFrame::UpdateSetupCommands() {
-  for (const auto& [action, right] : setupActions_) {
-    action->setEnabled(doc_ != nullptr && doc_->HasRight(right));
-  }
+  for (const auto& [action, enabled] : setupActions_) action->setEnabled(enabled());
 }
 
 void CMainFrame::SetUpValues(const ValueListSettings& list) {
@@ -51,6 +69,37 @@ void CMainFrame::SetUpValues(const ValueListSettings& list) {
 void CMainFrame::SetUpNumbering() {
   if (doc_ == nullptr || !doc_->HasRight(kSetUpNumberingRight)) return;
   RunNumberingDialog(this, *doc_, ui_);
+}
+
+void CMainFrame::LogInUser() {
+  if (doc_ == nullptr || !doc_->multiUser()) return;
+  if (doc_->LogInUser() != 0) return;  // the same user, or the former one stays
+  for (RecordWindowWidget* window : std::vector<RecordWindowWidget*>(records_)) {
+    CloseRecordWindow(window);
+  }
+  for (const auto& [kind, list] : std::map(lists_)) {
+    const std::uint32_t right = ListWindowRight(kind);
+    if (list == nullptr || right == 0 || doc_->HasRight(right)) continue;
+    SavePlacement(*list);
+    delete list->parentWidget();
+    lists_.erase(kind);
+  }
+  // The workbook is the new user's, and names show in that user's order.
+  const bool firstNameFirst = ReadPersonalSettings(doc_->preferences()).firstNameFirst;
+  for (const auto& [kind, list] : lists_) {
+    if (list == nullptr) continue;
+    if (auto* people = dynamic_cast<CUserListView*>(&list->list())) {
+      people->SetFirstNameFirst(firstNameFirst);
+    }
+    list->Refresh(true);
+  }
+  UpdateTitle();
+  UpdateCommands();
+}
+
+void CMainFrame::ChangePassword() {
+  if (doc_ == nullptr) return;
+  RunPasswordChange(this, *doc_, &marks_, &preferences_, ui_);
 }
 
 }  // namespace qm::app

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenuBar>
@@ -17,6 +18,8 @@
 #include "defects/project_defects.h"
 #include "main_frame.h"
 #include "numbering_dialog.h"
+#include "password_dialog.h"
+#include "people/user.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
 #include "shell/project_item_kinds.h"
@@ -52,6 +55,12 @@ class SetupDialogsTest : public ::testing::Test {
     ProjectItemKinds kinds;
     CDBDoc made(makeUi, kinds, host);
     ASSERT_EQ(made.NewProject(path, true), 1);
+    auto tess = std::make_unique<CUser>();
+    tess->SetLastName("Tess");
+    tess->SetLogin("tess");
+    tess->SetGroupId(1);
+    std::unique_ptr<RecordItem> item = std::move(tess);
+    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
     made.CloseProject();
   }
 
@@ -206,6 +215,53 @@ TEST_F(SetupDialogsTest, TheNumberingDialogRefusesANumberInUseAndTakesAHigherOne
   ASSERT_EQ(ReadDefectCounter(*doc.store(), counter), DBStatus::kOk);
   EXPECT_EQ(counter, 10u) << "raising the number: the next defect gets one more";
   EXPECT_EQ(numbers.HighestNumber(), 2u);
+}
+
+TEST_F(SetupDialogsTest, APasswordIsTypedTwiceAndAMismatchStartsTheNewOneAgain) {
+  app::PasswordDialog dialog(&frame, "Change Password", "", ui);
+  dialog.show();
+  EXPECT_EQ(dialog.prompt()->text(), "Please type the new password.") << "no old one";
+  const auto type = [&](const char* text) {
+    QTest::keyClicks(dialog.field(), text);
+    QTest::keyClick(dialog.field(), Qt::Key_Return);
+  };
+  type("abc");
+  EXPECT_EQ(dialog.prompt()->text(), "Retype the new password to verify.");
+  EXPECT_EQ(dialog.field()->text(), "") << "each stage starts empty";
+  type("abd");
+  EXPECT_EQ(ui.Texts(),
+            Strings{"The two passwords you have entered do not match -- please try again."});
+  EXPECT_EQ(dialog.prompt()->text(), "Please type the new password.");
+  type("abc");
+  type("abc");
+  EXPECT_EQ(dialog.result(), QDialog::Accepted);
+  EXPECT_EQ(dialog.password(), "abc");
+
+  app::PasswordDialog old(&frame, "Change Password", "abc", ui);
+  old.show();
+  EXPECT_EQ(old.prompt()->text(), "Please type the old password.");
+  QTest::keyClick(old.field(), Qt::Key_Escape);
+  EXPECT_EQ(old.result(), QDialog::Rejected);
+}
+
+TEST_F(SetupDialogsTest, LoggingInAsAnotherUserClosesTheRecordWindows) {
+  QAction* logIn = MenuEntry(frame, "&Log In User...");
+  ASSERT_NE(logIn, nullptr);
+  EXPECT_FALSE(logIn->isEnabled());
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  EXPECT_TRUE(logIn->isEnabled());
+  ASSERT_NE(frame.AddDefect(), nullptr);
+
+  ui.ScriptLogin(std::nullopt);
+  logIn->trigger();
+  EXPECT_EQ(frame.recordWindows().size(), 1u) << "Cancel: the former user goes on";
+  EXPECT_EQ(frame.doc()->currentUser()->GetName(), "Project Admin");
+
+  ui.ScriptLogin(ui::LoginEntry{"tess", ""});
+  logIn->trigger();
+  EXPECT_TRUE(frame.recordWindows().empty());
+  EXPECT_EQ(frame.doc()->currentUser()->GetName(), "Tess");
+  EXPECT_NE(frame.defectList(), nullptr) << "Tess may see the defects";
 }
 
 }  // namespace
