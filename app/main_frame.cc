@@ -568,6 +568,7 @@ void CMainFrame::Tick() {
 void CMainFrame::ProjectLoaded(CDBDoc& doc) {
   preferences_.SetLastOpenFile(doc.path());
   preferences_.Save();
+  RememberRecentFile(doc.path());
   // The list windows of the last session, unless Ctrl is held; the defect list in any case.
   if (!ui_.HeldModifiers().ctrl && preferences_.GetWindowBlock()) {
     for (const ListWindowKind* window : DecodeWindowBlock(*preferences_.GetWindowBlock())) {

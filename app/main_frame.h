@@ -18,6 +18,7 @@
 #include "shell/app_preferences.h"
 #include "shell/defect_window.h"
 #include "shell/project_item_kinds.h"
+#include "shell/recent_files.h"
 
 class QMdiArea;
 class QMenu;
@@ -73,6 +74,10 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void LogInUser();
   // The password of the user logged in, or of a single-user project.
   void ChangePassword();
+  // The project of the File menu's recent file at `index` (from 0); a file that is gone
+  // is said so and taken off the list.
+  void OpenRecentFile(std::size_t index);
+  const RecentFileList& recentFiles() const { return recent_; }
 
   // Where the window stood when the program last ended: maximised from the start when it
   // has never ended here.
@@ -108,6 +113,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   // The entries of the set-up and session commands in the menus, and their states.
   void MakeSetupMenus(QMenu* file, QMenu* tools);
   void UpdateSetupCommands();
+  // A project that opened heads the recent files.
+  void RememberRecentFile(const std::string& path);
+  void UpdateRecentFiles();
   void UpdateTitle();
   void UpdateCommands();
   // The list window that has the focus, or null.
@@ -144,6 +152,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   QAction* transfer_ = nullptr;
   // The set-up and session commands, each with when it is enabled.
   std::vector<std::pair<QAction*, std::function<bool()>>> setupActions_;
+  RecentFileList recent_;
+  std::vector<QAction*> recentActions_;
+  QAction* recentSeparator_ = nullptr;
 };
 
 }  // namespace qm::app

@@ -1,12 +1,15 @@
 // The main window's set-up and session commands: the value lists' set-up dialogs in the
-// Tools menu with the defect numbering dialog, logging in as another user and passwords
-// in the File menu, and their entries' states.
+// Tools menu with the defect numbering dialog; logging in as another user, passwords and
+// the recent files in the File menu; and their entries' states.
 #include <QAction>
+#include <QDir>
+#include <QFileInfo>
 #include <QMenu>
 
 #include "main_frame.h"
 #include "numbering_dialog.h"
 #include "password_dialog.h"
+#include "qt_ui.h"
 #include "record_list_window.h"
 #include "record_window_widget.h"
 #include "shell/people_window.h"
@@ -42,6 +45,15 @@ void CMainFrame::MakeSetupMenus(QMenu* file, QMenu* tools) {
                              [this] { return doc_ != nullptr && CurrentPassword(*doc_); });
   file->insertSeparator(exitSeparator);
   file->insertActions(exitSeparator, {logIn, password});
+  recentSeparator_ = file->insertSeparator(exitSeparator);
+  for (std::size_t i = 0; i < RecentFileList::kSize; ++i) {
+    auto* entry = new QAction(file);
+    connect(entry, &QAction::triggered, this, [this, i] { OpenRecentFile(i); });
+    file->insertAction(exitSeparator, entry);
+    recentActions_.push_back(entry);
+  }
+  recent_.Read(preferences_);
+  UpdateRecentFiles();
 
   tools->addSeparator();
   QMenu* setup = tools->addMenu("Set &Up");
@@ -100,6 +112,42 @@ void CMainFrame::LogInUser() {
 void CMainFrame::ChangePassword() {
   if (doc_ == nullptr) return;
   RunPasswordChange(this, *doc_, &marks_, &preferences_, ui_);
+}
+
+void CMainFrame::RememberRecentFile(const std::string& path) {
+  recent_.Add(FromQt(QFileInfo(ToQt(path)).absoluteFilePath()));
+  recent_.Write(preferences_);
+  UpdateRecentFiles();
+}
+
+void CMainFrame::UpdateRecentFiles() {
+  const std::vector<std::string>& paths = recent_.paths();
+  const std::string home = FromQt(QDir::homePath());
+  for (std::size_t i = 0; i < recentActions_.size(); ++i) {
+    QAction* entry = recentActions_[i];
+    entry->setVisible(i < paths.size());
+    if (i >= paths.size()) continue;
+    entry->setText(ToQt(RecentFileMenuText(i, paths[i], home)));
+    entry->setStatusTip(ToQt(paths[i]));
+  }
+  recentSeparator_->setVisible(!paths.empty());
+}
+
+void CMainFrame::OpenRecentFile(std::size_t index) {
+  if (index >= recent_.paths().size()) return;
+  const std::string path = recent_.paths()[index];
+  if (!QFileInfo::exists(ToQt(path))) {
+    ui_.Tell("Cannot find the file " + path +
+                 ". It may have been moved, renamed or deleted, and is taken off the list of "
+                 "recent files.",
+             ui::Icon::kWarning);
+    recent_.Remove(path);
+    recent_.Write(preferences_);
+    UpdateRecentFiles();
+    return;
+  }
+  if (doc_ != nullptr && QFileInfo(ToQt(doc_->path())) == QFileInfo(ToQt(path))) return;
+  OpenProject(path);
 }
 
 }  // namespace qm::app

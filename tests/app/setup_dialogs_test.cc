@@ -12,6 +12,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTest>
+#include <cstdio>
 
 #include "cli/cli_run.h"
 #include "defects/defect.h"
@@ -262,6 +263,41 @@ TEST_F(SetupDialogsTest, LoggingInAsAnotherUserClosesTheRecordWindows) {
   EXPECT_TRUE(frame.recordWindows().empty());
   EXPECT_EQ(frame.doc()->currentUser()->GetName(), "Tess");
   EXPECT_NE(frame.defectList(), nullptr) << "Tess may see the defects";
+}
+
+TEST_F(SetupDialogsTest, TheRecentFilesOpenAndAMissingOneLeavesTheList) {
+  const std::string other = dir.File("Other.qmk");
+  {
+    ScriptedUi makeUi;
+    QuietHost host;
+    ProjectItemKinds kinds;
+    CDBDoc made(makeUi, kinds, host);
+    ASSERT_EQ(made.NewProject(other, false), 1);
+    made.CloseProject();
+  }
+  ASSERT_TRUE(frame.OpenProject(other));
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  EXPECT_EQ(frame.recentFiles().paths(), (Strings{path, other}));
+  QAction* first = MenuEntry(frame, "&1 " + QString::fromStdString(path));
+  ASSERT_NE(first, nullptr);
+  EXPECT_TRUE(first->isVisible());
+
+  // The second entry opens its project, which heads the list from then on.
+  frame.OpenRecentFile(1);
+  EXPECT_EQ(frame.doc()->path(), other);
+  EXPECT_EQ(frame.recentFiles().paths(), (Strings{other, path}));
+
+  // A file gone: said once, off the list, and the open project stays.
+  std::remove(path.c_str());
+  frame.OpenRecentFile(1);
+  ASSERT_EQ(ui.Texts().size(), 1u);
+  EXPECT_EQ(ui.Texts()[0].rfind("Cannot find the file " + path, 0), 0u) << ui.Texts()[0];
+  EXPECT_EQ(frame.recentFiles().paths(), Strings{other});
+  EXPECT_EQ(frame.doc()->path(), other);
+
+  // The next start finds the list as it was left.
+  app::CMainFrame next(ui, preferences);
+  EXPECT_EQ(next.recentFiles().paths(), Strings{other});
 }
 
 }  // namespace
