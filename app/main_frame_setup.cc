@@ -1,11 +1,13 @@
 // The main window's set-up and session commands: the value lists' set-up dialogs in the
 // Tools menu with the defect numbering dialog; logging in as another user, passwords and
-// the recent files in the File menu; and their entries' states.
+// the recent files in the File menu; the About box; and their entries' states.
 #include <QAction>
 #include <QDir>
 #include <QFileInfo>
 #include <QMenu>
+#include <QMenuBar>
 
+#include "about_dialog.h"
 #include "main_frame.h"
 #include "numbering_dialog.h"
 #include "password_dialog.h"
@@ -54,6 +56,9 @@ void CMainFrame::MakeSetupMenus(QMenu* file, QMenu* tools) {
   }
   recent_.Read(preferences_);
   UpdateRecentFiles();
+
+  QMenu* help = menuBar()->addMenu("&Help");
+  help->addAction("&About Quillmark...", this, [this] { ShowAbout(this); });
 
   tools->addSeparator();
   QMenu* setup = tools->addMenu("Set &Up");

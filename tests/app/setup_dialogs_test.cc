@@ -11,9 +11,11 @@
 #include <QListWidget>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <cstdio>
 
+#include "about_dialog.h"
 #include "cli/cli_run.h"
 #include "defects/defect.h"
 #include "defects/project_defects.h"
@@ -298,6 +300,12 @@ TEST_F(SetupDialogsTest, TheRecentFilesOpenAndAMissingOneLeavesTheList) {
   // The next start finds the list as it was left.
   app::CMainFrame next(ui, preferences);
   EXPECT_EQ(next.recentFiles().paths(), Strings{other});
+}
+
+TEST_F(SetupDialogsTest, TheAboutBoxNamesTheProgramAndItsVersion) {
+  EXPECT_NE(MenuEntry(frame, "&About Quillmark..."), nullptr);
+  EXPECT_TRUE(app::ProgramNameAndVersion().contains(QRegularExpression("^Quillmark \\d+\\.\\d+")))
+      << app::ProgramNameAndVersion().toStdString();
 }
 
 }  // namespace
