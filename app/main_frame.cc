@@ -163,6 +163,7 @@ void CMainFrame::MakeMenus() {
   window->addSeparator();
   window->addAction("&Cascade", area_, &QMdiArea::cascadeSubWindows);
   window->addAction("&Tile", area_, &QMdiArea::tileSubWindows);
+  MakeSetupMenus(file, tools);
 
   QToolBar* bar = addToolBar("Standard");
   bar->setObjectName("Standard");
@@ -190,6 +191,7 @@ void CMainFrame::UpdateTitle() {
 void CMainFrame::UpdateCommands() {
   const bool open = doc_ != nullptr;
   for (QAction* action : projectActions_) action->setEnabled(open);
+  UpdateSetupCommands();
   std::vector<std::uint16_t> statuses;
   for (const CDefect* d : SelectedDefects()) statuses.push_back(d->status());
   for (const auto& [command, action] : commandActions_) {
@@ -566,6 +568,7 @@ void CMainFrame::Tick() {
 void CMainFrame::ProjectLoaded(CDBDoc& doc) {
   preferences_.SetLastOpenFile(doc.path());
   preferences_.Save();
+  RememberRecentFile(doc.path());
   // The list windows of the last session, unless Ctrl is held; the defect list in any case.
   if (!ui_.HeldModifiers().ctrl && preferences_.GetWindowBlock()) {
     for (const ListWindowKind* window : DecodeWindowBlock(*preferences_.GetWindowBlock())) {

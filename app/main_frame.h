@@ -14,11 +14,14 @@
 #include "defects/task.h"
 #include "session/db_doc.h"
 #include "session/project_host.h"
+#include "session/value_lists.h"
 #include "shell/app_preferences.h"
 #include "shell/defect_window.h"
 #include "shell/project_item_kinds.h"
+#include "shell/recent_files.h"
 
 class QMdiArea;
+class QMenu;
 class QMdiSubWindow;
 class QSystemTrayIcon;
 
@@ -61,6 +64,21 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   // The one-second tick: the project's idle work and the record windows' lock retries.
   void Tick();
 
+  // The set-up and session commands (main_frame_setup.cc): a value list's set-up dialog,
+  // after which the lists show the names anew.
+  void SetUpValues(const ValueListSettings& list);
+  // The defect numbering dialog.
+  void SetUpNumbering();
+  // "&Log In User...": another user takes over the open multi-user project; the record
+  // windows close, and the lists the new user may not see.
+  void LogInUser();
+  // The password of the user logged in, or of a single-user project.
+  void ChangePassword();
+  // The project of the File menu's recent file at `index` (from 0); a file that is gone
+  // is said so and taken off the list.
+  void OpenRecentFile(std::size_t index);
+  const RecentFileList& recentFiles() const { return recent_; }
+
   // Where the window stood when the program last ended: maximised from the start when it
   // has never ended here.
   void RestorePlacement();
@@ -92,6 +110,12 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void AlertAssignment() override;
 
   void MakeMenus();
+  // The entries of the set-up and session commands in the menus, and their states.
+  void MakeSetupMenus(QMenu* file, QMenu* tools);
+  void UpdateSetupCommands();
+  // A project that opened heads the recent files.
+  void RememberRecentFile(const std::string& path);
+  void UpdateRecentFiles();
   void UpdateTitle();
   void UpdateCommands();
   // The list window that has the focus, or null.
@@ -126,6 +150,11 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
   QAction* transfer_ = nullptr;
+  // The set-up and session commands, each with when it is enabled.
+  std::vector<std::pair<QAction*, std::function<bool()>>> setupActions_;
+  RecentFileList recent_;
+  std::vector<QAction*> recentActions_;
+  QAction* recentSeparator_ = nullptr;
 };
 
 }  // namespace qm::app

@@ -1,5 +1,8 @@
-// Lookups through the open project's tables, and the value lists' walk over the defects.
+// Lookups through the open project's tables, the value lists' walk over the defects, and
+// the numbers in use.
 #include "defects/project_defects.h"
+
+#include <algorithm>
 
 #include "people/test_config.h"
 #include "people/user.h"
@@ -38,6 +41,15 @@ std::uint32_t DocLookups::ValuePosition(Tag list, std::uint32_t id) const {
 }
 
 std::uint32_t DocLookups::CurrentUserId() const { return doc_.currentUserId(); }
+
+std::uint32_t DefectTableNumbers::HighestNumber() const {
+  std::uint32_t highest = 0;
+  for (std::uint32_t p = 1; p <= defects_.count(); ++p) {
+    const CDefect* defect = defects_.DefectAt(p);
+    if (!defect->deleted) highest = std::max(highest, defect->number);
+  }
+  return highest;
+}
 
 std::uint32_t DefectValueAccess::DefectId(std::uint32_t position) const {
   return defects_.DefectAt(position)->GetId();

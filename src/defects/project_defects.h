@@ -6,6 +6,7 @@
 
 #include "defects/defect_lookups.h"
 #include "defects/defect_table.h"
+#include "session/numbering.h"
 #include "session/value_setup.h"
 
 namespace qm {
@@ -46,6 +47,18 @@ class DefectValueAccess : public DefectFieldAccess {
 
  private:
   CDefectTable& defects_;
+};
+
+// The defect numbers in use, as the numbering dialog asks for them: the deleted defects
+// keep theirs in the file but no longer count.
+class DefectTableNumbers : public DefectNumbers {
+ public:
+  explicit DefectTableNumbers(const CDefectTable& defects) : defects_(defects) {}
+
+  std::uint32_t HighestNumber() const override;
+
+ private:
+  const CDefectTable& defects_;
 };
 
 }  // namespace qm

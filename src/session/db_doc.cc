@@ -512,6 +512,8 @@ int CDBDoc::LogInUser(const std::optional<ui::LoginEntry>& login) {
   if (const auto* account = dynamic_cast<const LoginAccount*>(currentUser())) {
     preferences_ = account->Preferences();
   }
+  // The workbook is the new user's: the tasks of the defects assigned to that user.
+  kinds_.AfterLogin(*this);
   return 0;
 }
 
