@@ -270,7 +270,7 @@ std::unique_ptr<RecordItem> CPersonWindow::NewItem() {
   return person;
 }
 
-std::optional<std::string> CPersonWindow::ValidateFields() {
+std::optional<FieldRefusal> CPersonWindow::ValidateFields() {
   return ValidatePerson(table(), *shown_, doc().multiUser());
 }
 

@@ -79,7 +79,7 @@ class CPersonWindow : public CRecordWindow {
   void LoadFields(const RecordItem& item) override;
   void StoreFields(RecordItem& item) override;
   std::unique_ptr<RecordItem> NewItem() override;
-  std::optional<std::string> ValidateFields() override;
+  std::optional<FieldRefusal> ValidateFields() override;
   void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
   bool FieldsChanged() const override;
   void ResetForAdd() override;
