@@ -56,6 +56,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void RunOnSelection(DefectCommand command);
   // Moves the selected people of the active people list to the other list.
   void TransferSelection();
+  // Edit > Delete Item on the user or customer list.
+  void DeleteSelectedPeople(RecordListWindow& list);
   // The Options dialog, and what its OK changes in the windows.
   void ShowOptions();
   // The one-second tick: the project's idle work and the record windows' lock retries.
@@ -126,6 +128,7 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
   QAction* transfer_ = nullptr;
+  QAction* delete_ = nullptr;
 };
 
 }  // namespace qm::app
