@@ -195,6 +195,10 @@ TEST(EventDialog, FixFieldsAreWritten) {
   EXPECT_TRUE(fix.affectsTestPlan);
   EXPECT_EQ(fix.fixVersion, std::string(31, 'v'));
 
+  // A typed "-0" is the 0 every view shows as " 0.00".
+  dialog.hoursText = "-0";
+  ASSERT_EQ(Closed(dialog), EventDialogResult::kOk);
+  EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, kMe, true).hoursText, " 0.00");
   fix.hours = -1.0;
   EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, kMe, true).hoursText, "");
 }

@@ -1,6 +1,5 @@
 // What the event dialogs, the defect window and the task window refuse of the text typed
-// into their fields, in which words, and which field then gets the focus; and that what
-// they take is stored as typed.
+// into their fields, in which words, and which field then gets the focus.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -176,41 +175,6 @@ TEST_F(TypedInputTest, EachDialogRefusesWhatItCannotTakeAndSaysWhatItWants) {
     // A refusal puts the focus on the field it is about.
     EXPECT_EQ(outcome.focus, row.message.empty() ? "" : row.field);
   }
-}
-
-TEST_F(TypedInputTest, TakenTextIsStoredAsTyped) {
-  CFixEvent fix;
-  EventDialog fixing(fix, EventDialogMode::kEdit, 9, true);
-  fixing.dateText = "3/7/2021";
-  fixing.resolutionId = 2;
-  for (const auto& [text, hours] :
-       {std::pair{"", -1.0}, {"0", 0.0}, {"-0", 0.0}, {" 12.5 ", 12.5}}) {
-    fixing.hoursText = text;
-    ASSERT_EQ(std::get<EventDialogResult>(fixing.Accept(EventDialogResult::kOk)),
-              EventDialogResult::kOk);
-    EXPECT_EQ(fix.hours, hours) << text;
-    // "-0" is the 0 that every view shows as " 0.00".
-    EXPECT_EQ(GivenHours(fix.hours), hours < 0 ? "" : GivenHours(hours)) << text;
-  }
-  fix.hours = 0.0;
-  EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, 9, true).hoursText, " 0.00");
-
-  CEstimateEvent estimate;
-  EventDialog estimating(estimate, EventDialogMode::kEdit, 9, true);
-  estimating.dateText = "3/7/2021";
-  estimating.estimatedDateText = "2026-12-24";
-  ASSERT_TRUE(std::holds_alternative<EventDialogResult>(estimating.Accept(EventDialogResult::kOk)));
-  EXPECT_EQ(estimate.estimatedDate, ParseDate("12/24/2026"));
-  EXPECT_EQ(estimate.hours, -1.0);
-
-  auto& tasks = static_cast<CTaskTable&>(*doc.GetTable(kTasksTag));
-  CTaskWindow window(doc, tasks, ui, marks);
-  window.Open(CRecordWindow::kAddClose);
-  window.task().toDo = "Write the notes";
-  window.dateNeededText = " 12/24/2026 ";
-  ASSERT_TRUE(window.OnAcceptButton());
-  ASSERT_EQ(tasks.count(), 1u);
-  EXPECT_EQ(tasks.TaskAt(1)->dateNeeded, ParseDate("12/24/2026"));
 }
 
 }  // namespace
