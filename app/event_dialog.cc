@@ -151,9 +151,17 @@ class EventDialogWidget : public QDialog {
         case EventField::kHours:
           focus = hours_;
           break;
+        case EventField::kEstimatedDate:
+          focus = completion_;
+          break;
+        case EventField::kNotes:
+          focus = notes_;
+          break;
       }
       if (focus != nullptr) focus->setFocus();
-      if (refusal->selectText && date_ != nullptr) date_->selectAll();
+      if (auto* edit = qobject_cast<QLineEdit*>(focus); edit != nullptr && refusal->selectText) {
+        edit->selectAll();
+      }
       return;
     }
     result = std::get<EventDialogResult>(closed);

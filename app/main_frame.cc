@@ -110,9 +110,13 @@ void CMainFrame::MakeMenus() {
         }
         list->Refresh(false);
       }));
-  projectActions_.push_back(edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
+  delete_ = edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
     RecordListWindow* list = ActiveList();
-    if (list == nullptr || doc_ == nullptr || IsPeople(list)) return;
+    if (list == nullptr || doc_ == nullptr) return;
+    if (IsPeople(list)) {
+      DeleteSelectedPeople(*list);
+      return;
+    }
     if (IsWorkbook(list)) {
       std::vector<CTask*> tasks;
       for (RecordItem* item : list->SelectedItems()) tasks.push_back(static_cast<CTask*>(item));
@@ -133,7 +137,7 @@ void CMainFrame::MakeMenus() {
     }
     DeleteDefects(*doc_, *Defects(), selected, ui_);
     list->Refresh(false);
-  }));
+  });
   projectActions_.push_back(edit->addAction("&Copy", QKeySequence::Copy, this, [this] {
     // The selected defects under the program's own clipboard format.
     const std::vector<std::uint8_t> block = ClipboardBlock(SelectedDefects());
@@ -204,6 +208,8 @@ void CMainFrame::UpdateCommands() {
   transfer_->setText(fromCustomers ? "Transfer to User List" : "Transfer to Customer List");
   transfer_->setEnabled(open && IsPeople(list) && !list->SelectedItems().empty() &&
                         doc_->HasRight(fromCustomers ? 66 : 65));
+  // Deleting people needs right 8, customers right 59.
+  delete_->setEnabled(open && (!IsPeople(list) || doc_->HasRight(fromCustomers ? 59 : 8)));
 }
 
 RecordListWindow* CMainFrame::List(const ListWindowKind& kind) const {
@@ -537,7 +543,26 @@ void CMainFrame::TransferSelection() {
   const bool toCustomers = &list->kind() == &kUserListWindow;
   std::vector<CUser*> people;
   for (RecordItem* item : list->SelectedItems()) people.push_back(static_cast<CUser*>(item));
-  TransferPeople(*doc_, people, toCustomers);
+  TransferPeople(*doc_, people, toCustomers, ui_);
+  RefreshLists(kUserTag, false);
+}
+
+void CMainFrame::DeleteSelectedPeople(RecordListWindow& list) {
+  std::vector<CUser*> people;
+  for (RecordItem* item : list.SelectedItems()) people.push_back(static_cast<CUser*>(item));
+  // A window that edits a person holds the record, and the delete leaves that person out;
+  // any other window on a person who went goes too.
+  std::vector<std::pair<RecordWindowWidget*, std::uint32_t>> showing;
+  for (RecordWindowWidget* w : records_) {
+    const RecordItem* shown = w->logic().currentItem();
+    if (std::find(people.begin(), people.end(), shown) != people.end()) {
+      showing.emplace_back(w, shown->GetId());
+    }
+  }
+  if (DeletePeople(*doc_, people, &list.kind() == &kCustomerListWindow, ui_) == 0) return;
+  for (const auto& [window, id] : showing) {
+    if (doc_->GetTable(kUserTag)->ItemById(id) == nullptr) CloseRecordWindow(window);
+  }
   RefreshLists(kUserTag, false);
 }
 

@@ -59,6 +59,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void RunOnSelection(DefectCommand command);
   // Moves the selected people of the active people list to the other list.
   void TransferSelection();
+  // Edit > Delete Item on the user or customer list.
+  void DeleteSelectedPeople(RecordListWindow& list);
   // The Options dialog, and what its OK changes in the windows.
   void ShowOptions();
   // The one-second tick: the project's idle work and the record windows' lock retries.
@@ -155,6 +157,7 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   RecentFileList recent_;
   std::vector<QAction*> recentActions_;
   QAction* recentSeparator_ = nullptr;
+  QAction* delete_ = nullptr;
 };
 
 }  // namespace qm::app

@@ -2,6 +2,8 @@
 #include "record_window_widget.h"
 
 #include <QHBoxLayout>
+#include <QLineEdit>
+#include <QTabWidget>
 #include <utility>
 
 #include "qt_ui.h"
@@ -47,9 +49,11 @@ QLayout* RecordWindowWidget::MakeButtonRow() {
   buttons->addWidget(first_);
   connect(previous_, &QPushButton::clicked, this, [this] {
     if (logic().OnPreviousRecord()) Show();
+    FocusRefusedField();
   });
   connect(next_, &QPushButton::clicked, this, [this] {
     if (logic().OnNextRecord()) Show();
+    FocusRefusedField();
   });
   connect(lockedBy_, &QPushButton::clicked, this, [this] { (void)logic().OnLockedBy(); });
   connect(first_, &QPushButton::clicked, this, [this] {
@@ -64,9 +68,25 @@ QLayout* RecordWindowWidget::MakeButtonRow() {
       if (onClosed) onClosed();
     } else {
       Show();
+      FocusRefusedField();
     }
   });
   return buttons;
+}
+
+void RecordWindowWidget::FocusRefusedField() {
+  const std::string& name = logic().refusedField();
+  if (name.empty()) return;
+  auto* field = findChild<QWidget*>(ToQt(name));
+  if (field == nullptr) return;
+  // A field on a tab that is not shown: its tab comes to the front first.
+  for (auto* tabs : findChildren<QTabWidget*>()) {
+    for (int t = 0; t < tabs->count(); ++t) {
+      if (tabs->widget(t)->isAncestorOf(field)) tabs->setCurrentIndex(t);
+    }
+  }
+  field->setFocus();
+  if (auto* edit = qobject_cast<QLineEdit*>(field)) edit->selectAll();
 }
 
 void RecordWindowWidget::ShowButtons() {

@@ -39,6 +39,10 @@ class RecordWindowWidget : public QWidget {
   virtual void Show() = 0;
 
  private:
+  // After a refusal: the field it names, found by its object name, gets the focus and has
+  // its text selected.
+  void FocusRefusedField();
+
   QPushButton* first_ = nullptr;
   QPushButton* second_ = nullptr;
   QPushButton* previous_ = nullptr;

@@ -30,6 +30,7 @@ TaskRecordWindow::TaskRecordWindow(CDBDoc& doc, CTaskTable& tasks, ui::Ui& ui, E
   priority_ = new QComboBox;
   FillValueCombo(priority_, doc.GetTable(MakeTag("prio")), 0, true);
   dateNeeded_ = new QLineEdit;
+  dateNeeded_->setObjectName("date needed");
   versionNeeded_ = new QLineEdit;
   versionNeeded_->setMaxLength(35);
   private_ = new QCheckBox("Private");
@@ -59,7 +60,7 @@ void TaskRecordWindow::Show() {
   toDo_->setText(ToQt(t.toDo.str()));
   status_->setCurrentIndex(std::max(0, status_->findData(t.status)));
   priority_->setCurrentIndex(std::max(0, priority_->findData(t.priorityId)));
-  dateNeeded_->setText(ToQt(FormatDate(t.dateNeeded)));
+  dateNeeded_->setText(ToQt(model_.dateNeededText));
   versionNeeded_->setText(ToQt(t.versionNeeded.str()));
   private_->setChecked(t.access == kTaskPrivate);
   description_->setPlainText(ToQtLines(t.description));
@@ -78,8 +79,8 @@ void TaskRecordWindow::Edited() {
   t.toDo = FromQt(toDo_->text());
   t.status = static_cast<std::uint16_t>(status_->currentData().toUInt());
   t.priorityId = priority_->currentData().toUInt();
-  // A date the field does not read yet keeps the last one it did.
-  (void)model_.SetDateNeeded(FromQt(dateNeeded_->text()));
+  // As typed: the window's checks tell what they cannot read.
+  model_.dateNeededText = FromQt(dateNeeded_->text());
   t.versionNeeded = FromQt(versionNeeded_->text());
   // Anything but private shows the task to every user.
   t.access = private_->isChecked() ? kTaskPrivate : 0;

@@ -19,6 +19,13 @@ constexpr std::size_t kVersionCapacity = 32;
 
 constexpr std::string_view kResolutionMessage = "Please select the defect's resolution.";
 constexpr std::string_view kHoursMessage = "The number of hours you entered is not valid.";
+constexpr std::string_view kFixHoursMessage =
+    "Please enter the hours to fix as a number of 0 or more, such as 2.5, or leave the field "
+    "empty.";
+constexpr std::string_view kCompletionDateMessage =
+    "Please enter the estimated completion date as M/D/YYYY or YYYY-MM-DD, or leave the field "
+    "empty.";
+constexpr std::string_view kCommentMessage = "Please enter the text of the comment.";
 constexpr std::string_view kNothingEstimatedMessage =
     "Please estimate the number of hours to resolve the problem or enter a target date or "
     "version.";
@@ -105,22 +112,15 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-// The finite number `text` starts with, after blanks, and how much of the text it took.
-// from_chars reads the same in every locale, as the stored hours must.
-std::optional<double> LeadingNumber(std::string_view text, std::size_t* used = nullptr) {
+// The whole text, blanks around it aside, as one finite number; nothing for any other
+// text. from_chars reads the same in every locale, as the stored hours must.
+std::optional<double> WholeNumber(std::string_view text) {
   text = Trim(text);
   double value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || !std::isfinite(value)) return std::nullopt;
-  if (used != nullptr) *used = static_cast<std::size_t>(end - text.data());
+  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+    return std::nullopt;
   return value;
-}
-
-// The hours of an estimate: the whole text a number above 0.
-bool IsValidEstimate(std::string_view text) {
-  std::size_t used = 0;
-  const std::optional<double> hours = LeadingNumber(text, &used);
-  return hours && used == Trim(text).size() && *hours > 0;
 }
 
 // Reads up to `maxDigits` digits at the start of `text`; answers how many it took.
@@ -255,18 +255,32 @@ std::optional<EventDialogRefusal> EventDialog::Validate() const {
   if (userId == 0) return EventDialogRefusal{texts.userMessage, EventField::kUser, false};
   switch (kind()) {
     case EventKind::kFix:
+      if (resolutionId == 0)
+        return EventDialogRefusal{kResolutionMessage, EventField::kResolution, false};
+      // Any hours of 0 or more, where an estimate needs more than 0.
+      if (const std::optional<double> hours = WholeNumber(hoursText);
+          !Trim(hoursText).empty() && !(hours && *hours >= 0))
+        return EventDialogRefusal{kFixHoursMessage, EventField::kHours, false};
+      break;
     case EventKind::kClose:
       if (resolutionId == 0)
         return EventDialogRefusal{kResolutionMessage, EventField::kResolution, false};
       break;
-    case EventKind::kEstimate:
-      if (!Trim(hoursText).empty()) {
-        if (!IsValidEstimate(hoursText))
-          return EventDialogRefusal{kHoursMessage, EventField::kHours, false};
-      } else if (versionText.empty() && !ParseDate(estimatedDateText)) {
-        // A completion date that does not read counts as none.
+    case EventKind::kEstimate: {
+      const bool noHours = Trim(hoursText).empty();
+      const bool noDate = Trim(estimatedDateText).empty();
+      if (const std::optional<double> hours = WholeNumber(hoursText);
+          !noHours && !(hours && *hours > 0))
+        return EventDialogRefusal{kHoursMessage, EventField::kHours, false};
+      if (!noDate && !ParseDate(estimatedDateText))
+        return EventDialogRefusal{kCompletionDateMessage, EventField::kEstimatedDate, true};
+      if (noHours && noDate && Trim(versionText).empty())
         return EventDialogRefusal{kNothingEstimatedMessage, EventField::kHours, false};
-      }
+      break;
+    }
+    case EventKind::kComment:
+      if (notes.find_first_not_of(" \t\r\n") == std::string::npos)
+        return EventDialogRefusal{kCommentMessage, EventField::kNotes, false};
       break;
     default:
       break;
@@ -292,8 +306,8 @@ void EventDialog::Store() {
       auto& fix = static_cast<CFixEvent&>(event_);
       fix.fixVersion = version;
       fix.resolutionId = resolutionId;
-      // Unchecked, unlike an estimate's: text without a number is 0 hours.
-      fix.hours = noHours ? -1.0 : LeadingNumber(hoursText).value_or(0.0);
+      // Adding 0.0 makes a typed "-0" the 0 hours it means.
+      fix.hours = noHours ? -1.0 : *WholeNumber(hoursText) + 0.0;
       fix.affectsDocs = affectsDocs;
       fix.affectsTestPlan = affectsTestPlan;
       break;
@@ -306,7 +320,7 @@ void EventDialog::Store() {
       break;
     case EventKind::kEstimate: {
       auto& estimate = static_cast<CEstimateEvent&>(event_);
-      estimate.hours = noHours ? -1.0 : *LeadingNumber(hoursText);
+      estimate.hours = noHours ? -1.0 : *WholeNumber(hoursText);
       estimate.estimatedDate = ParseDate(estimatedDateText).value_or(platform::kNoStamp);
       estimate.estimatedVersion = version;
       break;

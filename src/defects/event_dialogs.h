@@ -26,7 +26,7 @@ enum class EventDialogMode { kEdit = 1, kView = 2 };
 enum class EventDialogResult { kOk = 1, kSaveAndAssign = 3, kSaveAndRelease = 1103 };
 
 // The fields a refusal puts the focus on.
-enum class EventField { kDate, kUser, kResolution, kHours };
+enum class EventField { kDate, kUser, kResolution, kHours, kEstimatedDate, kNotes };
 
 // Why OK or a Save button did not close the dialog: the message to show, the field to
 // focus, and whether that field's text is selected (a date's is).
@@ -74,8 +74,9 @@ class EventDialog {
   bool saveAndReleaseVisible() const;
   bool saveAndReleaseEnabled() const;
 
-  // The checks of OK in order: the date, the user, then the kind's own fields. Nothing
-  // when all pass.
+  // The checks of OK in order: the date, the user, then the kind's own fields. Text that
+  // cannot be taken as typed is refused, never stored as something else. Nothing when all
+  // pass.
   std::optional<EventDialogRefusal> Validate() const;
 
   // OK or a Save button; `button` is OK or a Save button that the dialog shows enabled. In
@@ -89,19 +90,20 @@ class EventDialog {
   std::uint32_t userId = 0;
   // As typed, read by ParseDate; the event then holds that day at midnight.
   std::string dateText;
-  // With CR LF line ends, as the edit control holds them; stored with CR.
+  // With CR LF line ends, as the edit control holds them; stored with CR. A comment's may
+  // not be blank: the notes are all a comment has.
   std::string notes;
   // The fix's version, the estimated version or the released version, up to 32 bytes.
   std::string versionText;
   std::uint32_t resolutionId = 0;  // 0: none chosen
-  // "%5.2lf" of the hours when they are 0 or above, else empty. An empty fix hours field
-  // stores -1.0, not given; any other text is taken as the number it starts with, 0
-  // without one.
+  // "%5.2lf" of the hours when they are 0 or above, else empty. Empty stores -1.0, not
+  // given; otherwise the whole text is one number, of 0 or more for a fix and above 0 for
+  // an estimate.
   std::string hoursText;
   bool affectsDocs = false;
   bool affectsTestPlan = false;
   bool passed = true;  // Pass or Fail
-  // The estimate's completion date; text that ParseDate does not read counts as none.
+  // The estimate's completion date: empty for none, else a date ParseDate reads.
   std::string estimatedDateText;
 
  private:

@@ -82,8 +82,11 @@ void CDefectWindow::SetFinder(std::uint32_t userId) {
 
 bool CDefectWindow::FieldsChanged() const { return changed_ || shown_->Pack() != loaded_; }
 
-std::optional<std::string> CDefectWindow::ValidateFields() {
-  if (shown_->summary.empty()) return std::string("Please enter a summary for the defect.");
+std::optional<FieldRefusal> CDefectWindow::ValidateFields() {
+  // A summary of blanks names nothing in a list.
+  if (shown_->summary.find_first_not_of(" \t") == std::string::npos) {
+    return FieldRefusal("Please enter a summary for the defect.", "summary");
+  }
   return std::nullopt;
 }
 

@@ -110,7 +110,7 @@ class CDefectWindow : public CRecordWindow {
   std::string GetWindowTitle(std::uint16_t mode) const override;
   void LoadFields(const RecordItem& item) override;
   void StoreFields(RecordItem& item) override;
-  std::optional<std::string> ValidateFields() override;
+  std::optional<FieldRefusal> ValidateFields() override;
   void AfterAdd(RecordItem& item) override { added_ = static_cast<const CDefect*>(&item); }
   void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
   bool FieldsChanged() const override;

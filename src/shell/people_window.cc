@@ -2,6 +2,7 @@
 #include "shell/people_window.h"
 
 #include <cstdio>
+#include <map>
 
 #include "defects/defect.h"
 #include "defects/selection_commands.h"
@@ -60,6 +61,38 @@ std::vector<std::pair<std::string, std::string>> FormItems(const CDBDoc& doc, co
   items.emplace_back("e-mail: ", person.GetEmail());
   items.emplace_back("Notes: ", CrToCrLf(person.GetNotes()));
   return items;
+}
+
+// How many defects each person has assigned now.
+std::map<std::uint32_t, std::uint32_t> AssignedCounts(const CDBDoc& doc) {
+  std::map<std::uint32_t, std::uint32_t> counts;
+  const auto* defects = static_cast<const CDefectTable*>(doc.GetTable(kDefectTag));
+  for (std::uint32_t p = 1; defects != nullptr && p <= defects->count(); ++p) {
+    const CDefect& d = *defects->DefectAt(p);
+    if (!d.deleted && d.copies().assignedToId != 0) ++counts[d.copies().assignedToId];
+  }
+  return counts;
+}
+
+std::string DefectCount(std::uint32_t n) {
+  return std::to_string(n) + (n == 1 ? " defect" : " defects");
+}
+
+// The lines a question names people in, one each, the first ten of them.
+std::string Lines(const std::vector<std::string>& lines) {
+  constexpr std::size_t kShown = 10;
+  std::string text;
+  for (std::size_t n = 0; n < lines.size() && n < kShown; ++n) text += lines[n] + "\n";
+  if (lines.size() > kShown) text += "And " + std::to_string(lines.size() - kShown) + " more.\n";
+  return text;
+}
+
+// Whether the person is logged in to the project now, here or in another copy.
+bool LoggedIn(CDBDoc& doc, const CUser& person) {
+  bool loggedIn = false;
+  return doc.currentUser() == &person ||
+         (doc.multiUser() && doc.store() != nullptr &&
+          doc.store()->IsUserLoggedIn(person.GetId(), loggedIn) == DBStatus::kOk && loggedIn);
 }
 
 }  // namespace
@@ -195,11 +228,39 @@ void WritePersonHtml(const CDBDoc& doc, const CUser& person, const PersonStatist
 }
 
 std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selection,
-                                   bool toCustomers) {
-  std::vector<CUser*> moved;
+                                   bool toCustomers, ui::Ui& ui) {
+  std::vector<CUser*> moving;
   for (CUser* person : selection) {
-    if (person->IsCustomer() == toCustomers || RecordLocked(doc, kUserTag, person->GetId()))
-      continue;
+    if (person->IsCustomer() != toCustomers) moving.push_back(person);
+  }
+  moving = LeaveOutLocked(doc, kUserTag, moving, ui,
+                          "One or more users will not be transferred because they are in use by "
+                          "another user.");
+  if (toCustomers && !moving.empty()) {
+    const std::map<std::uint32_t, std::uint32_t> assigned = AssignedCounts(doc);
+    std::vector<std::string> lines;
+    for (const CUser* person : moving) {
+      // A login matters only where the project asks for one.
+      const bool login = doc.multiUser() && !person->GetLogin().empty();
+      const auto found = assigned.find(person->GetId());
+      const std::uint32_t defects = found != assigned.end() ? found->second : 0;
+      if (!login && defects == 0) continue;
+      std::string line = person->GetName();
+      if (login) line += " can log in as \"" + person->GetLogin() + "\"";
+      if (login && defects != 0) line += " and";
+      if (defects != 0) line += " has " + DefectCount(defects) + " assigned";
+      lines.push_back(line + ".");
+    }
+    if (!lines.empty() &&
+        ui.Ask({Lines(lines) +
+                    "\nA customer keeps the login and the assigned defects.\n\nDo you want to "
+                    "transfer the selected users to the customer list?",
+                "", ui::Icon::kQuestion, ui::Buttons::kYesNo}) != ui::Answer::kYes) {
+      return {};
+    }
+  }
+  std::vector<CUser*> moved;
+  for (CUser* person : moving) {
     person->SetCustomer(toCustomers);
     if (doc.GetTable(kUserTag)->SaveItem(*person) != DBStatus::kOk) {
       person->SetCustomer(!toCustomers);  // as its record still has it
@@ -208,6 +269,73 @@ std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selec
     moved.push_back(person);
   }
   return moved;
+}
+
+std::uint32_t DeletePeople(CDBDoc& doc, const std::vector<CUser*>& selection, bool customers,
+                           ui::Ui& ui) {
+  std::vector<CUser*> going;
+  bool self = false;
+  for (CUser* person : selection) {
+    // The program goes on working as the user logged in here.
+    if (doc.currentUser() == person) {
+      self = true;
+    } else {
+      going.push_back(person);
+    }
+  }
+  if (self) ui.Tell("You cannot delete the user you are logged in as.", ui::Icon::kWarning);
+  // Someone logged in elsewhere uses the record as much as a window that holds it.
+  const std::size_t before = going.size();
+  std::erase_if(going, [&doc](const CUser* person) {
+    return LoggedIn(doc, *person) || RecordLocked(doc, kUserTag, person->GetId());
+  });
+  if (going.size() < before) {
+    ui.Tell("One or more users will not be deleted because they are in use by another user.",
+            ui::Icon::kWarning);
+  }
+  if (going.empty()) return 0;
+
+  ItemTable& people = *doc.GetTable(kUserTag);
+  if (!customers) {
+    std::size_t users = 0;
+    for (std::uint32_t p = 1; p <= people.count(); ++p) {
+      const auto& person = static_cast<const CUser&>(*people.ItemAt(p));
+      if (!person.deleted && !person.IsCustomer()) ++users;
+    }
+    if (going.size() >= users) {
+      ui.Tell(
+          "If you remove all users you will not be able to access the project file. "
+          "Deselect one user.",
+          ui::Icon::kWarning);
+      return 0;
+    }
+  }
+
+  const std::map<std::uint32_t, std::uint32_t> assigned = AssignedCounts(doc);
+  std::vector<std::string> lines;
+  for (const CUser* person : going) {
+    if (const auto found = assigned.find(person->GetId()); found != assigned.end()) {
+      lines.push_back(person->GetName() + " has " + DefectCount(found->second) +
+                      " assigned; their \"Assigned To\" will read \"Unknown\".");
+    }
+  }
+  const std::string question =
+      going.size() == 1
+          ? "Are you sure that you want to delete the selected name? There is no undo available."
+          : "Are you sure that you want to delete the selected items(s)? There is no undo "
+            "available.";
+  if (ui.Ask({(lines.empty() ? "" : Lines(lines) + "\n") + question, "", ui::Icon::kQuestion,
+              ui::Buttons::kOkCancel}) != ui::Answer::kOk) {
+    return 0;
+  }
+  std::uint32_t deleted = 0;
+  for (CUser* person : going) {
+    const std::uint32_t id = person->GetId();
+    if (people.DeleteItem(*person, false) != DBStatus::kOk) continue;
+    doc.PostChangeNotice(kNoticeDeleted, kUserTag, id);
+    ++deleted;
+  }
+  return deleted;
 }
 
 std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& selection, ui::Ui& ui) {
@@ -270,7 +398,7 @@ std::unique_ptr<RecordItem> CPersonWindow::NewItem() {
   return person;
 }
 
-std::optional<std::string> CPersonWindow::ValidateFields() {
+std::optional<FieldRefusal> CPersonWindow::ValidateFields() {
   return ValidatePerson(table(), *shown_, doc().multiUser());
 }
 

@@ -52,9 +52,20 @@ void WritePersonHtml(const CDBDoc& doc, const CUser& person, const PersonStatist
                      std::string& out);
 
 // "Transfer to User List" and its way back: every selected person whose record nobody holds
-// becomes a customer (or a user) and is saved. Answers the people moved.
+// becomes a customer (or a user) and is saved; the others are left out, with a message.
+// A person keeps everything on the way, login, group and assigned defects included, so
+// before users who can log in or have defects assigned become customers the person is
+// asked, with those people named. Answers the people moved.
 std::vector<CUser*> TransferPeople(CDBDoc& doc, const std::vector<CUser*>& selection,
-                                   bool toCustomers);
+                                   bool toCustomers, ui::Ui& ui);
+// "Delete Item" on the user list (or, with `customers`, the customer list): the selected
+// people go for good, after the question, which names the defects still assigned to them;
+// those defects then read "Unknown" as their assignee. Left out, with a message each: the
+// people whose record is held or who are logged in now, and the user logged in here. The
+// users of the user list are never all deleted: someone must be able to log in. Other
+// clients hear of each. Answers how many went.
+std::uint32_t DeletePeople(CDBDoc& doc, const std::vector<CUser*>& selection, bool customers,
+                           ui::Ui& ui);
 // Copies of the selected people who are not locked, saved and added; the copies are named
 // "Copy of" the person, as two people may not share a name.
 std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& selection, ui::Ui& ui);
@@ -79,7 +90,7 @@ class CPersonWindow : public CRecordWindow {
   void LoadFields(const RecordItem& item) override;
   void StoreFields(RecordItem& item) override;
   std::unique_ptr<RecordItem> NewItem() override;
-  std::optional<std::string> ValidateFields() override;
+  std::optional<FieldRefusal> ValidateFields() override;
   void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
   bool FieldsChanged() const override;
   void ResetForAdd() override;

@@ -202,10 +202,7 @@ bool CRecordWindow::OnAcceptButton() {
     Close();
     return true;
   }
-  if (std::optional<std::string> problem = ValidateFields()) {
-    ui_.Tell(*problem);
-    return false;
-  }
+  if (!FieldsPass()) return false;
   if (mode_ == kEdit) {
     if (item_ != nullptr && lockHeld_ && !readOnly_ && FieldsChanged()) StoreEdit();
     Close();
@@ -232,6 +229,13 @@ bool CRecordWindow::OnAcceptButton() {
   return false;
 }
 
+bool CRecordWindow::FieldsPass() {
+  std::optional<FieldRefusal> refusal = ValidateFields();
+  refusedField_ = refusal ? refusal->field : std::string();
+  if (refusal) ui_.Tell(refusal->message);
+  return !refusal;
+}
+
 void CRecordWindow::OnCancelButton() { Close(); }
 
 void CRecordWindow::Close() {
@@ -247,7 +251,11 @@ bool CRecordWindow::Step(std::int32_t delta) {
   if (browse_.size() < 2) return false;
   if (delta > 0 ? position_ >= browse_.size() : position_ <= 1) return false;
   if (mode_ == kEdit) {
-    if (lockHeld_ && !readOnly_ && FieldsChanged()) StoreEdit();
+    if (lockHeld_ && !readOnly_ && FieldsChanged()) {
+      // The step stores with no question, but never what the second button would refuse.
+      if (!FieldsPass()) return false;
+      StoreEdit();
+    }
     ReleaseLock();
   }
   lockFailed_ = false;

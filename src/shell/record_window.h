@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/clock.h"
@@ -34,6 +35,15 @@ class EditMarks {
 
  private:
   std::map<const RecordItem*, CRecordWindow*> holders_;
+};
+
+// Why the fields cannot be saved as they are: the message, and the field to put the focus
+// on, named as the window's view names its control ("summary"); empty for none.
+struct FieldRefusal {
+  FieldRefusal(std::string text, std::string control = {})
+      : message(std::move(text)), field(std::move(control)) {}
+  std::string message;
+  std::string field;
 };
 
 // What a button shows. The tip is the control's tool tip.
@@ -83,9 +93,13 @@ class CRecordWindow {
   // The second button. Answers whether the window closes; it stays open after a failed
   // validation, a failed add, and each add in mode 0.
   bool OnAcceptButton();
+  // The field of the last refusal, of the second button or of a step away from changed
+  // fields; empty when the last of them passed the checks.
+  const std::string& refusedField() const { return refusedField_; }
   // The first button, and any other close: the edit is given up and the lock released.
   void OnCancelButton();
-  // Steps through the browse list; false when the step is refused at the end.
+  // Steps through the browse list; false when the step is refused at the end, or when the
+  // changed fields, which a step stores, do not pass the checks.
   bool OnNextRecord();
   bool OnPreviousRecord();
   // Tells who holds the item's lock. When another window of this program holds it, asks
@@ -120,7 +134,7 @@ class CRecordWindow {
   // A new empty item to add.
   virtual std::unique_ptr<RecordItem> NewItem() { return table_.NewItem(); }
   // Why the fields cannot be saved as they are, or nothing when they can.
-  virtual std::optional<std::string> ValidateFields() = 0;
+  virtual std::optional<FieldRefusal> ValidateFields() = 0;
   // After an item joined the table, and after an edit was written.
   virtual void AfterAdd(RecordItem& /*item*/) {}
   virtual void AfterUpdate(RecordItem& /*item*/) {}
@@ -152,6 +166,8 @@ class CRecordWindow {
   bool Step(std::int32_t delta);
   // Writes the fields to the current item; false after the failure was shown.
   bool StoreEdit();
+  // ValidateFields, with a refusal told and its field kept; true when the fields pass.
+  bool FieldsPass();
   // What every close does: the lock goes, the lists catch up.
   void Close();
 
@@ -171,6 +187,7 @@ class CRecordWindow {
   bool retryActive_ = false;
   std::uint32_t nextRetry_ = 0;
   std::string title_;
+  std::string refusedField_;
 
   ButtonState first_;
   ButtonState second_;

@@ -20,15 +20,16 @@ class CTaskWindow : public CRecordWindow {
   // The task as shown; a view changes it here and then calls MarkChanged.
   CTask& task() { return *shown_; }
   void MarkChanged() { changed_ = true; }
-  // "Date Needed" as typed: a date ParseDate reads, or empty for none; false for other text.
-  bool SetDateNeeded(const std::string& text);
+  // "Date Needed" as typed: a date ParseDate reads, or empty for none. The checks refuse
+  // any other text, and saving takes the date from here.
+  std::string dateNeededText;
 
  protected:
   std::string GetWindowTitle(std::uint16_t mode) const override;
   void LoadFields(const RecordItem& item) override;
   // A new task with no owner becomes the user's; its entry date is the day it is added.
   void StoreFields(RecordItem& item) override;
-  std::optional<std::string> ValidateFields() override;
+  std::optional<FieldRefusal> ValidateFields() override;
   void EnableFields(bool) override {}
   bool FieldsChanged() const override;
   void ResetForAdd() override;

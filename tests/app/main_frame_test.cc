@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabWidget>
@@ -209,7 +210,7 @@ TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
   QTest::mouseClick(adding->findChild<QPushButton*>("second"), Qt::LeftButton);
   EXPECT_EQ(users->Title(), "Users - (3 items, 0 selected)");
 
-  // Transfer Berg to the customers.
+  // Transfer Berg to the customers, after the question about the login.
   const QAbstractItemModel& rows = *users->view()->model();
   int berg = -1;
   for (int r = 0; r < rows.rowCount(); ++r) {
@@ -217,7 +218,13 @@ TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
   }
   ASSERT_GE(berg, 0);
   users->view()->selectRow(berg);
+  ui.shown.clear();
+  ui.Script({ui::Answer::kYes});
   frame.TransferSelection();
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "Berg can log in as \"ola\".\n\nA customer keeps the login and the "
+                            "assigned defects.\n\nDo you want to transfer the selected users to "
+                            "the customer list?"});
   EXPECT_EQ(users->Title(), "Users - (2 items, 0 selected)");
   app::RecordListWindow* customers = frame.ShowList(kListWindowKinds[7]);
   EXPECT_EQ(customers->Title(), "Customers - (1 item, 0 selected)");
@@ -227,6 +234,23 @@ TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
   EXPECT_EQ(viewing->windowTitle(), "View Customer - Berg");
   viewing->tabs()->setCurrentIndex(1);
   EXPECT_NE(viewing->findChild<QLabel*>(), nullptr) << "the statistics are shown";
+
+  // Edit > Delete Item deletes the customer after the question, and the window on it goes.
+  QAction* remove = nullptr;
+  for (QAction* action : frame.findChildren<QAction*>()) {
+    if (action->text() == "D&elete Item") remove = action;
+  }
+  ASSERT_NE(remove, nullptr);
+  frame.ShowList(kListWindowKinds[7]);
+  customers->view()->selectRow(0);
+  ui.Script({ui::Answer::kOk});
+  remove->trigger();
+  EXPECT_EQ(ui.Texts().back(),
+            "Are you sure that you want to delete the selected name? There is no undo available.");
+  EXPECT_EQ(customers->Title(), "Customers - (0 items, 0 selected)");
+  const QPointer<QWidget> window(viewing);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(window.isNull());
 }
 
 TEST_F(MainFrameTest, TheWorkbookHoldsTheUsersDefectsAndTheirOwnTasks) {

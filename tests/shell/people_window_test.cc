@@ -1,5 +1,6 @@
 // The user and customer windows' logic: the checks in their order, the statistics over
-// the defects, the text form, and the transfer and duplicate commands on a real project.
+// the defects, the text form, and the transfer, duplicate and delete commands on a real
+// project.
 #include "shell/people_window.h"
 
 #include <gtest/gtest.h>
@@ -136,6 +137,18 @@ class PeopleProject : public ::testing::Test {
     }
     throw std::out_of_range(name);
   }
+  // A new defect, assigned to the person.
+  CDefect& AssignDefectTo(const CUser& person) {
+    ItemTable& defects = *doc.GetTable(kDefectTag);
+    std::unique_ptr<RecordItem> item = defects.NewItem();
+    auto& defect = static_cast<CDefect&>(*item);
+    defect.summary = "Crash on save";
+    auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
+    assign->userId = person.GetId();
+    defect.AddEvent(std::move(assign));
+    EXPECT_EQ(defects.AddItem(item), DBStatus::kOk);
+    return defect;
+  }
 
   TempDir dir;
   std::string path = dir.File("Atlas.qmk");
@@ -149,10 +162,14 @@ TEST_F(PeopleProject, TransferAndDuplicateLeaveOutWhatIsLocked) {
   CUser& tess = Named("Ng, Tess");
   CUser& ola = Named("Berg, Ola");
   ASSERT_EQ(doc.store()->LockRecord(kUserTag, ola.GetId(), doc.currentUserId()), DBStatus::kOk);
-  EXPECT_EQ(TransferPeople(doc, {&tess, &ola}, true), std::vector<CUser*>{&tess});
+  ui.Script({ui::Answer::kOk, ui::Answer::kYes});  // the one left out; tess can log in
+  EXPECT_EQ(TransferPeople(doc, {&tess, &ola}, true, ui), std::vector<CUser*>{&tess});
+  EXPECT_EQ(ui.Texts().front(),
+            "One or more users will not be transferred because they are in use by another user.");
   EXPECT_TRUE(tess.IsCustomer());
   EXPECT_FALSE(ola.IsCustomer()) << "its window holds it";
-  EXPECT_TRUE(TransferPeople(doc, {&tess}, true).empty()) << "a customer already";
+  EXPECT_TRUE(TransferPeople(doc, {&tess}, true, ui).empty()) << "a customer already";
+  ui.shown.clear();
 
   const std::vector<CUser*> copies = DuplicatePeople(doc, {&tess, &ola}, ui);
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{"One or more users will not be duplicated "
@@ -199,6 +216,82 @@ TEST_F(PeopleProject, ThePersonWindowAddsCheckedPeopleAndEditsThem) {
   EXPECT_TRUE(editing.OnAcceptButton());
   EXPECT_EQ(Named("Ng, Tess").GetEmail(), "tess@example.org");
   EXPECT_EQ(editing.Statistics().defects, 0u);
+}
+
+// Moving people who can log in or have work assigned to the customer list asks, naming
+// them; the way back asks nothing.
+TEST_F(PeopleProject, TransferToCustomersAsksForPeopleWhoLogInOrHaveDefects) {
+  CUser& tess = Named("Ng, Tess");
+  CUser& ola = Named("Berg, Ola");
+  AssignDefectTo(tess);
+  ola.SetLogin("");
+  const std::string question =
+      "Ng, Tess can log in as \"tess\" and has 1 defect assigned.\n"
+      "\nA customer keeps the login and the assigned defects.\n\nDo you want to transfer the "
+      "selected users to the customer list?";
+  ui.Script({ui::Answer::kNo, ui::Answer::kYes});
+  EXPECT_TRUE(TransferPeople(doc, {&ola, &tess}, true, ui).empty());
+  EXPECT_FALSE(ola.IsCustomer()) << "No moves no one";
+  EXPECT_EQ(TransferPeople(doc, {&ola, &tess}, true, ui), (std::vector<CUser*>{&ola, &tess}));
+  EXPECT_EQ(ui.Texts(), (std::vector<std::string>{question, question}));
+  EXPECT_EQ(tess.GetLogin(), "tess") << "kept for the way back";
+  EXPECT_EQ(TransferPeople(doc, {&tess}, false, ui), std::vector<CUser*>{&tess});
+  EXPECT_EQ(ui.shown.size(), 2u) << "becoming a user asks nothing";
+}
+
+TEST_F(PeopleProject, DeleteAsksAndLeavesOutWhoIsInUse) {
+  CUser& tess = Named("Ng, Tess");
+  CUser& ola = Named("Berg, Ola");
+  CUser& admin = static_cast<CUser&>(*doc.currentUser());
+  CDefect& defect = AssignDefectTo(tess);
+  const std::string single =
+      "Are you sure that you want to delete the selected name? There is no undo available.";
+
+  EXPECT_EQ(DeletePeople(doc, {&admin}, false, ui), 0u);
+  ASSERT_EQ(doc.store()->LockRecord(kUserTag, ola.GetId(), doc.currentUserId()), DBStatus::kOk);
+  EXPECT_EQ(DeletePeople(doc, {&ola}, false, ui), 0u);
+  ASSERT_EQ(doc.store()->UnlockRecord(kUserTag, ola.GetId()), DBStatus::kOk);
+  ui.Script({ui::Answer::kCancel, ui::Answer::kOk});
+  EXPECT_EQ(DeletePeople(doc, {&tess}, false, ui), 0u);
+  EXPECT_EQ(DeletePeople(doc, {&tess}, false, ui), 1u);
+  const std::string assigned =
+      "Ng, Tess has 1 defect assigned; their \"Assigned To\" will read \"Unknown\".\n\n";
+  EXPECT_EQ(ui.Texts(),
+            (std::vector<std::string>{
+                "You cannot delete the user you are logged in as.",
+                "One or more users will not be deleted because they are in use by another user.",
+                assigned + single, assigned + single}));
+  EXPECT_THROW(Named("Ng, Tess"), std::out_of_range);
+  EXPECT_EQ(defect.FieldText(15), "Unknown");
+
+  // Customers: several names take the other question.
+  ui.Script({ui::Answer::kYes});  // ola can log in
+  ASSERT_EQ(TransferPeople(doc, {&ola}, true, ui).size(), 1u);
+  ui.shown.clear();
+  std::unique_ptr<RecordItem> buyer = Person("Bo", "Buyer", "", 0);
+  static_cast<CUser&>(*buyer).SetCustomer(true);
+  ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(buyer), DBStatus::kOk);
+  ui.Script({ui::Answer::kOk});
+  EXPECT_EQ(DeletePeople(doc, {&ola, &Named("Buyer, Bo")}, true, ui), 2u);
+  EXPECT_EQ(ui.Texts().back(),
+            "Are you sure that you want to delete the selected items(s)? There is no undo "
+            "available.");
+
+  // Without logins nobody is logged in, and the last users cannot all go.
+  CDBDoc solo{ui, kinds, host};
+  ASSERT_EQ(solo.NewProject(dir.File("Solo.qmk"), false), 1);
+  std::vector<CUser*> everyone;
+  for (const char* last : {"Ames", "Bell"}) {
+    std::unique_ptr<RecordItem> item = Person("", last, "", 0);
+    everyone.push_back(static_cast<CUser*>(item.get()));
+    ASSERT_EQ(solo.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
+  }
+  ui.shown.clear();
+  EXPECT_EQ(DeletePeople(solo, everyone, false, ui), 0u);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"If you remove all users you will not be able "
+                                                 "to access the project file. Deselect one "
+                                                 "user."});
+  solo.CloseProject();
 }
 
 }  // namespace

