@@ -12,6 +12,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -65,7 +66,12 @@ DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui&
     : RecordWindowWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
-  tabs_->addTab(MakeDetail(doc), ToQt(std::string(kDefectTabs[0])));
+  // The Detail tab scrolls, so that the window's buttons stay in a small frame.
+  auto* detail = new QScrollArea;
+  detail->setWidget(MakeDetail(doc));
+  detail->setWidgetResizable(true);
+  detail->setFrameShape(QFrame::NoFrame);
+  tabs_->addTab(detail, ToQt(std::string(kDefectTabs[0])));
   tabs_->addTab(MakeHistory(), ToQt(std::string(kDefectTabs[1])));
   tabs_->addTab(MakeNotify(doc), ToQt(std::string(kDefectTabs[2])));
   workaround_ = new QPlainTextEdit;
