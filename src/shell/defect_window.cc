@@ -242,12 +242,14 @@ void CDefectWindow::ShowRow(std::uint32_t row) {
   reportRow_ = row;
   const CReportedBy* report = shown_->ReportedByAt(row);
   pane_ = report != nullptr ? PaneOf(*report) : ReportPane{};
+  paneWaiting_ = false;
   refused_.reset();
 }
 
 void CDefectWindow::EditReport(const ReportPane& pane) {
   if (!editable() || shown_->ReportedByAt(reportRow_) == nullptr || pane == pane_) return;
   pane_ = pane;
+  paneWaiting_ = true;
   refused_.reset();
   changed_ = true;
   (void)StorePaneInRow();
@@ -255,7 +257,8 @@ void CDefectWindow::EditReport(const ReportPane& pane) {
 
 std::optional<ReportRefusal> CDefectWindow::StorePaneInRow() {
   CReportedBy* row = shown_->ReportedByAt(reportRow_);
-  if (row == nullptr) return std::nullopt;
+  // A pane that went in already leaves the row to what others write into it.
+  if (row == nullptr || !paneWaiting_) return std::nullopt;
   if (std::optional<ReportRefusal> refusal = CheckPane(pane_)) {
     refused_ = refusal->focus;
     return refusal;
@@ -265,6 +268,7 @@ std::optional<ReportRefusal> CDefectWindow::StorePaneInRow() {
   const std::uint32_t keptDate = row->dateFound;
   StorePane(pane_, *row);
   if (pane_.dateText == FormatDate(keptDate)) row->dateFound = keptDate;
+  paneWaiting_ = false;
   if (reportRow_ == 1) shown_->RefreshFromFirstReport();
   return std::nullopt;
 }

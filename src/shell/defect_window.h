@@ -91,7 +91,8 @@ class CDefectWindow : public CRecordWindow {
   const ReportPane& reportPane() const { return pane_; }
   // The widgets' values for the row shown. They go into the row at once when they pass its
   // checks; otherwise they wait in the pane until they are put right, and saving or moving
-  // to another row says what is wrong.
+  // to another row says what is wrong. A row changed in defect() directly keeps what it
+  // was given while no pane waits.
   void EditReport(const ReportPane& pane);
   // Moving away from a row first writes the pane back. A pane that fails its checks tells
   // why, stays on its row and answers false, as do the commands below.
@@ -161,6 +162,8 @@ class CDefectWindow : public CRecordWindow {
   bool fieldsEnabled_ = true;
   std::uint32_t reportRow_ = 0;
   ReportPane pane_;
+  // The pane holds edits its row does not have yet: they failed the checks.
+  bool paneWaiting_ = false;
   std::optional<ReportField> refused_;
   std::string changeText_;
   const CDefect* added_ = nullptr;

@@ -474,9 +474,11 @@ TEST_F(DefectWindowTest, AddingNumbersTheDefectAndKeepsTheFieldsOnARefusal) {
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Please enter a summary for the defect."});
   EXPECT_EQ(window->defect().EventCount(), 1u);
   window->defect().summary = "Menu overlaps the toolbar";
+  window->defect().ReportedByAt(1)->description = "Written into the row";
   EXPECT_TRUE(window->OnAcceptButton());
   const CDefect& added = Defect(defects().count());
   EXPECT_EQ(added.summary, "Menu overlaps the toolbar");
+  EXPECT_EQ(added.ReportedByAt(1)->description, "Written into the row") << "no pane waited";
   EXPECT_EQ(added.number, 4u) << "the next number of the project";
   EXPECT_EQ(added.copies().assignedToId, doc->currentUserId());
   EXPECT_NE(added.GetId(), 0u);
