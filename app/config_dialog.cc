@@ -52,6 +52,7 @@ void LimitBytes(QLineEdit* edit, std::size_t bytes) {
 bool EditComputerConfig(QWidget* parent, CTestConfig& config, bool editable) {
   QDialog dialog(parent);
   dialog.setWindowTitle("Computer Configuration");
+  dialog.setMinimumWidth(440);
   auto* form = new QFormLayout(&dialog);
   std::vector<TextField> fields = {
       Bind("Model:", config.model),
