@@ -88,7 +88,8 @@ void CMainFrame::MakeMenus() {
   file->addSeparator();
   file->addAction("E&xit", this, [this] { close(); });
 
-  QMenu* edit = menuBar()->addMenu("&Edit");
+  // Alt+E is Edit Item's own key, so the menu opens with Alt+I.
+  QMenu* edit = menuBar()->addMenu("Ed&it");
   QAction* add = edit->addAction("&Add Item...", this, [this] { AddItem(); });
   add->setShortcut(QKeySequence("Ctrl+N"));
   projectActions_.push_back(add);

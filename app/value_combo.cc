@@ -39,4 +39,10 @@ void FillUserCombo(QComboBox* combo, const ItemTable& users, std::uint32_t curre
   });
 }
 
+void FillPeopleCombo(QComboBox* combo, const ItemTable& people, std::uint32_t currentId,
+                     bool withNone) {
+  Fill(combo, &people, currentId, withNone,
+       [](const RecordItem& item) { return dynamic_cast<const CUser*>(&item) != nullptr; });
+}
+
 }  // namespace qm::app

@@ -20,5 +20,8 @@ void FillValueCombo(QComboBox* combo, const ItemTable* list, std::uint32_t curre
 // The users of the program as the table sorts them, without the customers.
 void FillUserCombo(QComboBox* combo, const ItemTable& users, std::uint32_t currentId,
                    bool withNone);
+// The users and the customers alike, as the table sorts them: everyone who may report.
+void FillPeopleCombo(QComboBox* combo, const ItemTable& people, std::uint32_t currentId,
+                     bool withNone);
 
 }  // namespace qm::app

@@ -41,7 +41,7 @@ void CDefectWindow::LoadFields(const RecordItem& item) {
   shown_->CopyFrom(static_cast<const CDefect&>(item));
   loaded_ = shown_->Pack();
   changed_ = false;
-  reportRow_ = shown_->ReportedByCount() > 0 ? 1 : 0;
+  ShowRow(shown_->ReportedByCount() > 0 ? 1 : 0);
 }
 
 void CDefectWindow::ResetForAdd() {
@@ -52,7 +52,7 @@ void CDefectWindow::ResetForAdd() {
   shown_->RefreshFromFirstReport();
   loaded_ = shown_->Pack();
   changed_ = false;
-  reportRow_ = 1;
+  ShowRow(1);
 }
 
 std::unique_ptr<CReportedBy> CDefectWindow::DefaultReport() const {
@@ -72,12 +72,10 @@ std::string CDefectWindow::ContactOf(std::uint32_t userId) const {
 }
 
 void CDefectWindow::SetFinder(std::uint32_t userId) {
-  CReportedBy* row = shown_->ReportedByAt(reportRow_);
-  if (row == nullptr) return;
-  row->foundById = userId;
-  row->contact = ContactOf(userId);
-  if (reportRow_ == 1) shown_->RefreshFromFirstReport();
-  changed_ = true;
+  ReportPane pane = pane_;
+  pane.foundById = userId;
+  pane.contact = ContactOf(userId);
+  EditReport(pane);
 }
 
 bool CDefectWindow::FieldsChanged() const { return changed_ || shown_->Pack() != loaded_; }
@@ -86,6 +84,10 @@ std::optional<FieldRefusal> CDefectWindow::ValidateFields() {
   // A summary of blanks names nothing in a list.
   if (shown_->summary.find_first_not_of(" \t") == std::string::npos) {
     return FieldRefusal("Please enter a summary for the defect.", "summary");
+  }
+  // The pane names the field of its refusal itself (refusedField).
+  if (const std::optional<ReportRefusal> refusal = StorePaneInRow()) {
+    return FieldRefusal(std::string(refusal->message));
   }
   return std::nullopt;
 }
@@ -100,6 +102,9 @@ std::string CDefectWindow::PendingChangeText() const {
 
 void CDefectWindow::StoreFields(RecordItem& item) {
   auto& defect = static_cast<CDefect&>(item);
+  // A step to the next record saves without the checks: a pane that fails them leaves its
+  // row as it was.
+  (void)StorePaneInRow();
   shown_->dateModified = clock_.Now();
   if (defect.GetId() == 0) {
     if (shown_->copies().assignedToId == 0) {
@@ -164,8 +169,15 @@ std::vector<EventRow> CDefectWindow::EventRows() const {
   }
   for (std::uint32_t n = 1; n <= shown_->EventCount(); ++n) {
     const CDefectEvent& e = *shown_->EventAt(n);
-    rows.push_back({std::string(e.ActionText()), FormatDate(e.date), UserName(lookups, e.userId),
-                    e.GetInfoText()});
+    std::string info = e.GetInfoText();
+    // A close says nothing of its own there; the resolution it gave is what a reader looks
+    // for.
+    if (e.kind() == EventKind::kClose) {
+      info = "Resolution: " +
+             ValueName(lookups, MakeTag("reso"), static_cast<const CCloseEvent&>(e).resolutionId);
+    }
+    rows.push_back(
+        {std::string(e.ActionText()), FormatDate(e.date), UserName(lookups, e.userId), info});
   }
   return rows;
 }
@@ -230,23 +242,104 @@ std::string CDefectWindow::ReportCounter() const {
   return std::to_string(reportRow_) + " of " + std::to_string(shown_->ReportedByCount());
 }
 
-void CDefectWindow::ShowReport(std::uint32_t row) {
-  if (row >= 1 && row <= shown_->ReportedByCount()) reportRow_ = row;
+void CDefectWindow::ShowRow(std::uint32_t row) {
+  reportRow_ = row;
+  const CReportedBy* report = shown_->ReportedByAt(row);
+  pane_ = report != nullptr ? PaneOf(*report) : ReportPane{};
+  paneWaiting_ = false;
+  refused_.reset();
 }
 
-void CDefectWindow::NewReportedBy() {
-  shown_->AddReportedBy(DefaultReport());
-  reportRow_ = shown_->ReportedByCount();
+void CDefectWindow::EditReport(const ReportPane& pane) {
+  if (!editable() || shown_->ReportedByAt(reportRow_) == nullptr || pane == pane_) return;
+  pane_ = pane;
+  paneWaiting_ = true;
+  refused_.reset();
   changed_ = true;
+  (void)StorePaneInRow();
 }
 
-void CDefectWindow::DeleteReportedBy() {
+std::optional<ReportRefusal> CDefectWindow::StorePaneInRow() {
+  CReportedBy* row = shown_->ReportedByAt(reportRow_);
+  // A pane that went in already leaves the row to what others write into it.
+  if (row == nullptr || !paneWaiting_) return std::nullopt;
+  if (std::optional<ReportRefusal> refusal = CheckPane(pane_)) {
+    refused_ = refusal->focus;
+    return refusal;
+  }
+  // The date as shown is the day only: a report keeps its time of day until the day
+  // itself is changed.
+  const std::uint32_t keptDate = row->dateFound;
+  StorePane(pane_, *row);
+  if (pane_.dateText == FormatDate(keptDate)) row->dateFound = keptDate;
+  paneWaiting_ = false;
+  if (reportRow_ == 1) shown_->RefreshFromFirstReport();
+  return std::nullopt;
+}
+
+bool CDefectWindow::WriteBackPane() {
+  const std::optional<ReportRefusal> refusal = StorePaneInRow();
+  if (refusal) userInterface().Tell(std::string(refusal->message));
+  return !refusal;
+}
+
+bool CDefectWindow::ShowReport(std::uint32_t row) {
+  if (row < 1 || row > shown_->ReportedByCount() || row == reportRow_) return false;
+  if (!WriteBackPane()) return false;
+  ShowRow(row);
+  return true;
+}
+
+bool CDefectWindow::NewReportedBy() {
+  if (!editable() || shown_->ReportedByCount() >= CDefect::kMaxReportedBy || !WriteBackPane()) {
+    return false;
+  }
+  shown_->AddReportedBy(DefaultReport());
+  ShowRow(shown_->ReportedByCount());
+  if (reportRow_ == 1) shown_->RefreshFromFirstReport();
+  changed_ = true;
+  return true;
+}
+
+bool CDefectWindow::DeleteReportedBy() {
   const CReportedBy* row = shown_->ReportedByAt(reportRow_);
-  if (row == nullptr) return;
+  if (!editable() || row == nullptr) return false;
   (void)shown_->RemoveReportedBy(row);
-  reportRow_ = std::min(reportRow_, shown_->ReportedByCount());
+  ShowRow(std::min(reportRow_, shown_->ReportedByCount()));
   shown_->RefreshFromFirstReport();
   changed_ = true;
+  return true;
+}
+
+std::unique_ptr<CTestConfig> CDefectWindow::CustomConfigCopy() const {
+  const CReportedBy* row = shown_->ReportedByAt(reportRow_);
+  if (row == nullptr) return nullptr;
+  auto copy = std::make_unique<CTestConfig>();
+  if (row->customConfig() != nullptr) {
+    // A configuration is an item, copied through its record form.
+    const std::vector<std::uint8_t> bytes = row->customConfig()->Pack();
+    PayloadReader in(bytes);
+    copy->ReadFrom(in);
+  }
+  return copy;
+}
+
+void CDefectWindow::SetCustomConfig(std::unique_ptr<CTestConfig> config) {
+  CReportedBy* row = shown_->ReportedByAt(reportRow_);
+  if (!editable() || row == nullptr) return;
+  ReportPane pane = pane_;
+  pane.configKind = CReportedBy::kCustomConfig;
+  pane.testConfigId = 0;
+  EditReport(pane);
+  // The kind goes in with the pane only when the rest of it passes its checks.
+  row->SetConfigKind(CReportedBy::kCustomConfig);
+  row->SetCustomConfig(std::move(config));
+  changed_ = true;
+}
+
+std::string CDefectWindow::ResolutionText() const {
+  if (shown_->copies().resolutionId == 0) return {};
+  return ValueName(DocLookups(doc()), MakeTag("reso"), shown_->copies().resolutionId);
 }
 
 }  // namespace qm

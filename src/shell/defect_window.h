@@ -18,6 +18,7 @@
 #include "defects/event_dialogs.h"
 #include "defects/selection_commands.h"
 #include "shell/record_window.h"
+#include "shell/report_pane.h"
 
 namespace qm {
 
@@ -86,15 +87,35 @@ class CDefectWindow : public CRecordWindow {
   std::uint32_t reportRow() const { return reportRow_; }
   // "%d of %d".
   std::string ReportCounter() const;
-  void ShowReport(std::uint32_t row);
+  // The pane of the row shown, as the widgets last gave it.
+  const ReportPane& reportPane() const { return pane_; }
+  // The widgets' values for the row shown. They go into the row at once when they pass its
+  // checks; otherwise they wait in the pane until they are put right, and saving or moving
+  // to another row says what is wrong. A row changed in defect() directly keeps what it
+  // was given while no pane waits.
+  void EditReport(const ReportPane& pane);
+  // Moving away from a row first writes the pane back. A pane that fails its checks tells
+  // why, stays on its row and answers false, as do the commands below.
+  bool ShowReport(std::uint32_t row);
   // Makes a user the finder of the row shown, with the user's company (or name) as the
   // contact.
   void SetFinder(std::uint32_t userId);
   // "&New Reported By": a row with today's date and the user logged in as the finder.
-  void NewReportedBy();
+  bool NewReportedBy();
   // "&Delete Reported By": the row shown goes; the panes show the same place or the new
   // last row.
-  void DeleteReportedBy();
+  bool DeleteReportedBy();
+  // The field the last refusal of the pane names, for the focus; cleared by an edit.
+  std::optional<ReportField> refusedField() const { return refused_; }
+  // A copy of the row's own computer description to edit in its dialog: an empty one when
+  // the row has none. Null without a row.
+  std::unique_ptr<CTestConfig> CustomConfigCopy() const;
+  // The edited description becomes the row's own, and the row's kind custom.
+  void SetCustomConfig(std::unique_ptr<CTestConfig> config);
+
+  // The resolution of the defect as its status has it ("<not set>" for a value gone);
+  // empty while it has none.
+  std::string ResolutionText() const;
 
   // The reply to the people who reported the defect, as the window shows it.
   SubmitterReply ReplyToSubmitter() const { return ReplyToSubmitters({shown_.get()}); }
@@ -125,6 +146,12 @@ class CDefectWindow : public CRecordWindow {
   std::unique_ptr<CReportedBy> DefaultReport() const;
   // What a report row of the user gives as the contact: the company, else the name.
   std::string ContactOf(std::uint32_t userId) const;
+  // The row shown and its pane, after a load or a move.
+  void ShowRow(std::uint32_t row);
+  // The pane into the row shown, when it passes its checks; the refusal otherwise.
+  std::optional<ReportRefusal> StorePaneInRow();
+  // As StorePaneInRow, telling the refusal; true when the pane went in.
+  bool WriteBackPane();
 
   RunEventDialog runDialog_;
   platform::Clock& clock_;
@@ -134,6 +161,10 @@ class CDefectWindow : public CRecordWindow {
   bool changed_ = false;
   bool fieldsEnabled_ = true;
   std::uint32_t reportRow_ = 0;
+  ReportPane pane_;
+  // The pane holds edits its row does not have yet: they failed the checks.
+  bool paneWaiting_ = false;
+  std::optional<ReportField> refused_;
   std::string changeText_;
   const CDefect* added_ = nullptr;
 };

@@ -557,8 +557,10 @@ DBStatus CProjectStore::PurgeMessages() {
       }
       e = IndexEntry{};
     }
+    const std::uint32_t countBefore = h.head.count;
     h.head.count = 0;
-    WriteIndexWhole(h);
+    ++h.head.revision;
+    WriteIndexWhole(h, countBefore);
     WriteHoleBlock(true);
   });
 }

@@ -208,8 +208,9 @@ class CProjectStore {
   void ReadTableEntry(TableHandle& h);
   void WriteTableEntry(const TableHandle& h);
   void LoadIndex(TableHandle& h);
-  void WriteIndexWhole(TableHandle& h);
-  void WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end);
+  void WriteIndexWhole(TableHandle& h, std::uint32_t countBefore);
+  void WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end,
+                       std::uint32_t countBefore);
   std::uint32_t FindEntry(const TableHandle& h, std::uint32_t id) const;
   void ReadHoleBlock();
   void WriteHoleBlock(bool fill);

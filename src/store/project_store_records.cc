@@ -103,15 +103,25 @@ void CProjectStore::LoadIndex(TableHandle& h) {
 }
 
 // Writes head and all capacity entries at the table's indexOffset.
-void CProjectStore::WriteIndexWhole(TableHandle& h) { WriteIndexRange(h, 0, h.head.capacity); }
+void CProjectStore::WriteIndexWhole(TableHandle& h, std::uint32_t countBefore) {
+  WriteIndexRange(h, 0, h.head.capacity, countBefore);
+}
 
-// Writes the entries [first, end) and then, in a write of its own, the head. Unused
-// entries are zero on disk, so the bytes after writing only what changed are those a
-// whole rewrite leaves. The head goes last because its count commits the change: a
-// writer stopped before it leaves an index whose head still describes whole entries.
-void CProjectStore::WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end) {
+// Writes the entries [first, end) between two writes of the head. The first carries the
+// new revision with the count as it was (`countBefore`), so a client that kept the index
+// from its last read rereads it from here on; the last carries the new count, which
+// commits the change. Unused entries are zero on disk, so the bytes after writing only
+// what changed are those a whole rewrite leaves. A writer stopped anywhere leaves a head
+// that describes whole entries and a revision that no client has seen with other ones.
+void CProjectStore::WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end,
+                                    std::uint32_t countBefore) {
   const std::uint32_t offset = EntryOf(h).indexOffset;
   if (offset == 0) Fail(DBStatus::kNoIndex);
+  std::uint8_t head[IndexHead::kSize];
+  IndexHead announced = h.head;
+  announced.count = countBefore;
+  announced.Encode(head);
+  Write(offset, head, sizeof head);
   if (end > first) {
     std::vector<std::uint8_t> bytes(std::size_t{end - first} * IndexEntry::kSize);
     for (std::uint32_t i = first; i < end; ++i) {
@@ -120,7 +130,6 @@ void CProjectStore::WriteIndexRange(TableHandle& h, std::uint32_t first, std::ui
     Write(std::uint64_t{offset} + IndexHead::kSize + std::uint64_t{first} * IndexEntry::kSize,
           bytes.data(), bytes.size());
   }
-  std::uint8_t head[IndexHead::kSize];
   h.head.Encode(head);
   Write(offset, head, sizeof head);
   h.heldOffset = offset;
@@ -161,9 +170,9 @@ void CProjectStore::InsertIntoIndex(TableHandle& h, std::uint32_t& id, std::uint
     // The grown block goes to the end of the file; the old one stays as dead bytes.
     entry.indexOffset = FindHoleForRecord(
         static_cast<std::uint32_t>(IndexHead::kSize + h.head.capacity * IndexEntry::kSize));
-    WriteIndexWhole(h);
+    WriteIndexWhole(h, slot);
   } else {
-    WriteIndexRange(h, slot, slot + 1);
+    WriteIndexRange(h, slot, slot + 1, slot);
   }
   WriteTableEntry(h);
 }
@@ -178,7 +187,7 @@ void CProjectStore::RemoveFromIndex(TableHandle& h, std::uint32_t slot) {
   ++entry.revision;
   WriteTableEntry(h);
   ++h.head.revision;
-  WriteIndexRange(h, slot, count);
+  WriteIndexRange(h, slot, count, count);
 }
 
 // ---- records ----
@@ -403,7 +412,7 @@ DBStatus CProjectStore::UpdateRecord(Tag tag, std::uint32_t id,
     (void)WriteStoredRecord(position, tag, id, data);
     h.entries[slot] = {id, position, stored};
     ++h.head.revision;
-    WriteIndexRange(h, slot, slot + 1);
+    WriteIndexRange(h, slot, slot + 1, h.head.count);
     EntryOf(h).count = h.head.count;
     WriteTableEntry(h);
   });

@@ -8,10 +8,14 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMdiSubWindow>
+#include <QMenuBar>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -130,6 +134,80 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
   EXPECT_TRUE(ui.shown.empty());
   frame.CloseProject();
   EXPECT_EQ(frame.windowTitle(), "Quillmark");
+}
+
+TEST_F(MainFrameTest, TheDefectWindowTakesItsReportsThroughItsPaneAndKeysReachOneCommand) {
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  app::DefectRecordWindow* adding = frame.AddDefect();
+  ASSERT_NE(adding, nullptr);
+  QApplication::processEvents();
+  EXPECT_EQ(adding->focusWidget(), adding->findChild<QLineEdit*>("summary"))
+      << "typing goes into the summary";
+
+  // Every key of the frame's menus and of the window's own buttons does one thing.
+  std::map<QString, QString> keys;
+  const auto take = [&keys](const QKeySequence& key, const QString& what) {
+    if (key.isEmpty()) return;
+    const auto [at, added] = keys.emplace(key.toString(), what);
+    EXPECT_TRUE(added) << key.toString().toStdString() << ": " << at->second.toStdString()
+                       << " and " << what.toStdString();
+  };
+  for (QAction* menu : frame.menuBar()->actions())
+    take(QKeySequence::mnemonic(menu->text()), menu->text());
+  for (QAction* action : frame.findChildren<QAction*>()) {
+    // A child window's own menu acts on the active child alone.
+    QObject* owner = action->parent();
+    while (owner != nullptr && qobject_cast<QMdiSubWindow*>(owner) == nullptr)
+      owner = owner->parent();
+    if (owner != nullptr) continue;
+    for (const QKeySequence& key : action->shortcuts()) take(key, action->text());
+  }
+  for (QPushButton* button : adding->findChildren<QPushButton*>()) {
+    take(QKeySequence::mnemonic(button->text()), button->text());
+  }
+
+  // Every control of the pane says what it is to a screen reader.
+  for (QWidget* w : adding->reportPane()->findChildren<QWidget*>()) {
+    if (w->focusPolicy() != Qt::NoFocus && w->isVisibleTo(adding) && w->focusProxy() == nullptr) {
+      EXPECT_FALSE(w->accessibleName().isEmpty()) << w->metaObject()->className();
+    }
+  }
+
+  // The first report is the new defect's; a second one is added and both are kept.
+  QTest::keyClicks(adding->findChild<QLineEdit*>("summary"), "Prints blank pages");
+  const auto field = [adding](const char* name) {
+    for (QWidget* w : adding->reportPane()->findChildren<QWidget*>()) {
+      if (w->accessibleName() == name) return w;
+    }
+    return static_cast<QWidget*>(nullptr);
+  };
+  auto* counter = static_cast<QLabel*>(field("Report shown"));
+  EXPECT_EQ(counter->text(), "1 of 1");
+  QTest::keyClicks(static_cast<QLineEdit*>(field("Found in Version")), "2.1");
+  QTest::keyClicks(static_cast<QPlainTextEdit*>(field("Steps to Reproduce")), "Print twice");
+  QTest::mouseClick(ButtonNamed(adding, "&New Reported By"), Qt::LeftButton);
+  EXPECT_EQ(counter->text(), "2 of 2");
+  EXPECT_TRUE(static_cast<QLineEdit*>(field("Found in Version"))->text().isEmpty());
+  auto* date = static_cast<QLineEdit*>(field("Date Found"));
+  date->clear();
+  QTest::keyClicks(date, "4/31/2024");
+  static_cast<QSpinBox*>(field("Report number"))->setValue(1);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Please enter the date this defect was found as "
+                                                 "M/D/YYYY, or leave it empty."});
+  EXPECT_EQ(counter->text(), "2 of 2") << "a date not read keeps the row shown";
+  EXPECT_EQ(adding->focusWidget(), date);
+  date->clear();
+  QTest::keyClicks(date, "4/30/2024");
+  static_cast<QSpinBox*>(field("Report number"))->setValue(1);
+  EXPECT_EQ(static_cast<QLineEdit*>(field("Found in Version"))->text(), "2.1");
+  QTest::mouseClick(adding->findChild<QPushButton*>("second"), Qt::LeftButton);
+  const CDefect& added =
+      *static_cast<CDefectTable&>(*frame.doc()->GetTable(kDefectTag)).DefectAt(1);
+  ASSERT_EQ(added.ReportedByCount(), 2u);
+  EXPECT_EQ(added.ReportedByAt(1)->versionFound, "2.1");
+  EXPECT_EQ(added.ReportedByAt(1)->steps, "Print twice");
+  EXPECT_EQ(added.ReportedByAt(2)->dateFound, *ParseDate("4/30/2024"));
+  frame.CloseProject();
 }
 
 TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {

@@ -1,11 +1,12 @@
 // Pictures of the window program for the README: the main window with the defect list, a
-// defect window on its History tab and the Options dialog, made offscreen on the project
-// named.
+// defect window on its Detail tab with the reported-by pane and on its History tab, and the
+// Options dialog, made offscreen on the project named.
 //
 //   quillmark_screenshots PROJECT OUT-FOLDER
 #include <QApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -39,6 +40,14 @@ int main(int argc, char** argv) {
   listFrame->setGeometry(0, 0, 1080, 600);
   QApplication::processEvents();
   if (!frame.grab().save(out + "/main-window.png")) return 2;
+
+  frame.defectList()->view()->selectRow(0);
+  auto* editing = dynamic_cast<qm::app::DefectRecordWindow*>(frame.OpenSelection(true));
+  editing->parentWidget()->setGeometry(60, 10, 900, 700);
+  QApplication::processEvents();
+  if (!editing->parentWidget()->grab().save(out + "/defect-reported-by.png")) return 5;
+  editing->findChild<QPushButton*>("first")->click();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 
   frame.defectList()->view()->selectRow(0);
   auto* window = dynamic_cast<qm::app::DefectRecordWindow*>(frame.OpenSelection(false));

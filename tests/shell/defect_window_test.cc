@@ -298,22 +298,24 @@ TEST_F(DefectWindowTest, NotifyListAndReportedByRowsAreChangesOfTheDefect) {
   auto window = Window();
   window->Open(CRecordWindow::kEdit, All(), 1);
   EXPECT_EQ(window->ReportCounter(), "1 of 1");
-  window->NewReportedBy();
+  ASSERT_TRUE(window->NewReportedBy());
   EXPECT_EQ(window->ReportCounter(), "2 of 2");
   EXPECT_EQ(window->defect().ReportedByAt(2)->foundById, doc->currentUserId());
   EXPECT_EQ(window->defect().ReportedByAt(2)->dateFound, clock.now);
-  window->defect().ReportedByAt(1)->foundById = 0;
+  EXPECT_EQ(window->reportPane().dateText, FormatDate(clock.now)) << "the pane shows the new row";
+  ASSERT_TRUE(window->ShowReport(1));
+  window->SetFinder(0);
   const SubmitterReply reply = window->ReplyToSubmitter();
   EXPECT_EQ(reply.recipients, std::vector<std::uint32_t>{doc->currentUserId()})
       << "the finders of the rows the window shows";
   EXPECT_EQ(reply.subject, "Re: Crash on save");
-  window->ShowReport(1);
   window->DeleteReportedBy();
   EXPECT_EQ(window->ReportCounter(), "1 of 1");
   EXPECT_EQ(window->EventRows()[0].who, "Project Admin") << "the new row is the first now";
   window->DeleteReportedBy();
   EXPECT_EQ(window->ReportCounter(), "0 of 0");
   EXPECT_TRUE(window->EventRows().empty());
+  EXPECT_EQ(window->reportPane(), ReportPane{}) << "blank panes";
 
   window->AddToNotify(doc->currentUserId());
   window->AddToNotify(doc->currentUserId());
@@ -323,6 +325,138 @@ TEST_F(DefectWindowTest, NotifyListAndReportedByRowsAreChangesOfTheDefect) {
   ASSERT_TRUE(window->OnAcceptButton());
   EXPECT_EQ(Defect(1).ReportedByCount(), 0u);
   EXPECT_EQ(Defect(1).notifyList(), std::vector<std::uint32_t>{doc->currentUserId()});
+}
+
+TEST(ReportPaneTest, ChecksRefuseADateNotReadAndAStandardKindWithoutItsConfiguration) {
+  struct Case {
+    const char* date;
+    std::uint16_t kind;
+    std::uint32_t configId;
+    std::optional<ReportField> refused;
+  };
+  const Case cases[] = {
+      {"", CReportedBy::kNoConfig, 0, std::nullopt},
+      {"  ", CReportedBy::kNoConfig, 0, std::nullopt},
+      {"3/7/2024", CReportedBy::kNoConfig, 0, std::nullopt},
+      {"2024-03-07", CReportedBy::kCustomConfig, 0, std::nullopt},
+      {"yesterday", CReportedBy::kNoConfig, 0, ReportField::kDateFound},
+      {"2/29/2023", CReportedBy::kNoConfig, 0, ReportField::kDateFound},
+      {"3/7/2024", CReportedBy::kStoredConfig, 0, ReportField::kStoredConfig},
+      {"3/7/2024", CReportedBy::kStoredConfig, 9, std::nullopt},
+      {"13/1/2024", CReportedBy::kStoredConfig, 0, ReportField::kDateFound},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.date);
+    ReportPane pane;
+    pane.dateText = c.date;
+    pane.configKind = c.kind;
+    pane.testConfigId = c.configId;
+    const std::optional<ReportRefusal> refusal = CheckPane(pane);
+    EXPECT_EQ(refusal ? std::optional(refusal->focus) : std::nullopt, c.refused);
+  }
+}
+
+TEST_F(DefectWindowTest, EveryFieldOfAReportIsSavedAndABadOneKeepsTheWindowOnIt) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  ReportPane pane = window->reportPane();
+  EXPECT_EQ(pane.description, "Crash on save happens\revery time");
+  EXPECT_EQ(pane.dateText, FormatDate(3'000'000'000u));
+  pane.description = "Crash on save, always";
+  window->EditReport(pane);
+  EXPECT_EQ(window->defect().ReportedByAt(1)->dateFound, 3'000'000'000u)
+      << "an unchanged day keeps the time of the report";
+
+  pane.dateText = "2/30/2024";
+  pane.contact = "Corvane QA";
+  window->EditReport(pane);
+  const std::string dateMessage =
+      "Please enter the date this defect was found as M/D/YYYY, or leave it empty.";
+  EXPECT_FALSE(window->NewReportedBy());
+  EXPECT_EQ(window->ReportCounter(), "1 of 1");
+  EXPECT_FALSE(window->OnAcceptButton());
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>(2, dateMessage));
+  EXPECT_EQ(window->refusedField(), ReportField::kDateFound);
+  EXPECT_EQ(window->reportPane().contact, "Corvane QA") << "what was typed stays";
+
+  pane.dateText = "3/7/2024";
+  pane.versionFound =
+      std::string(17, 'v') + "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9";
+  pane.reproducedId = doc->GetTable(MakeTag("rpro"))->ItemAt(2)->GetId();
+  pane.steps = "Open\rSave";
+  pane.otherHardware = "Two mice";
+  window->EditReport(pane);
+  EXPECT_FALSE(window->refusedField());
+  ASSERT_TRUE(window->NewReportedBy());
+  ReportPane second = window->reportPane();
+  second.steps = "Only on Fridays";
+  window->EditReport(second);
+  ASSERT_TRUE(window->ShowReport(1));
+  ASSERT_TRUE(window->ShowReport(2));
+  EXPECT_EQ(window->reportPane().steps, "Only on Fridays") << "moving away wrote it back";
+
+  // The row's own computer: edited in its dialog, then given up for the finder's own.
+  auto config = window->CustomConfigCopy();
+  ASSERT_NE(config, nullptr);
+  config->model = "Vectra";
+  window->SetCustomConfig(std::move(config));
+  EXPECT_EQ(window->reportPane().configKind, CReportedBy::kCustomConfig);
+  EXPECT_EQ(window->CustomConfigCopy()->model.str(), "Vectra");
+  ASSERT_TRUE(window->OnAcceptButton());
+
+  const CReportedBy& first = *Defect(1).ReportedByAt(1);
+  EXPECT_EQ(first.dateFound, *ParseDate("3/7/2024"));
+  EXPECT_EQ(Defect(1).dateFound, first.dateFound) << "the defect's copy of the first row";
+  EXPECT_EQ(first.contact.str(), "Corvane QA");
+  EXPECT_EQ(first.versionFound,
+            std::string(17, 'v') + "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9")
+      << "32 bytes, no character cut in half";
+  EXPECT_EQ(Defect(1).reproducedId, first.reproducedId);
+  EXPECT_EQ(first.steps, "Open\rSave");
+  EXPECT_EQ(first.otherHardware, "Two mice");
+  ASSERT_EQ(Defect(1).ReportedByCount(), 2u);
+  const CReportedBy& added = *Defect(1).ReportedByAt(2);
+  EXPECT_EQ(added.steps, "Only on Fridays");
+  ASSERT_EQ(added.configKind(), CReportedBy::kCustomConfig);
+  EXPECT_EQ(added.customConfig()->model.str(), "Vectra");
+
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  ASSERT_TRUE(window->ShowReport(2));
+  ReportPane own = window->reportPane();
+  own.configKind = CReportedBy::kNoConfig;
+  window->EditReport(own);
+  EXPECT_EQ(window->defect().ReportedByAt(2)->customConfig(), nullptr);
+  window->OnCancelButton();
+
+  auto viewing = Window();
+  viewing->Open(CRecordWindow::kView, All(), 1);
+  ReportPane changed = viewing->reportPane();
+  changed.steps = "Changed in a view";
+  viewing->EditReport(changed);
+  EXPECT_FALSE(viewing->NewReportedBy());
+  EXPECT_FALSE(viewing->DeleteReportedBy());
+  EXPECT_EQ(viewing->defect().ReportedByAt(1)->steps, "Open\rSave");
+}
+
+TEST_F(DefectWindowTest, AClosedDefectShowsItsResolutionAndTheCloseRowGivesIt) {
+  Open();
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  EXPECT_EQ(window->ResolutionText(), "");
+  const std::uint32_t notABug = doc->GetTable(MakeTag("reso"))->ItemAt(5)->GetId();
+  steps.push_back({EventKind::kClose, EventDialogResult::kOk, [notABug](CDefectEvent& e) {
+                     e.date = 3'100'000'000u;
+                     static_cast<CCloseEvent&>(e).resolutionId = notABug;
+                   }});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kClose));
+  EXPECT_EQ(window->ResolutionText(), "Not a Bug");
+  EXPECT_EQ(window->EventRows().back().info, "Resolution: Not a Bug");
+  steps.push_back({EventKind::kReOpen, EventDialogResult::kOk, Dated(3'200'000'000u)});
+  ASSERT_TRUE(window->RunCommand(DefectCommand::kReOpen));
+  EXPECT_EQ(window->ResolutionText(), "") << "a re-opened defect has none";
+  EXPECT_EQ(window->EventRows()[1].info, "Resolution: Not a Bug") << "the close row keeps it";
+  window->OnCancelButton();
 }
 
 TEST_F(DefectWindowTest, AddingNumbersTheDefectAndKeepsTheFieldsOnARefusal) {
@@ -340,9 +474,11 @@ TEST_F(DefectWindowTest, AddingNumbersTheDefectAndKeepsTheFieldsOnARefusal) {
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Please enter a summary for the defect."});
   EXPECT_EQ(window->defect().EventCount(), 1u);
   window->defect().summary = "Menu overlaps the toolbar";
+  window->defect().ReportedByAt(1)->description = "Written into the row";
   EXPECT_TRUE(window->OnAcceptButton());
   const CDefect& added = Defect(defects().count());
   EXPECT_EQ(added.summary, "Menu overlaps the toolbar");
+  EXPECT_EQ(added.ReportedByAt(1)->description, "Written into the row") << "no pane waited";
   EXPECT_EQ(added.number, 4u) << "the next number of the project";
   EXPECT_EQ(added.copies().assignedToId, doc->currentUserId());
   EXPECT_NE(added.GetId(), 0u);
