@@ -309,21 +309,6 @@ TEST(DefectEvents, OrderByDateThenWeightAndReplay) {
   EXPECT_EQ(comments.copies().resolutionId, 7u);
 }
 
-TEST(DefectEvents, TheLoggedInAssigneeAndClones) {
-  FakeLookups lookups;
-  lookups.current = 5;
-  CDefect d(&lookups);
-  d.AddEvent(Event(EventKind::kAssign, 100, 5));
-  EXPECT_TRUE(d.copies().assignedToMe);
-  d.AddReportedBy(std::make_unique<CReportedBy>());
-  d.SetId(3);
-  const auto copy = d.Clone();
-  EXPECT_EQ(copy->GetId(), 3u);
-  EXPECT_EQ(copy->EventAt(1)->sessionId, d.EventAt(1)->sessionId);
-  EXPECT_EQ(copy->ReportedByAt(1)->sessionId, d.ReportedByAt(1)->sessionId);
-  EXPECT_EQ(copy->Pack(), d.Pack());
-}
-
 TEST(DefectTable, SortsByNumberThenTypeThenRecord) {
   FakeLookups lookups;
   lookups.positions[{MakeTag("type"), 40}] = 2;

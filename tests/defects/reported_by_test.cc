@@ -196,19 +196,10 @@ TEST(ReportedBy, ConfigKindsAttachmentsAndClone) {
   EXPECT_EQ(row.customConfig(), nullptr);
   EXPECT_EQ(row.testConfigId(), 0u);
 
-  // Attachments, 1-based; one of another row is not removed.
   auto notes = std::make_unique<CFileAttachment>();
   notes->sourcePath = "/home/ann/notes.txt";
   notes->deleteSource = true;
   row.AddAttachment(std::move(notes));
-  row.AddAttachment(std::make_unique<CFileAttachment>());
-  EXPECT_EQ(row.AttachmentAt(0), nullptr);
-  EXPECT_EQ(row.AttachmentAt(3), nullptr);
-  CFileAttachment stranger;
-  EXPECT_EQ(row.RemoveAttachment(&stranger), nullptr);
-  CFileAttachment* second = row.AttachmentAt(2);
-  EXPECT_EQ(row.RemoveAttachment(second).get(), second);
-  ASSERT_EQ(row.AttachmentCount(), 1u);
 
   // A clone owns copies of everything, including what is never stored.
   row.description = "Comments";
