@@ -114,33 +114,5 @@ TEST(Payload, ReadingKeepsFieldsWhereThereIsNothingToRead) {
   EXPECT_THROW(ReadVersion(empty, 1, 2), ItemError);
 }
 
-TEST(HandleFile, GrowsByItsGrowthSeeksAndHandsOut) {
-  CHandleFile f(16);
-  f.Write(ByteList{1, 2, 3});
-  EXPECT_EQ(f.allocated(), 16u);
-  f.Seek(20, CHandleFile::From::kStart);
-  f.Write(ByteList{9});
-  EXPECT_EQ(f.allocated(), 32u);
-  EXPECT_EQ(f.GetLength(), 21u);
-
-  EXPECT_EQ(f.Seek(-2, CHandleFile::From::kEnd), 19u);
-  ByteList two(2);
-  EXPECT_EQ(f.Read(two), 2u);
-  EXPECT_EQ(two, (ByteList{0, 9}));
-  EXPECT_EQ(f.Read(two), 0u);
-  EXPECT_THROW(f.Seek(-22, CHandleFile::From::kCurrent), CHandleFile::BadSeek);
-  EXPECT_EQ(f.position(), 21u) << "a refused seek moves nothing";
-
-  // Bytes beyond a cut are not brought back, by a longer length or by a write past the end.
-  f.SetLength(1);
-  EXPECT_EQ(f.position(), 1u);
-  f.SetLength(2);
-  f.Seek(3, CHandleFile::From::kStart);
-  f.Write(ByteList{5});
-  EXPECT_EQ(f.Detach(), (ByteList{1, 0, 0, 5}));
-  EXPECT_EQ(f.GetLength(), 0u);
-  EXPECT_EQ(f.allocated(), 0u);
-}
-
 }  // namespace
 }  // namespace qm
