@@ -39,10 +39,6 @@ Bytes Head(const std::string& notes = "Seen twice") {
   return b;
 }
 
-Bytes& Version33(Bytes& b, const std::string& text) {
-  return b.u8(static_cast<std::uint8_t>(text.size())).text(text).zeros(32 - text.size());
-}
-
 TEST(DefectEvent, EachKindsByteForm) {
   std::vector<std::pair<std::unique_ptr<CDefectEvent>, Bytes>> cases;
   const auto add = [&cases](std::unique_ptr<CDefectEvent> event, Bytes bytes) {
@@ -61,7 +57,7 @@ TEST(DefectEvent, EachKindsByteForm) {
   fix->fixVersion = "1.2";
   Bytes fixBytes = Head();
   fixBytes.u32(0x40040000).u32(0).u8(1).u8(0).u32(0x11223344);
-  add(std::move(fix), Version33(fixBytes, "1.2"));
+  add(std::move(fix), fixBytes.fixed33("1.2"));
   auto verify = std::make_unique<CVerifyEvent>();
   verify->passed = false;
   add(std::move(verify), Head().u8(0));
@@ -74,7 +70,7 @@ TEST(DefectEvent, EachKindsByteForm) {
   estimate->estimatedVersion = "2.0b";
   Bytes estimateBytes = Head();
   estimateBytes.u32(0x40240000).u32(0).u32(0x0A0B0C0D);
-  add(std::move(estimate), Version33(estimateBytes, "2.0b"));
+  add(std::move(estimate), estimateBytes.fixed33("2.0b"));
   auto release = std::make_unique<CReleaseNotesEvent>();
   release->releaseVersion = "3.1";
   add(std::move(release), Head().u8(3).text("3.1"));
@@ -95,7 +91,7 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   CFixEvent fix;
   Bytes old;
   old.u32(7).u32(kDate).u8(3).text("old").u16(0xFFFF).u8(0).u8(1).u32(4);
-  Version33(old, "0.9");
+  old.fixed33("0.9");
   EXPECT_EQ(Read(fix, old.b, 0x101), 0u);
   EXPECT_EQ(fix.notes, "old");
   EXPECT_EQ(fix.hours, -1.0);
@@ -108,12 +104,12 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   // Written back, the notes become text and the hours a float64.
   Bytes now = Head("old");
   now.u32(0x401C0000).u32(0).u8(0).u8(1).u32(4);
-  EXPECT_EQ(Written(fix), Version33(now, "0.9").b);
+  EXPECT_EQ(Written(fix), now.fixed33("0.9").b);
 
   // 0x102 and 0x103 hold twelve bytes that say nothing in place of the hours.
   Bytes skipped = Head();
   skipped.raw(ByteList(12, 0xAB)).u8(1).u8(0).u32(6);
-  Version33(skipped, "1.0");
+  skipped.fixed33("1.0");
   EXPECT_EQ(Read(fix, skipped.b, 0x103), 0u);
   EXPECT_EQ(fix.hours, 0.0);
   EXPECT_TRUE(fix.affectsDocs);
@@ -147,7 +143,7 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   estimate.estimatedVersion = longVersion;
   Bytes cut = Head("");
   cut.u32(0xBFF00000).u32(0).u32(0xFFFFFFFF);
-  EXPECT_EQ(Written(estimate), Version33(cut, std::string(31, 'v')).b);
+  EXPECT_EQ(Written(estimate), cut.fixed33(std::string(31, 'v')).b);
 
   // A release version is stored as at most 32 bytes, cut the same way.
   CReleaseNotesEvent release;

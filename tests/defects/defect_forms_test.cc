@@ -1,5 +1,4 @@
-// A defect's field texts, and its text and HTML forms whole, for a defect with every kind
-// of event and two reported-by rows.
+// A defect's field texts as its events change them, and its text and HTML forms whole.
 #include <gtest/gtest.h>
 
 #include "defects/defect.h"

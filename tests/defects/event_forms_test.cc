@@ -1,5 +1,5 @@
 // The text, HTML and page forms of events and reported-by rows, whole, against texts
-// written out by hand; and the escape and line-end steps they rest on.
+// written out by hand.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -10,7 +10,6 @@
 #include "defects/defect_event.h"
 #include "defects/fake_lookups.h"
 #include "defects/reported_by.h"
-#include "defects/text_forms.h"
 #include "session/page_form.h"
 
 namespace qm {

@@ -1,5 +1,5 @@
-// Test configuration records against hand-built bytes, capacities and the name order; their
-// text, HTML and page forms against whole expected texts.
+// Test configuration records against hand-built bytes; their text, HTML and page forms
+// against whole expected texts.
 #include <gtest/gtest.h>
 
 #include "people/test_config.h"
