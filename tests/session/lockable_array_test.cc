@@ -1,10 +1,9 @@
-// LockableArray and ArrayIterator: positions at the edges, sorted insertion, the order
-// the shell sorts leave equal keys in, iterators that survive changes, locked refusals.
+// LockableArray and ArrayIterator: sorted insertion, keys that order every element,
+// iterators that survive changes.
 #include "session/lockable_array.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>

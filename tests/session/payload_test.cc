@@ -1,5 +1,5 @@
-// Record payload elements against hand-built bytes, reading with limits and past the
-// end, and the memory file the payloads are written through.
+// Record payload elements against hand-built bytes, and reading with limits and past the
+// end.
 #include "session/payload.h"
 
 #include <gtest/gtest.h>
