@@ -54,17 +54,6 @@ void FillTwoTables(CProjectStore& store) {
   Check(store.PostMessage(1, 7, notice), "post");
 }
 
-void Save(test::MemoryFileSystem& files, const std::string& name, const std::string& folder) {
-  const std::vector<std::uint8_t>& bytes = files.Bytes(name);
-  std::ofstream out(folder + "/" + name, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-  if (!out) {
-    std::fprintf(stderr, "make_corpus: cannot write %s/%s\n", folder.c_str(), name.c_str());
-    std::exit(1);
-  }
-}
-
 void SaveBytes(const std::vector<std::uint8_t>& bytes, const std::string& path) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out.write(reinterpret_cast<const char*>(bytes.data()),
@@ -73,6 +62,10 @@ void SaveBytes(const std::vector<std::uint8_t>& bytes, const std::string& path) 
     std::fprintf(stderr, "make_corpus: cannot write %s\n", path.c_str());
     std::exit(1);
   }
+}
+
+void Save(test::MemoryFileSystem& files, const std::string& name, const std::string& folder) {
+  SaveBytes(files.Bytes(name), folder + "/" + name);
 }
 
 void SaveRecord(std::uint8_t kind, std::vector<std::uint8_t> bytes, const std::string& path) {

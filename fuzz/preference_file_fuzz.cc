@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include "platform/preference_file.h"
 #include "shell/app_preferences.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -36,13 +36,6 @@ class Folder {
  private:
   std::string path_;
 };
-
-std::string ReadText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 void WriteBytes(const std::string& path, const std::uint8_t* data, std::size_t size) {
   std::ofstream(path, std::ios::binary | std::ios::trunc)
@@ -82,10 +75,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   qm::CAppPreferences prefs(in);
   (void)prefs.Load();
   Require(prefs.Save());
-  const std::string first = ReadText(in);
+  const std::string first = qm::test::ReadText(in);
   qm::CAppPreferences next(in);
   (void)next.Load();
   Require(next.Save());
-  Require(ReadText(in) == first);
+  Require(qm::test::ReadText(in) == first);
   return 0;
 }

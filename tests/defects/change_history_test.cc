@@ -292,15 +292,10 @@ TEST_F(ChangeHistory, DeletedAndAddedEventsComeLastInTheText) {
   Add<CCommentEvent>(7, 3, "a\rb");
   Edit();
   edited->RemoveEvent(edited->EventAt(2));
-  auto fix = std::make_unique<CFixEvent>();
-  fix->date = Day(2, 3);
-  fix->userId = 3;
-  fix->notes = "patched";
-  fix->hours = 2.5;
-  fix->resolutionId = 6;
-  fix->fixVersion = "1.1";
-  fix->affectsDocs = true;
-  edited->AddEvent(std::move(fix));
+  auto verify = std::make_unique<CVerifyEvent>();
+  verify->date = Day(2, 3);
+  verify->userId = 3;
+  edited->AddEvent(std::move(verify));
   edited->SetNotifyList({3});
   edited->summary = "Crash on load";
   EXPECT_EQ(Changes(),
@@ -312,15 +307,10 @@ TEST_F(ChangeHistory, DeletedAndAddedEventsComeLastInTheText) {
             "Comments: a\r"
             "b\r"
             "\r"
-            "**** Added Fix dated 2/3/2025 ****\r"
-            "Fixed by: Lee\r"
-            "Date Fixed: 2/3/2025\r"
-            "Version: 1.1\r"
-            "Resolution: Code Change\r"
-            "Hours to Fix:  2.50\r"
-            "Affects Documentation: Yes\r"
-            "Affects Test Plan: No\r"
-            "Notes: patched\r"
+            "**** Added Verification dated 2/3/2025 ****\r"
+            "Verified by: Lee\r"
+            "Date Verified: 2/3/2025\r"
+            "Result: Passed\r"
             "\r");
 }
 

@@ -1,5 +1,5 @@
 // The text, HTML and page forms of events and reported-by rows, whole, against texts
-// written out by hand; and the escape and line-end steps they rest on.
+// written out by hand.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -10,7 +10,6 @@
 #include "defects/defect_event.h"
 #include "defects/fake_lookups.h"
 #include "defects/reported_by.h"
-#include "defects/text_forms.h"
 #include "session/page_form.h"
 
 namespace qm {
@@ -34,13 +33,6 @@ constexpr std::uint32_t kGone = 99;
 const std::string kTable = "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%>\n";
 const std::string kRow = "<TR BGCOLOR=#FFFFFF>";
 const std::string kEnd = "</TR>\n";
-
-TEST(TextForms, EscapeAndLineEnds) {
-  // Only the three characters change; an ampersand, even of an entity, stays.
-  EXPECT_EQ(EscapeHtml("a \"b\" <c> & &lt;"), "a &quot;b&quot; &lt;c&gt; & &lt;");
-  // A lone CR gains its LF, at the end too; a CR LF, or an LF alone, stays.
-  EXPECT_EQ(CrToCrLf("a\rb\r\nc\r\r\nd\ne\r"), "a\r\nb\r\nc\r\n\r\nd\ne\r\n");
-}
 
 class Forms : public ::testing::Test {
  protected:
@@ -234,32 +226,6 @@ TEST_F(Forms, TextAndHtmlOfReportedByRows) {
   text.clear();
   stored.WriteText(text, lookups);
   EXPECT_NE(text.find("\r\nStandard Test Configuration: <not set>\r\n"), std::string::npos);
-
-  CReportedBy custom;
-  CustomRow(custom);
-  text.clear();
-  custom.WriteText(text, lookups);
-  EXPECT_EQ(text,
-            "Reported by: \r\n"
-            "Date Found: \r\n"
-            "Found in Version: \r\n"
-            "Comments: none\r\n"
-            "Reproduced: <not set>\r\n"
-            "Steps to Reproduce: none\r\n"
-            "Custom Computer Configuration\r\n"
-            "Other Hardware and Software: none\r\n"
-            "Attachments: none\r\n");
-  html.clear();
-  custom.WriteHtml(html, lookups);
-  EXPECT_EQ(html, kTable + kRow + "<TD><B>Reported by:</B> </TD><TD><B>Date Reported:</B> </TD>" +
-                      kEnd + kRow + "<TD><B>Found in Version:</B> </TD>" + kEnd + kRow +
-                      "<TD COLSPAN=2><B>Comments:</B> &nbsp;</TD>" + kEnd + kRow +
-                      "<TD COLSPAN=2><B>Reproduced:</B> &lt;not set&gt;</TD>" + kEnd + kRow +
-                      "<TD COLSPAN=2><B>Steps to Reproduce:</B> &nbsp;</TD>" + kEnd + kRow +
-                      "<TD COLSPAN=2><B>Custom Computer Configuration</B></TD>" + kEnd + kRow +
-                      "<TD COLSPAN=2><B>Other Hardware and Software:</B> &nbsp;</TD>" + kEnd +
-                      kRow + "<TD COLSPAN=2><B>Attachments:</B> <BR>&nbsp;&nbsp;none</TD>" + kEnd +
-                      "</TABLE>\n");
 }
 
 // An event and a reported-by row on one page form: the second goes on from the line the

@@ -28,15 +28,11 @@ std::uint32_t Day(int month, int day, int hour = 0) {
   return platform::StampFromCivil({2025, month, day, hour, 0, 0});
 }
 
-Bytes& Str(Bytes& b, const std::string& s) {
-  return b.u8(static_cast<std::uint8_t>(s.size())).text(s);
-}
-
 std::vector<std::uint8_t> Record(std::uint16_t version) {
   Bytes b;
   b.u16(version).u8(1).u16(3).u16(1).u32(0x01020304);
-  Str(b, "Write the manual");
-  Str(b, "2.1");
+  b.str8("Write the manual");
+  b.str8("2.1");
   b.u32(Day(3, 7)).u32(kNone).u32(12).u32(99).u16(1);
   b.u16(9).text("two\rlines");
   return b.b;
@@ -66,7 +62,7 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   fresh.versionNeeded = std::string(40, 'v');
   Bytes b;
   b.u16(1).u8(0).u16(2).u16(2).u32(0).u8(0);
-  Str(b, std::string(35, 'v'));
+  b.str8(std::string(35, 'v'));
   b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0);
   EXPECT_EQ(fresh.Pack(), b.b);
 

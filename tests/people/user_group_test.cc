@@ -8,10 +8,6 @@
 namespace qm::test {
 namespace {
 
-Bytes& Str(Bytes& b, const std::string& s) {
-  return b.u8(static_cast<std::uint8_t>(s.size())).text(s);
-}
-
 std::unique_ptr<CUserGroup> Read(const std::vector<std::uint8_t>& payload) {
   auto group = std::make_unique<CUserGroup>();
   PayloadReader in(payload);
@@ -37,7 +33,7 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
 
   Bytes expected;
   expected.u16(0x103).u8(0);
-  Str(Str(Str(expected, "A group name far longer than thi"), "Test team"), "Night shift");
+  expected.str8("A group name far longer than thi").str8("Test team").str8("Night shift");
   expected.u32(4).u32(2).u32(7).u32(0x01020304);
   expected.u32(4).u32(3).u32(8).u32(67).u32(4);
   expected.u16(0x21).u32(12).u16(1);
@@ -53,7 +49,7 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
     Bytes old;
     old.u16(v);
     if (v >= 0x101) old.u8(1);
-    Str(Str(Str(old, "Admins"), ""), "All rights");
+    old.str8("Admins").str8("").str8("All rights");
     old.u32(4).u32(1).u32(3).u32(4).u32(1).u32(2);
     if (v >= 0x102) old.u16(3);
     if (v >= 0x103) old.u32(12).u16(1);
@@ -69,7 +65,7 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
   // A count beyond the payload: the whole ids are taken, then the record is at its end.
   Bytes cut;
   cut.u16(0x103).u8(0);
-  Str(Str(Str(cut, "Cut"), ""), "");
+  cut.str8("Cut").str8("").str8("");
   const auto readCut = Read(cut.u32(4).u32(1000).u32(1).u32(2).u16(0xABCD).b);
   EXPECT_EQ(readCut->userIds(), (std::vector<std::uint32_t>{1, 2}));
   EXPECT_TRUE(readCut->disabledCommands().empty());

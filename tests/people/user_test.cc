@@ -20,10 +20,6 @@ namespace {
 
 using ByteList = std::vector<std::uint8_t>;
 
-Bytes& Str(Bytes& b, const std::string& s) {
-  return b.u8(static_cast<std::uint8_t>(s.size())).text(s);
-}
-
 // Bytes 1, 2, 3, ... from `first`, so that each offset of the block shows where it went.
 Bytes& Counting(Bytes& b, std::uint8_t first, std::size_t n) {
   for (std::size_t i = 0; i < n; ++i) b.u8(static_cast<std::uint8_t>(first + i));
@@ -77,21 +73,21 @@ ByteList Record(std::uint16_t v, bool old) {
   Bytes b;
   b.u16(v);
   if (v >= 0x102) b.u8(old ? 1 : 0);
-  Str(Str(Str(Str(b, "Ann"), "Lee"), "alee"), "secret");
+  b.str8("Ann").str8("Lee").str8("alee").str8("secret");
   // Notes: text8, which keeps a 0 byte, then text, which reads it as a blank.
   if (v < 0x108) {
     b.u8(3).raw({'a', 0, 'b'});
   } else {
     b.u16(3).raw({'a', ' ', 'b'});
   }
-  Str(b.u8(3), "555-0100");
-  Str(b.u8(5), "ext 12");  // the low byte of the kind
+  b.u8(3).str8("555-0100");
+  b.u8(5).str8("ext 12");  // the low byte of the kind
   b.u32(5);
   Counting(b, 1, 76);                // block bytes 0-75
   if (v > 0x100) b.u32(0xF1F2F3F4);  // the u32 at 84
   b.u32(0xB0C0D0E0);
-  if (v > 0x102) Str(Str(Str(b, "s1"), ""), "s3").u16(1).u16(2).u16(0xFFFF);
-  if (v > 0x103) Str(Str(Str(b, "Corvane"), "1 Main St\rSpringfield").u16(1), "ann@example.com");
+  if (v > 0x102) b.str8("s1").str8("").str8("s3").u16(1).u16(2).u16(0xFFFF);
+  if (v > 0x103) b.str8("Corvane").str8("1 Main St\rSpringfield").u16(1).str8("ann@example.com");
   if (v > 0x104) {
     CUser user;
     Fill(user);

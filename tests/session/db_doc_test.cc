@@ -263,6 +263,8 @@ TEST_F(Project, SingleUserProjectAsksForItsPassword) {
     ui.ScriptPassword("shut");
     ui.ScriptPassword("OPEN");
     ASSERT_EQ(doc.OpenProject(path), 1);
+    EXPECT_EQ(ui.passwordTexts[0],
+              "The file " + path + " is password protected. Please enter the password below.");
     EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Password incorrect -- please try again."});
     doc.CloseProject();
   }

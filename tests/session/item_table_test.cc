@@ -338,12 +338,5 @@ TEST_F(ItemTableTest, WorkingCopiesHoldButDoNotOwn) {
   EXPECT_EQ(Names(table), "z d f");
 }
 
-TEST(TableDisplayWord, NamesRecordsInMessages) {
-  EXPECT_EQ(TableDisplayWord(MakeTag("scfg")), "Defect");
-  EXPECT_EQ(TableDisplayWord(MakeTag("ugrp")), "User Group");
-  EXPECT_EQ(TableDisplayWord(MakeTag("msgs")), "");
-  EXPECT_EQ(TableDisplayWord(MakeTag("wxyz")), "wxyz");
-}
-
 }  // namespace
 }  // namespace qm::test

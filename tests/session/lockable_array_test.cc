@@ -1,10 +1,9 @@
-// LockableArray and ArrayIterator: positions at the edges, sorted insertion, the order
-// the shell sorts leave equal keys in, iterators that survive changes, locked refusals.
+// LockableArray and ArrayIterator: sorted insertion, keys that order every element,
+// iterators that survive changes.
 #include "session/lockable_array.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,37 +36,6 @@ std::string Tags(const LockableArray<Pair>& array) {
   std::string tags;
   for (const Pair& p : Contents(array)) tags += p.tag;
   return tags;
-}
-
-TEST(LockableArray, PositionsAreClippedAtTheEdges) {
-  LockableArray<int> a;
-  EXPECT_EQ(a.Insert(20, 0), 1u) << "0 goes to 1";
-  EXPECT_EQ(a.Insert(40, 99), 2u) << "beyond the end goes to the end";
-  EXPECT_EQ(a.Insert(10, 1), 1u);
-  EXPECT_EQ(a.Insert(7, kArrayEnd, 2), 4u);
-  EXPECT_EQ(Contents(a), (std::vector<int>{10, 20, 40, 7, 7}));
-  int v = -1;
-  EXPECT_FALSE(a.GetElement(0, v));
-  EXPECT_FALSE(a.GetElement(6, v));
-  ASSERT_TRUE(a.GetElement(kArrayEnd, v));
-  EXPECT_EQ(v, 7);
-
-  LockableArray<int> ten;
-  for (int i = 1; i <= 10; ++i) ten.Insert(i);
-  EXPECT_EQ(ten.Remove(8, 5), 3u) << "the count is clipped to the end";
-  EXPECT_EQ(ten.Remove(kArrayEnd), 1u);
-  EXPECT_EQ(ten.Remove(0), 0u);
-  EXPECT_EQ(ten.Remove(7), 0u);
-  EXPECT_TRUE(ten.Move(1, 4));
-  EXPECT_TRUE(ten.Move(kArrayEnd, 2));
-  EXPECT_EQ(Contents(ten), (std::vector<int>{2, 6, 3, 4, 1, 5}));
-  EXPECT_TRUE(ten.Swap(1, 5));
-  EXPECT_FALSE(ten.Swap(1, 7));
-  EXPECT_TRUE(ten.Set(5, 9, 4)) << "the count is clipped to the end";
-  EXPECT_EQ(Contents(ten), (std::vector<int>{1, 6, 3, 4, 9, 9}));
-  EXPECT_TRUE(ten.RemoveValue(4));
-  EXPECT_FALSE(ten.RemoveValue(4));
-  EXPECT_EQ(ten.Find(9), 4u) << "linear: the first match";
 }
 
 TEST(LockableArray, KeepSortedInsertsWhereTheBinarySearchLands) {
@@ -104,25 +72,10 @@ TEST(LockableArray, KeepSortedInsertsWhereTheBinarySearchLands) {
   EXPECT_EQ(a.FindKey(KeyRef(3)), 2u) << "unsorted: the first match";
 }
 
-TEST(LockableArray, ShellSortsDecideTheOrderOfEqualKeys) {
+// The gaps of the shell sorts, and so the order they leave equal keys in, are pinned by
+// the item tables' sorts.
+TEST(LockableArray, TotalKeysAndStringsSortOneWay) {
   const std::string tags = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMN";
-  PairKey key;
-  LockableArray<Pair> a(key);
-  LockableArray<Pair> b(key);
-  for (int i = 0; i < 40; ++i) {
-    const Pair p{(i * 7 + i / 5) % 4, tags[static_cast<std::size_t>(i)]};
-    a.Insert(p);
-    b.Insert(p);
-  }
-  // 40 / 9 is 4, so the gaps are 4 and 1: neither stable nor any other sort's order.
-  a.Sort();
-  EXPECT_EQ(Tags(a), "afkpejotuzEJyDINinsdCHMxmrchGLwBqbglKvAF");
-  EXPECT_TRUE(a.isSorted());
-  // Gaps 13, 4 and 1.
-  b.SortBy([](const Pair& x, const Pair& y) { return x.key - y.key; });
-  EXPECT_EQ(Tags(b), "aopDeftuIjkyzNJECdsxHinMGLBwchrmbgqFKlvA");
-  EXPECT_FALSE(b.isSorted());
-
   // A key that breaks every tie (by tag here) has one order only, whichever sort finds it.
   class TotalKey : public PairKey {
    public:
@@ -185,32 +138,6 @@ TEST(LockableArray, IteratorsSurviveChangesUnderThem) {
   ASSERT_TRUE(orphan.Next(v));
   doomed.reset();
   EXPECT_FALSE(orphan.Next(v));
-}
-
-TEST(LockableArray, LockedArraysRefuseWithDebugNotes) {
-  std::vector<std::string> notes;
-  auto old = ui::SetDebugSink([&](std::string_view note) { notes.emplace_back(note); });
-  LockableArray<int> a;
-  a.Insert(1, kArrayEnd, 2);
-  a.Lock();
-  a.Lock();
-  EXPECT_EQ(a.Insert(3), 0u);
-  EXPECT_EQ(a.Remove(1), 0u);
-  EXPECT_TRUE(a.Set(1, 7)) << "only adding and removing are locked";
-  a.Unlock();
-  EXPECT_EQ(a.Insert(3), 0u) << "the lock counts";
-  a.Unlock();
-  EXPECT_EQ(a.Insert(3), 3u);
-  EXPECT_EQ(Contents(a), (std::vector<int>{7, 1, 3}));
-  EXPECT_EQ(notes, (std::vector<std::string>{"Can't insert into a locked Array",
-                                             "Can't remove from a locked Array",
-                                             "Can't insert into a locked Array"}));
-
-  // The default key has no CompareToKey: each comparison says so and nothing is found.
-  notes.clear();
-  EXPECT_EQ(a.FindKey(KeyRef(2)), 0u);
-  EXPECT_EQ(notes, std::vector<std::string>(3, "CompareToKey not implemented"));
-  ui::SetDebugSink(std::move(old));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Record payload elements against hand-built bytes, reading with limits and past the
-// end, and the memory file the payloads are written through.
+// Record payload elements against hand-built bytes, and reading with limits and past the
+// end.
 #include "session/payload.h"
 
 #include <gtest/gtest.h>
@@ -112,34 +112,6 @@ TEST(Payload, ReadingKeepsFieldsWhereThereIsNothingToRead) {
   EXPECT_EQ(ReadVersion(ok, 1, 2), 2);
   EXPECT_THROW(ReadVersion(high, 1, 2), ItemError);
   EXPECT_THROW(ReadVersion(empty, 1, 2), ItemError);
-}
-
-TEST(HandleFile, GrowsByItsGrowthSeeksAndHandsOut) {
-  CHandleFile f(16);
-  f.Write(ByteList{1, 2, 3});
-  EXPECT_EQ(f.allocated(), 16u);
-  f.Seek(20, CHandleFile::From::kStart);
-  f.Write(ByteList{9});
-  EXPECT_EQ(f.allocated(), 32u);
-  EXPECT_EQ(f.GetLength(), 21u);
-
-  EXPECT_EQ(f.Seek(-2, CHandleFile::From::kEnd), 19u);
-  ByteList two(2);
-  EXPECT_EQ(f.Read(two), 2u);
-  EXPECT_EQ(two, (ByteList{0, 9}));
-  EXPECT_EQ(f.Read(two), 0u);
-  EXPECT_THROW(f.Seek(-22, CHandleFile::From::kCurrent), CHandleFile::BadSeek);
-  EXPECT_EQ(f.position(), 21u) << "a refused seek moves nothing";
-
-  // Bytes beyond a cut are not brought back, by a longer length or by a write past the end.
-  f.SetLength(1);
-  EXPECT_EQ(f.position(), 1u);
-  f.SetLength(2);
-  f.Seek(3, CHandleFile::From::kStart);
-  f.Write(ByteList{5});
-  EXPECT_EQ(f.Detach(), (ByteList{1, 0, 0, 5}));
-  EXPECT_EQ(f.GetLength(), 0u);
-  EXPECT_EQ(f.allocated(), 0u);
 }
 
 }  // namespace

@@ -39,6 +39,11 @@ struct Bytes {
     b.insert(b.end(), s.begin(), s.end());
     return *this;
   }
+  // Text behind its length: one byte for a string, two for a long text.
+  Bytes& str8(const std::string& s) { return u8(static_cast<std::uint8_t>(s.size())).text(s); }
+  Bytes& str16(const std::string& s) { return u16(static_cast<std::uint16_t>(s.size())).text(s); }
+  // A 33-byte version field: the length byte, the text, zeros to fill it.
+  Bytes& fixed33(const std::string& s) { return str8(s).zeros(32 - s.size()); }
   std::size_t size() const { return b.size(); }
 };
 
