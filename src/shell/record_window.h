@@ -85,6 +85,12 @@ class CRecordWindow {
   bool OnAcceptButton();
   // The first button, and any other close: the edit is given up and the lock released.
   void OnCancelButton();
+  // Whether the window may close by other means than its own buttons (its frame, the end
+  // of the project or of the program). With changes not yet saved the person is asked:
+  // Yes saves them, and the window stays when they cannot be; No gives them up; Cancel
+  // keeps the window open. The caller then closes with OnCancelButton. `saved` tells
+  // whether something was written, for the lists to show it.
+  bool QueryClose(bool* saved = nullptr);
   // Steps through the browse list; false when the step is refused at the end.
   bool OnNextRecord();
   bool OnPreviousRecord();
@@ -152,6 +158,8 @@ class CRecordWindow {
   bool Step(std::int32_t delta);
   // Writes the fields to the current item; false after the failure was shown.
   bool StoreEdit();
+  // Adds a new item from the fields; false after the failure was shown.
+  bool AddFromFields();
   // What every close does: the lock goes, the lists catch up.
   void Close();
 
