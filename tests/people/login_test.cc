@@ -74,6 +74,14 @@ TEST_F(Login, CheckLoginIgnoresCaseAndDeletedUsers) {
   });
   ASSERT_EQ(other.Receive(), "in");
   EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kLoggedInElsewhere);
+  // Given on the command line, the name is refused for what it is, and the dialog offers
+  // another.
+  LoginSession session(ui, store, users, groups, path);
+  ui.ScriptLogin(ui::LoginEntry{"admin", ""});
+  EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 0);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"That user is already logged in somewhere, "
+                                                 "please login under a different user name."});
+  EXPECT_EQ(session.currentUser(), admin);
   other.Kill();
   EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kFound)
       << "the slot of a crashed client is cleared by the refresh";
