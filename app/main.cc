@@ -1,49 +1,28 @@
-// quillmark: the window program. One copy per user runs at a time; a second one asks the
-// first to come to the front and ends. Without a project on the command line it opens the
-// last project, or offers the new project or Open dialog, as the preferences decide.
+// quillmark: the window program. One copy per user runs at a time; a second one hands its
+// file and user to the first, or says why the first cannot take them, and ends. Without a
+// project on the command line it opens the last project, or offers the new project or Open
+// dialog, as the preferences decide.
 //
 //   quillmark [FILE] [--user NAME --password TEXT]
-#include <unistd.h>
-
 #include <QApplication>
-#include <QLocalServer>
-#include <QLocalSocket>
+#include <QFileInfo>
 #include <QStringList>
+#include <iostream>
 #include <optional>
 #include <string>
 
+#include "instance_link.h"
 #include "main_frame.h"
 #include "platform/preference_file.h"
 #include "qt_ui.h"
 
-namespace {
-
-// The name of the per-user socket that the first copy listens on.
-QString InstanceName() { return QString("quillmark-%1").arg(::getuid()); }
-
-// True when another copy answered; it has been asked to come to the front.
-bool AskFirstCopy() {
-  QLocalSocket socket;
-  socket.connectToServer(InstanceName());
-  if (!socket.waitForConnected(500)) return false;
-  socket.write("activate\n");
-  socket.waitForBytesWritten(500);
-  return true;
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName("Quillmark");
-  if (AskFirstCopy()) return 0;
-  // A socket left behind by a copy that crashed stops nobody.
-  QLocalServer::removeServer(InstanceName());
-  QLocalServer instance;
-  instance.listen(InstanceName());
 
-  std::optional<std::string> file;
-  std::optional<qm::ui::LoginEntry> login;
+  qm::app::StartRequest request;
+  std::optional<std::string>& file = request.file;
+  std::optional<qm::ui::LoginEntry>& login = request.login;
   const QStringList args = QApplication::arguments();
   for (qsizetype i = 1; i < args.size(); ++i) {
     if (args[i] == "--user" && i + 1 < args.size()) {
@@ -53,21 +32,25 @@ int main(int argc, char** argv) {
       if (!login) login.emplace();
       login->password = qm::app::FromQt(args[++i]);
     } else {
-      file = qm::app::FromQt(args[i]);
+      file = qm::app::FromQt(QFileInfo(args[i]).absoluteFilePath());
     }
   }
+  if (std::string refusal; qm::app::HandToFirstCopy(request, refusal)) {
+    if (refusal.empty()) return 0;
+    std::cerr << refusal << "\n";
+    qm::app::QtUi().Tell(refusal, qm::ui::Icon::kWarning);
+    return 1;
+  }
+  qm::app::FirstCopy instance;
 
   qm::CAppPreferences preferences(qm::platform::PreferenceFile::DefaultPath());
   preferences.Load();
   qm::app::QtUi ui;
   qm::app::CMainFrame frame(ui, preferences);
   ui.SetOwner(&frame, frame.statusBar());
-  QObject::connect(&instance, &QLocalServer::newConnection, &frame, [&frame, &instance] {
-    delete instance.nextPendingConnection();
-    frame.showNormal();
-    frame.raise();
-    frame.activateWindow();
-  });
+  instance.take = [&frame](const qm::app::StartRequest& later) {
+    return frame.TakeRequest(later.file, later.login);
+  };
   frame.RestorePlacement();
 
   if (file) {

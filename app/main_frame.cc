@@ -73,7 +73,7 @@ CMainFrame::CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
 }
 
 CMainFrame::~CMainFrame() {
-  CloseProject();
+  PutProjectAway();
   // The windows that the base class destroys after this body may still signal: nothing of
   // this frame, whose members are gone by then, may answer them.
   area_->disconnect(this);
@@ -262,6 +262,10 @@ CDefectWindow::RunEventDialog CMainFrame::DialogRunner() {
 }
 
 void CMainFrame::closeEvent(QCloseEvent* event) {
+  if (!QueryCloseRecordWindows()) {
+    event->ignore();
+    return;
+  }
   const QRect r = normalGeometry();
   preferences_.SetPlacement("MainWindowPos", QString("%1 %2 %3 %4 %5")
                                                  .arg(isMaximized() ? 1 : 0)
@@ -270,7 +274,7 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
                                                  .arg(r.width())
                                                  .arg(r.height())
                                                  .toStdString());
-  CloseProject();
+  PutProjectAway();
   QMainWindow::closeEvent(event);
 }
 
@@ -293,7 +297,7 @@ void CMainFrame::RestorePlacement() {
 }
 
 bool CMainFrame::OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login) {
-  CloseProject();
+  if (!CloseProject()) return false;
   doc_ = std::make_unique<CDBDoc>(ui_, kinds_, static_cast<ProjectHost&>(*this));
   if (doc_->OpenProject(path, login) != 1) {
     doc_.reset();
@@ -307,6 +311,33 @@ bool CMainFrame::OpenProject(const std::string& path, const std::optional<ui::Lo
   return true;
 }
 
+std::string CMainFrame::TakeRequest(const std::optional<std::string>& file,
+                                    const std::optional<ui::LoginEntry>& login) {
+  showNormal();
+  raise();
+  activateWindow();
+  if (!file && !login) return {};
+  if (QApplication::activeModalWidget() != nullptr) {
+    return "Quillmark is already running and waits for an answer in one of its windows, so it "
+           "cannot open anything now. Answer it there, then start Quillmark again.";
+  }
+  if (!file && doc_ == nullptr) {
+    return "Quillmark is already running with no project open. Start it again with the "
+           "project file as well as the user name.";
+  }
+  const std::string path = file ? *file : doc_->path();
+  const auto* user =
+      doc_ != nullptr ? dynamic_cast<const LoginAccount*>(doc_->currentUser()) : nullptr;
+  const bool sameUser = !login || (doc_ != nullptr && !doc_->multiUser()) ||
+                        (user != nullptr && SameLoginText(user->LoginName(), login->name));
+  if (doc_ != nullptr && QFileInfo(ToQt(path)) == QFileInfo(ToQt(doc_->path())) && sameUser) {
+    return {};  // open here already
+  }
+  // Opened from the event loop, not from inside the other copy's request.
+  QTimer::singleShot(0, this, [this, path, login] { OpenProject(path, login); });
+  return {};
+}
+
 void CMainFrame::NewProject() {
   const auto path = ui_.ChooseFile({"Save new project file as:",
                                     {"Project Files (*.qmk)", "All Files (*.*)"},
@@ -314,14 +345,24 @@ void CMainFrame::NewProject() {
                                     true,
                                     false});
   if (!path) return;
-  CloseProject();
+  // The project open here is put away first when it is the one named, so that only other
+  // copies count as having it open.
+  if (doc_ != nullptr && QFileInfo(ToQt(*path)) == QFileInfo(ToQt(doc_->path())) &&
+      !CloseProject()) {
+    return;
+  }
+  if (!CDBDoc(ui_, kinds_, static_cast<ProjectHost&>(*this)).MayMakeProjectAt(*path) ||
+      !CloseProject()) {
+    return;
+  }
   doc_ = std::make_unique<CDBDoc>(ui_, kinds_, static_cast<ProjectHost&>(*this));
   try {
     doc_->NewProject(*path, true);
   } catch (const StoreError& e) {
-    ui_.Tell(
-        "The project could not be made (error " + std::to_string(static_cast<int>(e.status)) + ").",
-        ui::Icon::kError);
+    ui_.Tell(e.status == DBStatus::kInUse ? OpenElsewhereText(*path, {})
+                                          : "The project could not be made (error " +
+                                                std::to_string(static_cast<int>(e.status)) + ").",
+             ui::Icon::kError);
     doc_.reset();
     UpdateCommands();
     return;
@@ -337,7 +378,25 @@ void CMainFrame::ChooseProject() {
   if (path) OpenProject(*path);
 }
 
-void CMainFrame::CloseProject() {
+bool CMainFrame::QueryCloseRecordWindows() {
+  for (RecordWindowWidget* window : std::vector<RecordWindowWidget*>(records_)) {
+    // The window asking comes to the front, so the person sees what the question is about.
+    area_->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(window->parentWidget()));
+    bool saved = false;
+    if (!window->logic().QueryClose(&saved)) return false;
+    if (saved && window->onSaved) window->onSaved();
+    CloseRecordWindow(window);
+  }
+  return true;
+}
+
+bool CMainFrame::CloseProject() {
+  if (!QueryCloseRecordWindows()) return false;
+  PutProjectAway();
+  return true;
+}
+
+void CMainFrame::PutProjectAway() {
   if (doc_ == nullptr) return;
   doc_->CloseProject();
   doc_.reset();

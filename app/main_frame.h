@@ -42,11 +42,18 @@ class CMainFrame : public QMainWindow, private ProjectHost {
 
   // Opens a project and shows its lists; false after the person was told why.
   bool OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login = {});
+  // What a later start of the program asked for: this window comes to the front, and a
+  // file or user named is opened here once this call has returned, the project open now
+  // closing under its usual questions. Answers why not, empty when taken.
+  std::string TakeRequest(const std::optional<std::string>& file,
+                          const std::optional<ui::LoginEntry>& login);
   // Asks for a name and makes a new project there.
   void NewProject();
   // The Open dialog.
   void ChooseProject();
-  void CloseProject();
+  // Puts the open project away, after each record window with changes not yet saved has
+  // asked what becomes of them; false when the person cancelled, and the project stays.
+  bool CloseProject();
 
   // A list window (the defect, user or customer list), opened when it is not.
   RecordListWindow* ShowList(const ListWindowKind& kind);
@@ -111,6 +118,11 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   void ItemRemoving(Tag table, RecordItem& item) override;
   void AlertAssignment() override;
 
+  // Asks every record window with unsaved changes, closing each one answered; false
+  // when the person cancelled.
+  bool QueryCloseRecordWindows();
+  // The project closes without a question.
+  void PutProjectAway();
   void MakeMenus();
   // The entries of the set-up and session commands in the menus, and their states.
   void MakeSetupMenus(QMenu* file, QMenu* tools);

@@ -1,6 +1,7 @@
 // The buttons every record window has, wired to its logic.
 #include "record_window_widget.h"
 
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QTabWidget>
@@ -30,6 +31,17 @@ void RecordWindowWidget::OnIdle() {
   const bool wasFailed = logic().lockFailed();
   logic().OnIdle();
   if (wasFailed && !logic().lockFailed()) Show();
+}
+
+void RecordWindowWidget::closeEvent(QCloseEvent* event) {
+  bool saved = false;
+  if (!logic().QueryClose(&saved)) {
+    event->ignore();
+    return;
+  }
+  event->accept();
+  if (saved && onSaved) onSaved();
+  if (onClosed) onClosed();
 }
 
 QLayout* RecordWindowWidget::MakeButtonRow() {

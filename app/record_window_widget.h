@@ -37,6 +37,9 @@ class RecordWindowWidget : public QWidget {
   void ShowButtons();
   // Everything shown again from the logic: after a step, a retry, an accepted add.
   virtual void Show() = 0;
+  // A close by the window's frame (its close button, Ctrl+F4): asked like any close that
+  // would lose an edit, then told to the frame like the window's own buttons.
+  void closeEvent(QCloseEvent* event) override;
 
  private:
   // After a refusal: the field it names, found by its object name, gets the focus and has

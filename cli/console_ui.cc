@@ -24,6 +24,8 @@ Choice ChoiceOf(ui::Buttons buttons) {
       return {"[r]etry/[c]ancel", ui::Answer::kRetry, ui::Answer::kCancel};
     case ui::Buttons::kOkCancel:
       return {"[o]k/[c]ancel", ui::Answer::kOk, ui::Answer::kCancel};
+    case ui::Buttons::kYesNoCancel:  // 'n' answers No, below
+      return {"[y]es/[n]o/[c]ancel", ui::Answer::kYes, ui::Answer::kCancel};
     case ui::Buttons::kOk:
       break;
   }
@@ -86,6 +88,7 @@ ui::Answer ConsoleUi::Ask(const ui::Message& message) {
     if (line.empty()) continue;
     char c = static_cast<char>(std::tolower(static_cast<unsigned char>(line[0])));
     if (c == 'y' || c == 'r' || c == 'o') return choice.first;
+    if (c == 'n' && message.buttons == ui::Buttons::kYesNoCancel) return ui::Answer::kNo;
     if (c == 'n' || c == 'c') return choice.second;
   }
 }

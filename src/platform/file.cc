@@ -61,6 +61,8 @@ class PosixFile final : public File {
 
   bool TryLockByte(std::uint64_t offset) override { return Lock(F_WRLCK, offset); }
 
+  bool TryShareByte(std::uint64_t offset) override { return Lock(F_RDLCK, offset); }
+
   void UnlockByte(std::uint64_t offset) override { (void)Lock(F_UNLCK, offset); }
 
   bool IsRangeLockedByOther(std::uint64_t offset, std::uint64_t length) override {

@@ -40,6 +40,10 @@ class File {
 
   // Locks the one byte at `offset`; false when another handle holds it or the system refuses.
   virtual bool TryLockByte(std::uint64_t offset) = 0;
+  // Shares the one byte at `offset` with other handles that share it too; false when
+  // another handle holds it alone or the system refuses. A handle holding a byte shares
+  // it instead, and the converse.
+  virtual bool TryShareByte(std::uint64_t offset) = 0;
   // Gives up a lock this handle holds. Failures are ignored.
   virtual void UnlockByte(std::uint64_t offset) = 0;
   // Whether a handle other than this one holds a lock on any byte of the range. A failing

@@ -89,6 +89,17 @@ std::string ExistingFileText(const std::string& path) {
          "databases.";
 }
 
+std::string OpenElsewhereText(const std::string& path, const std::vector<std::string>& users) {
+  std::string who;
+  for (const std::string& name : users) {
+    if (name.empty()) continue;
+    who += (who.empty() ? " by " : ", ") + name;
+  }
+  return "The project file " + path + " is open in another copy of Quillmark" + who +
+         ". A project file cannot be replaced while anyone has it open. Choose another name, "
+         "or ask everyone to close the project first.";
+}
+
 CDBDoc::CDBDoc(ui::Ui& ui, const ProjectKinds& kinds, ProjectHost& host,
                platform::FileSystem& files, platform::Clock& clock)
     : ui_(ui), kinds_(kinds), host_(host), files_(files), clock_(clock) {}
@@ -391,7 +402,44 @@ void CDBDoc::ScheduleCheck() {
 
 // ---- making --------------------------------------------------------------------------
 
+std::optional<std::vector<std::string>> CDBDoc::UsersOfOpenFile(const std::string& path) {
+  bool multi = false;
+  if (!IsFileOpenElsewhere(files_, path, &multi)) return std::nullopt;
+  std::vector<std::string> names;
+  if (!multi || store_) return names;
+  // The names come from the file's user slots and its users, through a store of our own;
+  // a file that cannot be read that far is open by people unknown.
+  store_ = std::make_unique<CProjectStore>(ui_, files_, clock_);
+  (void)Guarded([&] {
+    Check(store_->Open(path));
+    if (auto users = kinds_.MakeTable(kUserTag, *this, ui_)) {
+      users->LoadTable(false);
+      tables_[kUserTag] = std::move(users);
+      names = ActiveUserNames();
+    }
+  });
+  tables_.clear();
+  (void)store_->Close();
+  store_.reset();
+  return names;
+}
+
+bool CDBDoc::MayMakeProjectAt(const std::string& path) {
+  if (!Exists(path)) return true;
+  if (const auto users = UsersOfOpenFile(path)) {
+    ui_.Tell(OpenElsewhereText(path, *users), ui::Icon::kError);
+    return false;
+  }
+  const std::string warning =
+      "The project file " + path +
+      " already exists. Replacing it deletes that project for good, with all its defects, "
+      "users and settings.\nDo you want to replace it with a new, empty project?";
+  return ui_.Ask({warning, {}, ui::Icon::kWarning, ui::Buttons::kYesNo}) == ui::Answer::kYes;
+}
+
 int CDBDoc::NewProject(const std::string& path, bool multiUser) {
+  // Asked again at the last moment: someone may have opened it while the person thought.
+  if (IsFileOpenElsewhere(files_, path)) Fail(DBStatus::kInUse);
   login_.reset();
   tables_.clear();
   if (store_) (void)store_->Close();

@@ -37,6 +37,9 @@ inline constexpr std::uint32_t kReferenceCounterRecord = 6;
 
 // Why a new project file is not made over a file that exists.
 std::string ExistingFileText(const std::string& path);
+// Why a project file is not made anew: other copies of the program have it open, by the
+// users named when they are known.
+std::string OpenElsewhereText(const std::string& path, const std::vector<std::string>& users);
 
 class CDBDoc : public ProjectCounters {
  public:
@@ -51,9 +54,15 @@ class CDBDoc : public ProjectCounters {
   // (quillmark-cli's options, the remembered login) and otherwise through the dialog.
   // 1 on success; 0 otherwise, after the person has been told why.
   int OpenProject(const std::string& path, const std::optional<ui::LoginEntry>& login = {});
-  // Makes a project at `path`, which must not exist, with its tables, value lists,
-  // counters and options; a multi-user project gets its administrator, logged in.
-  // Answers 1; a failure of the store is thrown as StoreError.
+  // Whether a new project may be made at `path`: yes where no file is; where one is,
+  // never while another copy of the program has it open (the person is told who has),
+  // and otherwise only when the person agrees that the project there is lost with all its
+  // defects. For a CDBDoc with no project open.
+  bool MayMakeProjectAt(const std::string& path);
+  // Makes a project at `path`, with its tables, value lists, counters and options; a
+  // multi-user project gets its administrator, logged in. A file there is replaced,
+  // unless another copy has it open (1016). Answers 1; a failure of the store is thrown
+  // as StoreError.
   int NewProject(const std::string& path, bool multiUser);
   // Logs the user out and puts the project away. Safe to call when nothing is open.
   void CloseProject();
@@ -151,6 +160,9 @@ class CDBDoc : public ProjectCounters {
   // Writes a misc record that may not exist yet, replacing what is there.
   void PutMisc(std::uint32_t id, std::span<const std::uint8_t> bytes);
   std::uint32_t Now() { return clock_.Now(); }
+  // Nothing when no other copy has the file at `path` open; else the names of the users
+  // logged in to it, as far as they can be read.
+  std::optional<std::vector<std::string>> UsersOfOpenFile(const std::string& path);
   bool Exists(const std::string& path) const;
 
   ui::Ui& ui_;

@@ -75,7 +75,12 @@ int LoginSession::LogIn(const std::optional<ui::LoginEntry>& given) {
   if (given && !given->name.empty()) {
     const LoginCheck check =
         CheckLogin(users_, &store_, given->name, given->password, &user, current_);
-    if (check != LoginCheck::kFound) {
+    if (check == LoginCheck::kLoggedInElsewhere) {
+      // The name and password are right: the person is told the true reason, and may come
+      // in under another name.
+      ui_.Tell(kElsewhere, ui::Icon::kWarning);
+      user = nullptr;
+    } else if (check != LoginCheck::kFound) {
       ui_.Tell(kLastNotValid, ui::Icon::kWarning);
       if (check != LoginCheck::kNoSuchUser) return -1;
       user = nullptr;

@@ -208,6 +208,16 @@ bool CRecordWindow::OnAcceptButton() {
     Close();
     return true;
   }
+  if (!AddFromFields()) return false;
+  if (mode_ == kAddClose) {
+    Close();
+    return true;
+  }
+  ResetForAdd();
+  return false;
+}
+
+bool CRecordWindow::AddFromFields() {
   std::unique_ptr<RecordItem> added = NewItem();
   RecordItem* item = added.get();
   StoreFields(*added);
@@ -221,12 +231,7 @@ bool CRecordWindow::OnAcceptButton() {
     return false;
   }
   AfterAdd(*item);  // the table's own now
-  if (mode_ == kAddClose) {
-    Close();
-    return true;
-  }
-  ResetForAdd();
-  return false;
+  return true;
 }
 
 bool CRecordWindow::FieldsPass() {
@@ -237,6 +242,29 @@ bool CRecordWindow::FieldsPass() {
 }
 
 void CRecordWindow::OnCancelButton() { Close(); }
+
+bool CRecordWindow::QueryClose(bool* saved) {
+  if (saved != nullptr) *saved = false;
+  const bool unsaved = editable() && (Adding() || (mode_ == kEdit && lockHeld_)) && FieldsChanged();
+  if (!unsaved) return true;
+  const ui::Message question{
+      "The window \"" + title_ + "\" has changes that are not saved. Do you want to save them?", "",
+      ui::Icon::kQuestion, ui::Buttons::kYesNoCancel};
+  switch (ui_.Ask(question)) {
+    case ui::Answer::kNo:
+      return true;
+    case ui::Answer::kYes:
+      if (std::optional<std::string> problem = ValidateFields()) {
+        ui_.Tell(*problem);
+        return false;
+      }
+      if (!(Adding() ? AddFromFields() : StoreEdit())) return false;
+      if (saved != nullptr) *saved = true;
+      return true;
+    default:
+      return false;
+  }
+}
 
 void CRecordWindow::Close() {
   ReleaseLock();

@@ -98,6 +98,12 @@ class CRecordWindow {
   const std::string& refusedField() const { return refusedField_; }
   // The first button, and any other close: the edit is given up and the lock released.
   void OnCancelButton();
+  // Whether the window may close by other means than its own buttons (its frame, the end
+  // of the project or of the program). With changes not yet saved the person is asked:
+  // Yes saves them, and the window stays when they cannot be; No gives them up; Cancel
+  // keeps the window open. The caller then closes with OnCancelButton. `saved` tells
+  // whether something was written, for the lists to show it.
+  bool QueryClose(bool* saved = nullptr);
   // Steps through the browse list; false when the step is refused at the end, or when the
   // changed fields, which a step stores, do not pass the checks.
   bool OnNextRecord();
@@ -168,6 +174,8 @@ class CRecordWindow {
   bool StoreEdit();
   // ValidateFields, with a refusal told and its field kept; true when the fields pass.
   bool FieldsPass();
+  // Adds a new item from the fields; false after the failure was shown.
+  bool AddFromFields();
   // What every close does: the lock goes, the lists catch up.
   void Close();
 

@@ -278,6 +278,9 @@ inline constexpr std::uint64_t kClaimAreaEnd = 392;           // end of the 20 c
 
 // A lock number n stands for the byte at offset 128 + n.
 inline constexpr std::uint16_t kWriteLock = 128;
+// Shared by every client from Create or Open to Close, single-user files included: while
+// anyone holds it, the file is open somewhere and must not be made anew.
+inline constexpr std::uint16_t kOpenSign = 129;
 inline constexpr std::uint16_t kFirstClaimLock = 131;
 inline constexpr std::uint16_t kFirstLifeSign = 200;
 inline constexpr std::uint16_t kLastLifeSign = 399;

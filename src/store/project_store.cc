@@ -23,6 +23,8 @@ DBStatus CProjectStore::Create(const std::string& path, std::uint16_t multiUser)
   (void)Close();
   DBStatus status = RunGuarded([&] {
     file_ = files_.Open(path, platform::OpenMode::kCreateReadWrite);
+    // Refused only while someone holds the sign alone, which no client does.
+    (void)file_->TryShareByte(LockByteOffset(kOpenSign));
     path_ = path;
     multiUser_ = multiUser;
     header_ = ProjectHeader{};
@@ -77,6 +79,7 @@ DBStatus CProjectStore::Open(const std::string& path) {
   } catch (const platform::FileError&) {
     return DBStatus::kCannotOpen;
   }
+  (void)file_->TryShareByte(LockByteOffset(kOpenSign));
   path_ = path;
   multiUser_ = 1;
 
@@ -576,6 +579,26 @@ std::uint32_t CProjectStore::GetUnusedBytes() {
   });
   if (!wasInAccess) (void)EndAccess(false);
   return status == DBStatus::kOk ? static_cast<std::uint32_t>(sum) : 0;
+}
+
+bool IsFileOpenElsewhere(platform::FileSystem& files, const std::string& path, bool* multiUser) {
+  std::unique_ptr<platform::File> file;
+  try {
+    file = files.Open(path, platform::OpenMode::kRead);
+  } catch (const platform::FileError&) {
+    return false;
+  }
+  if (multiUser != nullptr) {
+    std::uint8_t head[ProjectHeader::kSize] = {};
+    try {
+      *multiUser = file->ReadAt(0, head, sizeof head) == sizeof head &&
+                   ProjectHeader::Decode(head).multiUser != 0;
+    } catch (const platform::FileError&) {
+      *multiUser = false;
+    }
+  }
+  const std::uint64_t first = LockByteOffset(kWriteLock);
+  return file->IsRangeLockedByOther(first, LockByteOffset(kLastLifeSign) + 1 - first);
 }
 
 }  // namespace qm

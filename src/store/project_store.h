@@ -273,6 +273,12 @@ class CProjectStore {
   std::uint32_t myUserId_ = 0;
 };
 
+// Whether a client has the file at `path` open: any lock among its lock targets (the open
+// sign, an access, a claim, a life sign). `multiUser` receives the header's flag. A file
+// that cannot be read is open to nobody.
+bool IsFileOpenElsewhere(platform::FileSystem& files, const std::string& path,
+                         bool* multiUser = nullptr);
+
 // What a lock entry's lockedAt adds to the timestamp.
 inline constexpr std::uint32_t kLockStampOffset = 0x7C256A30;
 

@@ -13,7 +13,7 @@ namespace qm::ui {
 
 enum class Icon { kNone, kInformation, kWarning, kError, kQuestion };
 
-enum class Buttons { kOk, kOkCancel, kYesNo, kRetryCancel };
+enum class Buttons { kOk, kOkCancel, kYesNo, kRetryCancel, kYesNoCancel };
 
 enum class Answer { kOk, kCancel, kYes, kNo, kRetry };
 

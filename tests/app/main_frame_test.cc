@@ -376,6 +376,64 @@ TEST_F(MainFrameTest, TheOptionsDialogShowsThePagesOfWhatIsOpen) {
   EXPECT_TRUE(options.viewOnDoubleClick);
 }
 
+// A record window closed by its frame goes the way of its own buttons: the frame forgets
+// it before it is destroyed, so the next tick finds nothing gone. A close of the window, of
+// the project or of the program asks first about an edit not yet saved; Cancel stops it.
+TEST_F(MainFrameTest, ClosingAsksAboutUnsavedEditsAndLeavesNoWindowBehind) {
+  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  const auto sub = [](QWidget* w) { return qobject_cast<QMdiSubWindow*>(w->parentWidget()); };
+  ASSERT_TRUE(sub(frame.AddDefect())->close());
+  EXPECT_TRUE(frame.recordWindows().empty());
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  frame.Tick();
+  EXPECT_TRUE(ui.shown.empty()) << "nothing typed, nothing asked";
+
+  struct Case {
+    const char* close;  // "window", "project" or "program"
+    ui::Answer answer;
+    bool stays;
+    std::uint32_t defects;  // stored once it is over
+  };
+  const Case cases[] = {
+      {"window", ui::Answer::kCancel, true, 0}, {"window", ui::Answer::kNo, false, 0},
+      {"window", ui::Answer::kYes, false, 1},   {"project", ui::Answer::kCancel, true, 1},
+      {"project", ui::Answer::kYes, false, 2},  {"program", ui::Answer::kCancel, true, 2},
+      {"program", ui::Answer::kNo, false, 2},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.close) + " " + std::to_string(static_cast<int>(c.answer)));
+    if (frame.doc() == nullptr) {
+      ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+    }
+    app::DefectRecordWindow* adding = frame.AddDefect();
+    QTest::keyClicks(adding->findChild<QLineEdit*>("summary"), "Typed, not yet added");
+    ui.shown.clear();
+    ui.Script({c.answer});
+    const std::string how = c.close;
+    if (how == "window") {
+      EXPECT_EQ(sub(adding)->close(), !c.stays);
+    } else if (how == "project") {
+      EXPECT_EQ(frame.CloseProject(), !c.stays);
+    } else {
+      EXPECT_EQ(frame.close(), !c.stays);
+    }
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{"The window \"Add Defect\" has changes that "
+                                                   "are not saved. Do you want to save them?"});
+    EXPECT_EQ(frame.recordWindows().size(), c.stays ? 1u : 0u);
+    EXPECT_EQ(frame.doc() != nullptr, c.stays || how == "window");
+    if (c.stays) {
+      ui.Script({ui::Answer::kNo});
+      ASSERT_TRUE(frame.CloseProject());
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    frame.Tick();
+    if (frame.doc() == nullptr) {
+      ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+    }
+    EXPECT_EQ(frame.doc()->GetTable(kDefectTag)->count(), c.defects);
+  }
+}
+
 TEST_F(MainFrameTest, TheProgramEndsWithItsWindowsOpen) {
   {
     app::CMainFrame ending(ui, preferences);

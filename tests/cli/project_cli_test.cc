@@ -182,9 +182,10 @@ TEST_F(ProjectCli, ASecondProgramLogsInWhileTheFirstIsLoggedIn) {
   EXPECT_NE(r.out.find("Logged in:\n  Project Admin\n  Tess\n"), std::string::npos) << r.out;
   r = AsAdmin("info " + file);
   EXPECT_EQ(r.code, 2);
-  EXPECT_EQ(r.err.find("The user name or password you last used for this project file is not "
-                       "valid.\n"),
-            0u);
+  EXPECT_EQ(r.err.find("That user is already logged in somewhere, please login under a "
+                       "different user name.\n"),
+            0u)
+      << "the true reason";
   first.Send("done");
   EXPECT_EQ(first.Wait(), 0);
   EXPECT_EQ(AsAdmin("info " + file).code, 0) << "free again once the first has closed";

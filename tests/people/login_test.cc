@@ -49,6 +49,41 @@ class Login : public ::testing::Test {
   CUser* tess = nullptr;
 };
 
+TEST_F(Login, CheckLoginIgnoresCaseAndDeletedUsers) {
+  RecordItem* found = nullptr;
+  EXPECT_EQ(CheckLogin(users, &store, "ADMIN", "", &found), LoginCheck::kFound);
+  EXPECT_EQ(found, admin);
+  EXPECT_EQ(CheckLogin(users, &store, "Tess", "sECRET", &found), LoginCheck::kFound);
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "wrong", &found), LoginCheck::kWrongPassword);
+  EXPECT_EQ(CheckLogin(users, &store, "gone", "x", &found), LoginCheck::kNoSuchUser);
+  EXPECT_EQ(CheckLogin(users, &store, "", "", &found), LoginCheck::kNoSuchUser);
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", nullptr), LoginCheck::kNoOut);
+
+  const std::string file = path;
+  const std::uint32_t tessId = tess->GetId();
+  Child other([file, tessId](Child::Channel& c) {
+    ScriptedUi childUi;
+    CProjectStore s(childUi);
+    if (s.Open(file) != DBStatus::kOk || s.LoginUser(tessId) != DBStatus::kOk) return 1;
+    c.Send("in");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(other.Receive(), "in");
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kLoggedInElsewhere);
+  // Given on the command line, the name is refused for what it is, and the dialog offers
+  // another.
+  LoginSession session(ui, store, users, groups, path);
+  ui.ScriptLogin(ui::LoginEntry{"admin", ""});
+  EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 0);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"That user is already logged in somewhere, "
+                                                 "please login under a different user name."});
+  EXPECT_EQ(session.currentUser(), admin);
+  other.Kill();
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kFound)
+      << "the slot of a crashed client is cleared by the refresh";
+}
+
 TEST_F(Login, TheDialogAsksUntilAUserIsFound) {
   LoginSession session(ui, store, users, groups, path);
   ui.ScriptLogin(ui::LoginEntry{"tess", "nope"});

@@ -10,6 +10,7 @@
 #include "session/value_item.h"
 #include "shell/project_item_kinds.h"
 #include "store/file_bytes.h"
+#include "store/store_error.h"
 #include "support/child_process.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -225,6 +226,83 @@ TEST_F(Project, AUserLoggedInElsewhereIsRefusedUntilThatProcessDies) {
   CDBDoc doc(ui, kinds, host);
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"ADMIN", ""}), 1);
   EXPECT_EQ(doc.ActiveUserNames(), std::vector<std::string>{"Project Admin"});
+}
+
+// A new project is made over an existing file only where no other process has it open,
+// single-user or logged in, and only after the person agreed to lose it.
+TEST_F(Project, AProjectIsNeverMadeAnewUnderSomeoneWhoHasItOpen) {
+  const std::string replace =
+      " already exists. Replacing it deletes that project for good, with all its defects, "
+      "users and settings.\nDo you want to replace it with a new, empty project?";
+  const std::string inUse =
+      ". A project file cannot be replaced while anyone has it open. Choose another name, or "
+      "ask everyone to close the project first.";
+  struct Case {
+    const char* name;
+    bool exists, multiUser;
+    const char* held;   // by the other process: nothing, its "store" alone, or a "login"
+    ui::Answer answer;  // to the warning, where it comes
+    bool may;
+    std::string shown;  // after the path
+  };
+  const std::string elsewhere = " is open in another copy of Quillmark";
+  const Case cases[] = {
+      {"none", false, true, "", ui::Answer::kNo, true, ""},
+      {"single-held", true, false, "store", ui::Answer::kYes, false, elsewhere + inUse},
+      {"not-logged-in", true, true, "store", ui::Answer::kYes, false, elsewhere + inUse},
+      {"logged-in", true, true, "login", ui::Answer::kYes, false,
+       elsewhere + " by Project Admin" + inUse},
+      {"kept", true, true, "", ui::Answer::kNo, false, replace},
+      {"replaced", true, false, "", ui::Answer::kYes, true, replace},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string file = dir.File(std::string(c.name) + ".qmk");
+    if (c.exists) {
+      CDBDoc made(ui, kinds, host);
+      ASSERT_EQ(made.NewProject(file, c.multiUser), 1);
+    }
+    const std::string held = c.held;
+    std::optional<Child> other;
+    if (!held.empty()) {
+      other.emplace([file, held](Child::Channel& channel) {
+        ScriptedUi childUi;
+        RecordingHost childHost;
+        ProjectItemKinds childKinds;
+        CDBDoc doc(childUi, childKinds, childHost);
+        CProjectStore store(childUi);
+        if (held == "login" ? doc.OpenProject(file, ui::LoginEntry{"admin", ""}) != 1
+                            : store.Open(file) != DBStatus::kOk) {
+          return 1;
+        }
+        channel.Send("open");
+        channel.Receive();
+        return 0;
+      });
+      ASSERT_EQ(other->Receive(), "open");
+    }
+    const std::vector<std::uint8_t> before =
+        c.exists ? ReadFileBytes(file) : std::vector<std::uint8_t>();
+    ui.shown.clear();
+    if (c.shown == replace) ui.Script({c.answer});
+    EXPECT_EQ(CDBDoc(ui, kinds, host).MayMakeProjectAt(file), c.may);
+    EXPECT_EQ(ui.Texts(), c.shown.empty()
+                              ? std::vector<std::string>{}
+                              : std::vector<std::string>{"The project file " + file + c.shown});
+    if (other) {
+      // Asked again at the making itself, for whoever came in after the question.
+      CDBDoc doc(ui, kinds, host);
+      try {
+        doc.NewProject(file, true);
+        ADD_FAILURE() << "made anew under the other process";
+      } catch (const StoreError& e) {
+        EXPECT_EQ(e.status, DBStatus::kInUse);
+      }
+      EXPECT_EQ(ReadFileBytes(file), before) << "not a byte changed";
+      other->Send("done");
+      EXPECT_EQ(other->Wait(), 0);
+    }
+  }
 }
 
 TEST_F(Project, ClosingLogsOutAndNotesTheTimeOfLeaving) {

@@ -218,6 +218,7 @@ class ShortLengthFiles : public platform::FileSystem {
       std::uint64_t Length() override { return f_->Length() - 1; }
       void Flush() override { f_->Flush(); }
       bool TryLockByte(std::uint64_t o) override { return f_->TryLockByte(o); }
+      bool TryShareByte(std::uint64_t o) override { return f_->TryShareByte(o); }
       void UnlockByte(std::uint64_t o) override { f_->UnlockByte(o); }
       bool IsRangeLockedByOther(std::uint64_t o, std::uint64_t l) override {
         return f_->IsRangeLockedByOther(o, l);

@@ -26,6 +26,7 @@ class MemoryFile final : public platform::File {
   std::uint64_t Length() override { return bytes_.size(); }
   void Flush() override {}
   bool TryLockByte(std::uint64_t) override { return true; }
+  bool TryShareByte(std::uint64_t) override { return true; }
   void UnlockByte(std::uint64_t) override {}
   bool IsRangeLockedByOther(std::uint64_t, std::uint64_t) override { return false; }
 
@@ -52,6 +53,7 @@ class FailingFile final : public platform::File {
     inner_->Flush();
   }
   bool TryLockByte(std::uint64_t offset) override { return inner_->TryLockByte(offset); }
+  bool TryShareByte(std::uint64_t offset) override { return inner_->TryShareByte(offset); }
   void UnlockByte(std::uint64_t offset) override { inner_->UnlockByte(offset); }
   bool IsRangeLockedByOther(std::uint64_t offset, std::uint64_t length) override {
     return inner_->IsRangeLockedByOther(offset, length);
