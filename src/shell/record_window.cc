@@ -254,10 +254,7 @@ bool CRecordWindow::QueryClose(bool* saved) {
     case ui::Answer::kNo:
       return true;
     case ui::Answer::kYes:
-      if (std::optional<std::string> problem = ValidateFields()) {
-        ui_.Tell(*problem);
-        return false;
-      }
+      if (!FieldsPass()) return false;
       if (!(Adding() ? AddFromFields() : StoreEdit())) return false;
       if (saved != nullptr) *saved = true;
       return true;
