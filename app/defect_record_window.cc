@@ -1,6 +1,8 @@
 // The defect record window's widgets and their binding to the window logic.
 #include "defect_record_window.h"
 
+#include "accessible_names.h"
+
 #include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -48,10 +50,12 @@ DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui&
     : RecordWindowWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
+  tabs_->setAccessibleName("Defect pages");
   tabs_->addTab(MakeDetail(doc), ToQt(std::string(kDefectTabs[0])));
   tabs_->addTab(MakeHistory(), ToQt(std::string(kDefectTabs[1])));
   tabs_->addTab(MakeNotify(doc), ToQt(std::string(kDefectTabs[2])));
   workaround_ = new QPlainTextEdit;
+  workaround_->setAccessibleName("Workaround");
   connect(workaround_, &QPlainTextEdit::textChanged, this, [this] { Edited(); });
   tabs_->addTab(workaround_, ToQt(std::string(kDefectTabs[3])));
   layout->addWidget(tabs_);
@@ -90,6 +94,7 @@ QWidget* DefectRecordWindow::MakeDetail(CDBDoc& doc) {
     connect(edit, &QLineEdit::textEdited, this, [this] { Edited(); });
   }
   connect(description_, &QPlainTextEdit::textChanged, this, [this] { Edited(); });
+  NameFieldsByLabels(form);
   return page;
 }
 
@@ -97,6 +102,7 @@ QWidget* DefectRecordWindow::MakeHistory() {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
   events_ = new QTableWidget(0, 4);
+  events_->setAccessibleName("History");
   events_->setHorizontalHeaderLabels({"Action", "Date", "Who", "Other Information"});
   for (const auto& [column, width] : {std::pair{0, 53}, {1, 67}, {2, 114}, {3, 512}}) {
     events_->setColumnWidth(column, width + 40);
@@ -115,6 +121,7 @@ QWidget* DefectRecordWindow::MakeHistory() {
   }
   layout->addLayout(buttons);
   eventNotes_ = new QPlainTextEdit;
+  eventNotes_->setAccessibleName("Notes of the action");
   eventNotes_->setReadOnly(true);
   eventNotes_->setMaximumHeight(90);
   layout->addWidget(eventNotes_);
@@ -140,12 +147,16 @@ QWidget* DefectRecordWindow::MakeNotify(CDBDoc& doc) {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
   notify_ = new QListWidget;
+  notify_->setAccessibleName("Notify list");
   layout->addWidget(notify_);
   auto* row = new QHBoxLayout;
   notifyUser_ = new QComboBox;
+  notifyUser_->setAccessibleName("User to notify");
   FillUserCombo(notifyUser_, *doc.GetTable(kUserTag), 0, false);
   auto* add = new QPushButton("Add");
   auto* remove = new QPushButton("Remove");
+  add->setAccessibleName("Add to notify list");
+  remove->setAccessibleName("Remove from notify list");
   row->addWidget(notifyUser_);
   row->addWidget(add);
   row->addWidget(remove);

@@ -18,6 +18,7 @@
 #include "shell/defect_window.h"
 #include "shell/project_item_kinds.h"
 
+class QLabel;
 class QMdiArea;
 class QMdiSubWindow;
 class QSystemTrayIcon;
@@ -126,6 +127,7 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
   QAction* transfer_ = nullptr;
+  QLabel* user_ = nullptr;  // who is logged in, in the status bar
 };
 
 }  // namespace qm::app

@@ -2,6 +2,9 @@
 #include "record_window_widget.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPlainTextEdit>
+#include <QTextEdit>
 #include <utility>
 
 #include "qt_ui.h"
@@ -14,6 +17,8 @@ void ShowButton(QPushButton* button, const ButtonState& state) {
   button->setEnabled(state.enabled);
   if (!state.label.empty()) button->setText(ToQt(state.label));
   button->setToolTip(ToQt(state.tip));
+  // The label names the button for a screen reader; the tip says what it does.
+  button->setAccessibleDescription(ToQt(state.tip));
 }
 
 }  // namespace
@@ -33,7 +38,9 @@ void RecordWindowWidget::OnIdle() {
 QLayout* RecordWindowWidget::MakeButtonRow() {
   auto* buttons = new QHBoxLayout;
   previous_ = new QPushButton("<");
+  previous_->setAccessibleName("Previous Record");
   next_ = new QPushButton(">");
+  next_->setAccessibleName("Next Record");
   lockedBy_ = new QPushButton("Locked By?");
   first_ = new QPushButton;
   first_->setObjectName("first");
@@ -67,6 +74,35 @@ QLayout* RecordWindowWidget::MakeButtonRow() {
     }
   });
   return buttons;
+}
+
+void RecordWindowWidget::keyPressEvent(QKeyEvent* event) {
+  // Esc is the first button (Cancel, Close) or, where there is none, the OK of a view;
+  // Enter is the second button (OK, Add) unless the focus is on a button, which it presses,
+  // or in a text of several lines, which keeps its new lines. The keys reach here only
+  // when the field with the focus left them.
+  const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  QWidget* focus = focusWidget();
+  if (plain && event->key() == Qt::Key_Escape) {
+    (!first_->isHidden() ? first_ : second_)->click();
+    return;
+  }
+  if (plain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+    if (auto* button = qobject_cast<QPushButton*>(focus)) {
+      button->click();
+      return;
+    }
+    const bool inText =
+        focus != nullptr && (qobject_cast<QPlainTextEdit*>(focus->parentWidget()) != nullptr ||
+                             qobject_cast<QTextEdit*>(focus->parentWidget()) != nullptr ||
+                             qobject_cast<QPlainTextEdit*>(focus) != nullptr ||
+                             qobject_cast<QTextEdit*>(focus) != nullptr);
+    if (!inText && !second_->isHidden()) {
+      second_->click();
+      return;
+    }
+  }
+  QWidget::keyPressEvent(event);
 }
 
 void RecordWindowWidget::ShowButtons() {

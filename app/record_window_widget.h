@@ -37,6 +37,8 @@ class RecordWindowWidget : public QWidget {
   void ShowButtons();
   // Everything shown again from the logic: after a step, a retry, an accepted add.
   virtual void Show() = 0;
+  // Esc and Enter as the window's two main buttons.
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   QPushButton* first_ = nullptr;
