@@ -12,7 +12,11 @@ void NameFieldsByLabels(QFormLayout* form) {
     const QLayoutItem* field = form->itemAt(row, QFormLayout::FieldRole);
     const auto* text = label != nullptr ? qobject_cast<QLabel*>(label->widget()) : nullptr;
     QWidget* named = field != nullptr ? field->widget() : nullptr;
-    if (text == nullptr || named == nullptr || !named->accessibleName().isEmpty()) continue;
+    // A label that shows a value is read by its value, as its row's label tells.
+    if (text == nullptr || named == nullptr || qobject_cast<QLabel*>(named) != nullptr ||
+        !named->accessibleName().isEmpty()) {
+      continue;
+    }
     QString name = text->text();
     name.remove('&');
     if (name.endsWith(':')) name.chop(1);

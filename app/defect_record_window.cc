@@ -151,12 +151,15 @@ QWidget* DefectRecordWindow::MakeNotify(CDBDoc& doc) {
   layout->addWidget(notify_);
   auto* row = new QHBoxLayout;
   notifyUser_ = new QComboBox;
-  notifyUser_->setAccessibleName("User to notify");
   FillUserCombo(notifyUser_, *doc.GetTable(kUserTag), 0, false);
   auto* add = new QPushButton("Add");
   auto* remove = new QPushButton("Remove");
   add->setAccessibleName("Add to notify list");
   remove->setAccessibleName("Remove from notify list");
+  // A combo is read by its value; the label says what the value is for.
+  auto* user = new QLabel("User:");
+  user->setBuddy(notifyUser_);
+  row->addWidget(user);
   row->addWidget(notifyUser_);
   row->addWidget(add);
   row->addWidget(remove);

@@ -78,7 +78,6 @@ CMainFrame::CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
   statusBar()->showMessage("Ready");
   statusBar()->setAccessibleName("Status");
   user_ = new QLabel;
-  user_->setAccessibleName("Logged-in user");
   statusBar()->addPermanentWidget(user_);
   MakeMenus();
   tick_.setInterval(1000);

@@ -51,10 +51,11 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
   g->addWidget(gray);
   auto* checkRow = new QHBoxLayout;
   auto* interval = new QComboBox;
-  interval->setAccessibleName("Check multi-user project file for changes every");
   for (const std::string_view text : kCheckIntervalTexts) interval->addItem(Text(text));
   interval->setCurrentIndex(options.checkInterval);
-  checkRow->addWidget(new QLabel("Check multi-user project file every"));
+  auto* every = new QLabel("Check multi-user project file every");
+  every->setBuddy(interval);  // the combo's label for a screen reader
+  checkRow->addWidget(every);
   checkRow->addWidget(interval);
   checkRow->addWidget(new QLabel("for changes."));
   checkRow->addStretch();
@@ -144,7 +145,6 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
       }
       out.choices.at(std::min<std::size_t>(chosen, out.choices.size() - 1))->setChecked(true);
       out.user = new QComboBox;
-      out.user->setAccessibleName(QString("Assign to user: ") + title);
       FillUserCombo(out.user, *doc->GetTable(kUserTag), userId, true);
       b->addWidget(out.user);
       // The user combo serves the last choice only.

@@ -39,7 +39,11 @@ void Unnamed(QAccessibleInterface* node, QStringList& found) {
        {QAccessible::PushButton, QAccessible::CheckBox, QAccessible::RadioButton,
         QAccessible::ComboBox, QAccessible::EditableText, QAccessible::Table, QAccessible::List,
         QAccessible::PageTabList, QAccessible::PageTab}) {
-    if (role == control && !node->text(QAccessible::Name).contains(kWords)) {
+    // A combo is read by its value, and needs a label (a buddy, a group box's title).
+    const bool named = role == QAccessible::ComboBox
+                           ? !node->relations(QAccessible::Label).isEmpty()
+                           : node->text(QAccessible::Name).contains(kWords);
+    if (role == control && !named) {
       found << QString("%1 %2 in %3")
                    .arg(role)
                    .arg(node->object()->metaObject()->className())
