@@ -103,8 +103,9 @@ void CMainFrame::MakeMenus() {
   // Ctrl+N adds an item, the command of every day; a new project takes Shift as well.
   file->addAction("&New Project...", QKeySequence("Ctrl+Shift+N"), this, [this] { NewProject(); });
   file->addAction("&Open Project...", QKeySequence::Open, this, [this] { ChooseProject(); });
-  projectActions_.push_back(
-      file->addAction("&Close Project", QKeySequence::Close, this, [this] { CloseProject(); }));
+  // Ctrl+W and Ctrl+F4 close the window in front of the area; the project takes Shift too.
+  projectActions_.push_back(file->addAction("&Close Project", QKeySequence("Ctrl+Shift+W"), this,
+                                            [this] { CloseProject(); }));
   file->addSeparator();
   file->addAction("E&xit", QKeySequence::Quit, this, [this] { close(); });
 

@@ -131,6 +131,21 @@ TEST_F(WindowKeysTest, EscAndEnterAnswerForTheButtonsOfRecordWindowsAndLists) {
   EXPECT_TRUE(frame.recordWindows().empty());
 }
 
+TEST_F(WindowKeysTest, EachKeyOfTheFileMenuAndTheAreaDoesOneThing) {
+  // A key that two commands share does neither.
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
+  QTest::keySequence(&frame, QKeySequence("Ctrl+N"));
+  ASSERT_EQ(frame.recordWindows().size(), 1u) << "Ctrl+N adds a defect";
+  QTest::keyClick(frame.recordWindows()[0], Qt::Key_Escape);
+  QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  frame.ShowList(kDefectListWindow);
+  QTest::keySequence(&frame, QKeySequence("Ctrl+W"));
+  QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(frame.defectList(), nullptr) << "Ctrl+W closes the window in front";
+  QTest::keySequence(&frame, QKeySequence("Ctrl+Shift+W"));
+  EXPECT_EQ(frame.doc(), nullptr) << "Ctrl+Shift+W closes the project";
+}
+
 TEST_F(WindowKeysTest, TheHeaderShowsTheSortAndTheMarksAndTheStatusBarTheUser) {
   const auto* user = frame.statusBar()->findChild<QLabel*>();
   ASSERT_NE(user, nullptr);
