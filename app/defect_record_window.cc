@@ -1,6 +1,8 @@
 // The defect record window's widgets and their binding to the window logic.
 #include "defect_record_window.h"
 
+#include "accessible_names.h"
+
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -66,6 +68,7 @@ DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui&
     : RecordWindowWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
+  tabs_->setAccessibleName("Defect pages");
   // The Detail tab scrolls, so that the window's buttons stay in a small frame.
   auto* detail = new QScrollArea;
   detail->setWidget(MakeDetail(doc));
@@ -75,6 +78,7 @@ DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui&
   tabs_->addTab(MakeHistory(), ToQt(std::string(kDefectTabs[1])));
   tabs_->addTab(MakeNotify(doc), ToQt(std::string(kDefectTabs[2])));
   workaround_ = new QPlainTextEdit;
+  workaround_->setAccessibleName("Workaround");
   connect(workaround_, &QPlainTextEdit::textChanged, this, [this] { Edited(); });
   tabs_->addTab(workaround_, ToQt(std::string(kDefectTabs[3])));
   layout->addWidget(tabs_);
@@ -235,6 +239,7 @@ QWidget* DefectRecordWindow::MakeHistory() {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
   events_ = new QTableWidget(0, 4);
+  events_->setAccessibleName("History");
   events_->setHorizontalHeaderLabels({"Action", "Date", "Who", "Other Information"});
   for (const auto& [column, width] : {std::pair{0, 53}, {1, 67}, {2, 114}, {3, 512}}) {
     events_->setColumnWidth(column, width + 40);
@@ -253,6 +258,7 @@ QWidget* DefectRecordWindow::MakeHistory() {
   }
   layout->addLayout(buttons);
   eventNotes_ = new QPlainTextEdit;
+  eventNotes_->setAccessibleName("Notes of the action");
   eventNotes_->setReadOnly(true);
   eventNotes_->setMaximumHeight(90);
   layout->addWidget(eventNotes_);
@@ -278,12 +284,19 @@ QWidget* DefectRecordWindow::MakeNotify(CDBDoc& doc) {
   auto* page = new QWidget;
   auto* layout = new QVBoxLayout(page);
   notify_ = new QListWidget;
+  notify_->setAccessibleName("Notify list");
   layout->addWidget(notify_);
   auto* row = new QHBoxLayout;
   notifyUser_ = new QComboBox;
   FillUserCombo(notifyUser_, *doc.GetTable(kUserTag), 0, false);
   auto* add = new QPushButton("Add");
   auto* remove = new QPushButton("Remove");
+  add->setAccessibleName("Add to notify list");
+  remove->setAccessibleName("Remove from notify list");
+  // A combo is read by its value; the label says what the value is for.
+  auto* user = new QLabel("User:");
+  user->setBuddy(notifyUser_);
+  row->addWidget(user);
   row->addWidget(notifyUser_);
   row->addWidget(add);
   row->addWidget(remove);

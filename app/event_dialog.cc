@@ -1,6 +1,8 @@
 // The event dialog's widgets, made from the model's labels in their order.
 #include "event_dialog.h"
 
+#include "accessible_names.h"
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -78,6 +80,7 @@ class EventDialogWidget : public QDialog {
         form->addRow(fail);
       }
     }
+    NameFieldsByLabels(form);
     for (QWidget* w : findChildren<QWidget*>()) {
       if (qobject_cast<QLabel*>(w) == nullptr) w->setEnabled(model.fieldsEnabled());
     }

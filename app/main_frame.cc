@@ -7,6 +7,7 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
@@ -15,6 +16,7 @@
 #include <QStyle>
 #include <QSystemTrayIcon>
 #include <QToolBar>
+#include <QToolButton>
 #include <algorithm>
 #include <array>
 
@@ -27,6 +29,7 @@
 #include "qt_ui.h"
 #include "record_list_window.h"
 #include "shell/people_window.h"
+#include "shell/window_fit.h"
 #include "store/store_error.h"
 #include "task_record_window.h"
 
@@ -52,15 +55,30 @@ bool IsWorkbook(const RecordListWindow* list) {
   return list != nullptr && &list->kind() == &kWorkbookWindow;
 }
 
+// A window of the area pulled back within it, so that none opens out of reach: a place
+// remembered on a larger screen, or a default size larger than the area.
+void KeepWithin(QWidget* frame, const QMdiArea* area) {
+  if (!area->isVisible()) return;  // no size to keep within before the main window shows
+  const QRect r = frame->geometry();
+  const auto [left, top, right, bottom] =
+      FitIntoArea({r.left(), r.top(), r.right() + 1, r.bottom() + 1}, area->viewport()->width(),
+                  area->viewport()->height());
+  frame->setGeometry(left, top, right - left, bottom - top);
+}
+
 }  // namespace
 
 CMainFrame::CMainFrame(ui::Ui& ui, CAppPreferences& preferences,
                        CDefectWindow::RunEventDialog runDialog)
     : ui_(ui), preferences_(preferences), runDialog_(std::move(runDialog)) {
   area_ = new QMdiArea;
+  area_->setAccessibleName("Project windows");
   area_->setViewMode(QMdiArea::SubWindowView);
   setCentralWidget(area_);
   statusBar()->showMessage("Ready");
+  statusBar()->setAccessibleName("Status");
+  user_ = new QLabel;
+  statusBar()->addPermanentWidget(user_);
   MakeMenus();
   tick_.setInterval(1000);
   connect(&tick_, &QTimer::timeout, this, [this] { Tick(); });
@@ -82,11 +100,14 @@ CMainFrame::~CMainFrame() {
 
 void CMainFrame::MakeMenus() {
   QMenu* file = menuBar()->addMenu("&File");
-  file->addAction("&New Project...", this, [this] { NewProject(); });
+  // Ctrl+N adds an item, the command of every day; a new project takes Shift as well.
+  file->addAction("&New Project...", QKeySequence("Ctrl+Shift+N"), this, [this] { NewProject(); });
   file->addAction("&Open Project...", QKeySequence::Open, this, [this] { ChooseProject(); });
-  projectActions_.push_back(file->addAction("&Close Project", this, [this] { CloseProject(); }));
+  // Ctrl+W and Ctrl+F4 close the window in front of the area; the project takes Shift too.
+  projectActions_.push_back(file->addAction("&Close Project", QKeySequence("Ctrl+Shift+W"), this,
+                                            [this] { CloseProject(); }));
   file->addSeparator();
-  file->addAction("E&xit", this, [this] { close(); });
+  file->addAction("E&xit", QKeySequence::Quit, this, [this] { close(); });
 
   // Alt+E is Edit Item's own key, so the menu opens with Alt+I.
   QMenu* edit = menuBar()->addMenu("Ed&it");
@@ -172,6 +193,11 @@ void CMainFrame::MakeMenus() {
 
   QToolBar* bar = addToolBar("Standard");
   bar->setObjectName("Standard");
+  bar->setAccessibleName("Standard toolbar");
+  // The button that shows the commands a narrow window leaves out.
+  if (auto* more = bar->findChild<QToolButton*>("qt_toolbar_ext_button")) {
+    more->setAccessibleName("More commands");
+  }
   bar->addAction(style()->standardIcon(QStyle::SP_DialogOpenButton), "Open Project", this,
                  [this] { ChooseProject(); });
   bar->addAction(style()->standardIcon(QStyle::SP_FileIcon), "Add Item", this,
@@ -179,6 +205,9 @@ void CMainFrame::MakeMenus() {
 }
 
 void CMainFrame::UpdateTitle() {
+  // Who is logged in, in the status bar; nothing without a project or a login.
+  const RecordItem* user = doc_ != nullptr ? doc_->currentUser() : nullptr;
+  user_->setText(user != nullptr ? "User: " + ToQt(user->GetName()) : QString());
   if (doc_ == nullptr) {
     setWindowTitle("Quillmark");
     return;
@@ -444,6 +473,7 @@ RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
   };
   RestorePlacement(*window);
   window->show();
+  KeepWithin(frame, area_);
   area_->setActiveSubWindow(frame);
   UpdateTitle();
   return window;
@@ -491,6 +521,7 @@ void CMainFrame::Place(RecordWindowWidget* window, Tag table, std::string_view p
   window->onClosed = [this, window] { CloseRecordWindow(window); };
   window->onSaved = [this, table] { RefreshLists(table, true); };
   window->show();
+  KeepWithin(frame, area_);
 }
 
 void CMainFrame::CloseRecordWindow(RecordWindowWidget* window) {

@@ -20,6 +20,7 @@
 #include "shell/project_item_kinds.h"
 #include "shell/recent_files.h"
 
+class QLabel;
 class QMdiArea;
 class QMenu;
 class QMdiSubWindow;
@@ -170,6 +171,7 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   std::vector<QAction*> recentActions_;
   QAction* recentSeparator_ = nullptr;
   QAction* delete_ = nullptr;
+  QLabel* user_ = nullptr;  // who is logged in, in the status bar
 };
 
 }  // namespace qm::app

@@ -30,6 +30,7 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
   setWindowTitle("Options");
   auto* layout = new QVBoxLayout(this);
   auto* tabs = new QTabWidget;
+  tabs->setAccessibleName("Option pages");
   layout->addWidget(tabs);
 
   auto* general = new QWidget;
@@ -52,7 +53,9 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
   auto* interval = new QComboBox;
   for (const std::string_view text : kCheckIntervalTexts) interval->addItem(Text(text));
   interval->setCurrentIndex(options.checkInterval);
-  checkRow->addWidget(new QLabel("Check multi-user project file every"));
+  auto* every = new QLabel("Check multi-user project file every");
+  every->setBuddy(interval);  // the combo's label for a screen reader
+  checkRow->addWidget(every);
   checkRow->addWidget(interval);
   checkRow->addWidget(new QLabel("for changes."));
   checkRow->addStretch();

@@ -1,6 +1,8 @@
 // The user and customer windows' widgets.
 #include "person_record_window.h"
 
+#include "accessible_names.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
@@ -24,6 +26,7 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
       customers_(customers) {
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
+  tabs_->setAccessibleName(customers ? "Customer pages" : "User pages");
   layout->addWidget(tabs_);
 
   auto* detail = new QWidget;
@@ -61,6 +64,7 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   form->addRow("Phone 2:", phone2_);
   form->addRow("e-mail:", email_);
   form->addRow("Notes:", notes_);
+  NameFieldsByLabels(form);
   tabs_->addTab(detail, customers ? "Customer" : "User");
 
   auto* statistics = new QWidget;

@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPalette>
 #include <QVBoxLayout>
@@ -14,6 +15,22 @@
 #include "qt_ui.h"
 
 namespace qm::app {
+namespace {
+
+// What the marks of the defect list's first column mean, for its header's tip.
+constexpr const char* kMarkerLegend =
+    "* assigned to you by another user\n+ new\n~ changed by another user\n"
+    "Each mark stays until you open the defect.";
+
+// One row's mark in words, for the cell's tip.
+QString MarkerTip(const RecordItem& item) {
+  if (item.isAssigned) return "Assigned to you by another user";
+  if (item.isNew) return "New";
+  if (item.isChanged) return "Changed by another user";
+  return {};
+}
+
+}  // namespace
 
 void RecordListModel::Reset() {
   beginResetModel();
@@ -62,16 +79,37 @@ QVariant RecordListModel::data(const QModelIndex& index, int role) const {
         return QBrush(QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text));
       }
       return {};
+    case Qt::ToolTipRole:
+    case Qt::AccessibleTextRole:
+      // A mark is one character: its words go to the tip and to a screen reader.
+      if (column.fieldId == ListColumn::kMarkerField) return MarkerTip(*item);
+      return {};
     default:
       return {};
   }
 }
 
 QVariant RecordListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section >= columnCount()) {
-    return {};
+  if (orientation != Qt::Horizontal || section >= columnCount()) return {};
+  const ListColumn& column = list_.columns()[static_cast<std::size_t>(section)];
+  const auto number = static_cast<std::uint16_t>(section + 1);
+  switch (role) {
+    case Qt::DisplayRole:
+      return ToQt(column.title);
+    case Qt::AccessibleTextRole:
+      return column.fieldId == ListColumn::kMarkerField ? QString("Marks") : ToQt(column.title);
+    case Qt::ToolTipRole:
+      if (column.fieldId == ListColumn::kMarkerField) return QString(kMarkerLegend);
+      if (number == list_.primarySortColumn()) {
+        return list_.table().sortOrder().direction == 2
+                   ? "Sorted by this column, descending. Click to sort ascending."
+                   : "Sorted by this column, ascending. Click to sort descending.";
+      }
+      if (number == list_.secondarySortColumn()) return "Sorted second by this column.";
+      return "Click to sort by this column; Shift+click to sort second by it.";
+    default:
+      return {};
   }
-  return ToQt(list_.columns()[static_cast<std::size_t>(section)].title);
 }
 
 RecordListWindow::RecordListWindow(const ListWindowKind& kind,
@@ -92,10 +130,12 @@ RecordListWindow::RecordListWindow(const ListWindowKind& kind,
   view_->verticalHeader()->setDefaultSectionSize(20);
   view_->setShowGrid(false);
   view_->setWordWrap(false);
+  view_->setAccessibleName(ToQt(list_->name()));
   list_->SortByColumns();
   ShowColumns();
   QHeaderView* header = view_->horizontalHeader();
   header->setSectionsClickable(true);
+  header->setSortIndicatorShown(true);
   header->setStretchLastSection(true);
   header->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(header, &QHeaderView::sectionClicked, this, [this](int section) {
@@ -103,6 +143,7 @@ RecordListWindow::RecordListWindow(const ListWindowKind& kind,
     const bool shift = QGuiApplication::keyboardModifiers().testFlag(Qt::ShiftModifier);
     list_->OnHeaderClick(static_cast<std::uint16_t>(section + 1), shift);
     model_.Reset();
+    ShowSortMark();
     Reselect(selected);
   });
   connect(header, &QHeaderView::customContextMenuRequested, this,
@@ -157,6 +198,25 @@ void RecordListWindow::ShowColumns() {
   for (std::size_t c = 0; c < list_->columns().size(); ++c) {
     view_->setColumnWidth(static_cast<int>(c), list_->columns()[c].width);
   }
+  ShowSortMark();
+}
+
+void RecordListWindow::ShowSortMark() {
+  // The header's arrow on the first sort column; the second is told in its tip.
+  const int column = static_cast<int>(list_->primarySortColumn()) - 1;
+  view_->horizontalHeader()->setSortIndicator(
+      column, list_->table().sortOrder().direction == 2 ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void RecordListWindow::keyPressEvent(QKeyEvent* event) {
+  // Enter on a row opens it as a double-click does; the view leaves the key to its window.
+  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (enter && (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier &&
+      !SelectedItems().empty() && onOpen) {
+    onOpen();
+    return;
+  }
+  QWidget::keyPressEvent(event);
 }
 
 void RecordListWindow::TakeWidths() {

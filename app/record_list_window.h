@@ -68,9 +68,12 @@ class RecordListWindow : public QWidget {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   void Reselect(const std::vector<RecordItem*>& items);
+  // The header's arrow where the list sorts, pointing its way.
+  void ShowSortMark();
   void HeaderPopup(const QPoint& at);
 
   const ListWindowKind& kind_;

@@ -3,8 +3,11 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QTabWidget>
+#include <QTextEdit>
 #include <utility>
 
 #include "qt_ui.h"
@@ -17,6 +20,8 @@ void ShowButton(QPushButton* button, const ButtonState& state) {
   button->setEnabled(state.enabled);
   if (!state.label.empty()) button->setText(ToQt(state.label));
   button->setToolTip(ToQt(state.tip));
+  // The label names the button for a screen reader; the tip says what it does.
+  button->setAccessibleDescription(ToQt(state.tip));
 }
 
 }  // namespace
@@ -47,7 +52,9 @@ void RecordWindowWidget::closeEvent(QCloseEvent* event) {
 QLayout* RecordWindowWidget::MakeButtonRow() {
   auto* buttons = new QHBoxLayout;
   previous_ = new QPushButton("<");
+  previous_->setAccessibleName("Previous Record");
   next_ = new QPushButton(">");
+  next_->setAccessibleName("Next Record");
   lockedBy_ = new QPushButton("Locked By?");
   first_ = new QPushButton;
   first_->setObjectName("first");
@@ -99,6 +106,35 @@ void RecordWindowWidget::FocusRefusedField() {
   }
   field->setFocus();
   if (auto* edit = qobject_cast<QLineEdit*>(field)) edit->selectAll();
+}
+
+void RecordWindowWidget::keyPressEvent(QKeyEvent* event) {
+  // Esc is the first button (Cancel, Close) or, where there is none, the OK of a view;
+  // Enter is the second button (OK, Add) unless the focus is on a button, which it presses,
+  // or in a text of several lines, which keeps its new lines. The keys reach here only
+  // when the field with the focus left them.
+  const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  QWidget* focus = focusWidget();
+  if (plain && event->key() == Qt::Key_Escape) {
+    (!first_->isHidden() ? first_ : second_)->click();
+    return;
+  }
+  if (plain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+    if (auto* button = qobject_cast<QPushButton*>(focus)) {
+      button->click();
+      return;
+    }
+    const bool inText =
+        focus != nullptr && (qobject_cast<QPlainTextEdit*>(focus->parentWidget()) != nullptr ||
+                             qobject_cast<QTextEdit*>(focus->parentWidget()) != nullptr ||
+                             qobject_cast<QPlainTextEdit*>(focus) != nullptr ||
+                             qobject_cast<QTextEdit*>(focus) != nullptr);
+    if (!inText && !second_->isHidden()) {
+      second_->click();
+      return;
+    }
+  }
+  QWidget::keyPressEvent(event);
 }
 
 void RecordWindowWidget::ShowButtons() {

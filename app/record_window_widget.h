@@ -40,6 +40,8 @@ class RecordWindowWidget : public QWidget {
   // A close by the window's frame (its close button, Ctrl+F4): asked like any close that
   // would lose an edit, then told to the frame like the window's own buttons.
   void closeEvent(QCloseEvent* event) override;
+  // Esc and Enter as the window's two main buttons.
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   // After a refusal: the field it names, found by its object name, gets the focus and has

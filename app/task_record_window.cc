@@ -1,6 +1,8 @@
 // The task window's widgets.
 #include "task_record_window.h"
 
+#include "accessible_names.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
@@ -42,6 +44,7 @@ TaskRecordWindow::TaskRecordWindow(CDBDoc& doc, CTaskTable& tasks, ui::Ui& ui, E
   form->addRow("Version Needed:", versionNeeded_);
   form->addRow(private_);
   form->addRow("Description:", description_);
+  NameFieldsByLabels(form);
   layout->addLayout(form);
   layout->addLayout(MakeButtonRow());
   for (QLineEdit* edit : {toDo_, dateNeeded_, versionNeeded_}) {
