@@ -562,7 +562,9 @@ DBStatus CProjectStore::PurgeMessages() {
     }
     const std::uint32_t countBefore = h.head.count;
     h.head.count = 0;
-    ++h.head.revision;
+    // A new revision tells clients that kept the entries to read them again; an index that
+    // was empty stays as it was, to the byte.
+    if (countBefore != 0) ++h.head.revision;
     WriteIndexWhole(h, countBefore);
     WriteHoleBlock(true);
   });

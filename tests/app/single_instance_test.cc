@@ -129,11 +129,11 @@ TEST(SingleInstance, ALaterStartsFileIsOpenedByTheFirstCopyOrRefusedWithItsReaso
   kill(running, SIGTERM);
   EXPECT_TRUE(EndsWithin(running, 10, code));
 
-  // A bare first start waits in the new project dialog.
+  // A bare start waits in a dialog: the login of the last project it had open.
   const pid_t waiting = StartProgram(dir);
   ASSERT_GT(waiting, 0);
   EXPECT_FALSE(EndsWithin(waiting, 3, code));
-  const pid_t refused = StartProgram(dir, with(second), "refused");
+  const pid_t refused = StartProgram(dir, with(first), "refused");
   EXPECT_TRUE(Within(10, [&] {
     std::stringstream text;
     text << std::ifstream(dir.File("refused")).rdbuf();
@@ -143,7 +143,7 @@ TEST(SingleInstance, ALaterStartsFileIsOpenedByTheFirstCopyOrRefusedWithItsReaso
   }));
   kill(refused, SIGTERM);  // its message box stays up until someone answers it
   EXPECT_TRUE(EndsWithin(refused, 10, code));
-  EXPECT_FALSE(open(second));
+  EXPECT_FALSE(open(first));
   kill(waiting, SIGTERM);
   EXPECT_TRUE(EndsWithin(waiting, 10, code));
 }
