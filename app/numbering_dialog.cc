@@ -57,13 +57,7 @@ NumberingDialog::NumberingDialog(QWidget* parent, NumberingSetup& setup, ui::Ui&
   auto* form = new QFormLayout;
   form->addRow(Text(NumberingSetup::kNextNumberLabel), nextNumber_);
   layout->addLayout(form);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->setAccessibleName("Dialog buttons");
-  buttons->button(QDialogButtonBox::Ok)->setAccessibleName("OK");
-  buttons->button(QDialogButtonBox::Cancel)->setAccessibleName("Cancel");
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  layout->addWidget(buttons);
+  layout->addWidget(OkCancelButtons(*this));
   nextNumber_->setFocus();
   nextNumber_->selectAll();
 }

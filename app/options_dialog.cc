@@ -167,10 +167,7 @@ OptionsDialogWidget::OptionsDialogWidget(QWidget* parent, OptionsDialog& options
     tabs->addTab(assign, "Assign");
   }
 
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  layout->addWidget(buttons);
+  layout->addWidget(OkCancelButtons(*this));
 
   store_ = [=, &options] {
     options.openPreviousFile = previous->isChecked();

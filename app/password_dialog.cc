@@ -27,13 +27,7 @@ PasswordDialog::PasswordDialog(QWidget* parent, const QString& title, std::strin
   prompt_->setBuddy(field_);
   layout->addWidget(prompt_);
   layout->addWidget(field_);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->setAccessibleName("Dialog buttons");
-  buttons->button(QDialogButtonBox::Ok)->setAccessibleName("OK");
-  buttons->button(QDialogButtonBox::Cancel)->setAccessibleName("Cancel");
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  layout->addWidget(buttons);
+  layout->addWidget(OkCancelButtons(*this));
   field_->setFocus();
   resize(340, sizeHint().height());
 }

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -155,10 +156,7 @@ std::optional<ui::LoginEntry> QtUi::AskLogin(const std::string& text, const ui::
   form->addRow("User Name:", name);
   form->addRow("Password:", password);
   layout->addLayout(form);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  layout->addWidget(buttons);
+  layout->addWidget(OkCancelButtons(dialog));
   if (start.name.empty()) {
     name->setFocus();
   } else {
@@ -166,6 +164,16 @@ std::optional<ui::LoginEntry> QtUi::AskLogin(const std::string& text, const ui::
   }
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return ui::LoginEntry{FromQt(name->text()), FromQt(password->text())};
+}
+
+QDialogButtonBox* OkCancelButtons(QDialog& dialog) {
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  buttons->setAccessibleName("Dialog buttons");
+  buttons->button(QDialogButtonBox::Ok)->setAccessibleName("OK");
+  buttons->button(QDialogButtonBox::Cancel)->setAccessibleName("Cancel");
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  return buttons;
 }
 
 std::optional<std::string> QtUi::AskPassword(const std::string& text) {
@@ -176,10 +184,7 @@ std::optional<std::string> QtUi::AskPassword(const std::string& text) {
   auto* password = new QLineEdit;
   password->setEchoMode(QLineEdit::Password);
   layout->addWidget(password);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  layout->addWidget(buttons);
+  layout->addWidget(OkCancelButtons(dialog));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return FromQt(password->text());
 }

@@ -9,6 +9,8 @@
 
 #include "ui/ui.h"
 
+class QDialog;
+class QDialogButtonBox;
 class QProgressDialog;
 
 namespace qm::app {
@@ -42,6 +44,9 @@ class QtUi : public ui::Ui {
 inline QString ToQt(const std::string& text) { return QString::fromUtf8(text); }
 inline std::string FromQt(const QString& text) { return text.toUtf8().toStdString(); }
 // Stored text ends its lines with CR; the edit controls with LF.
+// OK and Cancel under a dialog, named for a screen reader: Enter accepts, Esc cancels.
+QDialogButtonBox* OkCancelButtons(QDialog& dialog);
+
 QString ToQtLines(std::string text);
 std::string FromQtLines(const QString& text);
 

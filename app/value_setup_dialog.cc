@@ -22,17 +22,6 @@
 namespace qm::app {
 namespace {
 
-// OK and Cancel under a dialog: Enter accepts, Esc cancels.
-QDialogButtonBox* OkCancel(QDialog& dialog) {
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->setAccessibleName("Dialog buttons");
-  buttons->button(QDialogButtonBox::Ok)->setAccessibleName("OK");
-  buttons->button(QDialogButtonBox::Cancel)->setAccessibleName("Cancel");
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  return buttons;
-}
-
 std::optional<QString> AskNameDialog(QWidget* parent, const QString& title, const QString& hint,
                                      const QString& start) {
   QDialog dialog(parent);
@@ -48,7 +37,7 @@ std::optional<QString> AskNameDialog(QWidget* parent, const QString& title, cons
   label->setBuddy(name);
   layout->addWidget(label);
   layout->addWidget(name);
-  layout->addWidget(OkCancel(dialog));
+  layout->addWidget(OkCancelButtons(dialog));
   dialog.resize(360, dialog.sizeHint().height());
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return name->text();
@@ -70,7 +59,7 @@ std::optional<std::uint32_t> AskReplacementDialog(QWidget* parent,
   auto* form = new QFormLayout;
   form->addRow(ToQt(question.label), names);
   layout->addLayout(form);
-  layout->addWidget(OkCancel(dialog));
+  layout->addWidget(OkCancelButtons(dialog));
   names->setFocus();
   if (dialog.exec() != QDialog::Accepted || names->currentIndex() < 0) return std::nullopt;
   return static_cast<std::uint32_t>(names->currentIndex() + 1);
