@@ -59,8 +59,12 @@ class UnflushedFiles : public platform::FileSystem {
   void Remove(const std::string& path) override { platform::FileSystem::Real().Remove(path); }
 };
 
-// Adds, updates and deletes its own records until it is killed. Before each change it
-// says what it begins ("add SIZE SEED", "upd ID SIZE SEED", "del ID"), after it "ok"
+// A writer's changes in one round at most, so that with the records of a round the index
+// keeps its first 128 entries and stays within one page of the file.
+constexpr int kMostChanges = 50;
+
+// Adds, updates and deletes its own records until it is killed or has made kMostChanges. Before
+// each change it says what it begins ("add SIZE SEED", "upd ID SIZE SEED", "del ID"), after it "ok"
 // (with the id for an add). Sizes reach past a page, so writes straddle page bounds.
 int Writer(const std::string& path, unsigned seed, Child::Channel& out) {
   ScriptedUi ui;
@@ -69,7 +73,7 @@ int Writer(const std::string& path, unsigned seed, Child::Channel& out) {
   if (store.Open(path) != DBStatus::kOk) return 10;
   std::minstd_rand random(seed);
   std::vector<std::uint32_t> mine;
-  for (;;) {
+  for (int op = 0; op < kMostChanges; ++op) {
     const auto size = static_cast<std::uint32_t>(random() % 10 == 0 ? 5000 : random() % 700);
     const auto content = static_cast<std::uint32_t>(random());
     const auto kind = random() % 10;
@@ -95,6 +99,8 @@ int Writer(const std::string& path, unsigned seed, Child::Channel& out) {
     if (s != DBStatus::kOk) return 20;
     out.Send("ok " + std::to_string(id));
   }
+  out.Receive();  // waits to be killed
+  return 0;
 }
 
 struct Version {
@@ -196,9 +202,9 @@ void Verify(const std::string& path, Model& model) {
   model.pending.clear();
 }
 
-// Deletes every record, so each round starts from an empty table. The index then stays
-// within a page or two: a kill inside one system call that writes many pages of a large
-// index can still leave a page of it old, which only a write elsewhere and a switch (the
+// Deletes every record, so each round starts from an empty table and the index stays
+// within one page: a kill inside one system call that writes many pages of a large index
+// can still leave a page of it old, which only a write elsewhere and a switch (the
 // compaction's work) rules out.
 void Empty(const std::string& path, Model& model) {
   ScriptedUi ui;
