@@ -209,8 +209,9 @@ class CProjectStore {
   void WriteTableEntry(const TableHandle& h);
   void LoadIndex(TableHandle& h);
   void WriteIndexWhole(TableHandle& h, std::uint32_t countBefore);
+  // With `entryBeforeHead`, the TableEntry is written between the entries and the head.
   void WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end,
-                       std::uint32_t countBefore);
+                       std::uint32_t countBefore, bool entryBeforeHead = false);
   std::uint32_t FindEntry(const TableHandle& h, std::uint32_t id) const;
   void ReadHoleBlock();
   void WriteHoleBlock(bool fill);

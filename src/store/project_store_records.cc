@@ -114,7 +114,7 @@ void CProjectStore::WriteIndexWhole(TableHandle& h, std::uint32_t countBefore) {
 // what changed are those a whole rewrite leaves. A writer stopped anywhere leaves a head
 // that describes whole entries and a revision that no client has seen with other ones.
 void CProjectStore::WriteIndexRange(TableHandle& h, std::uint32_t first, std::uint32_t end,
-                                    std::uint32_t countBefore) {
+                                    std::uint32_t countBefore, bool entryBeforeHead) {
   const std::uint32_t offset = EntryOf(h).indexOffset;
   if (offset == 0) Fail(DBStatus::kNoIndex);
   std::uint8_t head[IndexHead::kSize];
@@ -130,6 +130,7 @@ void CProjectStore::WriteIndexRange(TableHandle& h, std::uint32_t first, std::ui
     Write(std::uint64_t{offset} + IndexHead::kSize + std::uint64_t{first} * IndexEntry::kSize,
           bytes.data(), bytes.size());
   }
+  if (entryBeforeHead) WriteTableEntry(h);
   h.head.Encode(head);
   Write(offset, head, sizeof head);
   h.heldOffset = offset;
@@ -170,11 +171,15 @@ void CProjectStore::InsertIntoIndex(TableHandle& h, std::uint32_t& id, std::uint
     // The grown block goes to the end of the file; the old one stays as dead bytes.
     entry.indexOffset = FindHoleForRecord(
         static_cast<std::uint32_t>(IndexHead::kSize + h.head.capacity * IndexEntry::kSize));
+    // The grown block is complete before the TableEntry points at it.
     WriteIndexWhole(h, slot);
+    WriteTableEntry(h);
   } else {
-    WriteIndexRange(h, slot, slot + 1, slot);
+    // The TableEntry, with nextId past the new id, goes before the head that makes the
+    // entry count: an id the index ever showed is never given again, even when the
+    // record is deleted before the next add.
+    WriteIndexRange(h, slot, slot + 1, slot, true);
   }
-  WriteTableEntry(h);
 }
 
 void CProjectStore::RemoveFromIndex(TableHandle& h, std::uint32_t slot) {

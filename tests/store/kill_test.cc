@@ -131,7 +131,8 @@ struct Model {
         std::uint32_t id = 0;
         in >> id;
         if (begun.kind == 'a') {
-          EXPECT_EQ(records.count(id), 0u) << "id " << id << " given twice";
+          EXPECT_EQ(records.count(id) + unacknowledged.count(id), 0u)
+              << "id " << id << " given twice";
           records[id] = begun.version;
         } else if (begun.kind == 'u') {
           records[id] = begun.version;
