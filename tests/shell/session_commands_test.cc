@@ -6,13 +6,13 @@
 
 #include "defects/defect.h"
 #include "defects/task.h"
-#include "people/user.h"
 #include "people/user_group.h"
 #include "session/db_doc.h"
 #include "shell/app_preferences.h"
 #include "shell/project_item_kinds.h"
 #include "shell/record_window.h"
 #include "shell/task_window.h"
+#include "support/made_project.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -26,26 +26,7 @@ class SessionCommandsTest : public ::testing::Test {
  protected:
   // A multi-user project with tess beside the administrator, and a defect assigned to her.
   void MakeProject(bool multiUser) {
-    CDBDoc made(ui, kinds, host);
-    ASSERT_EQ(made.NewProject(path, multiUser), 1);
-    if (!multiUser) return made.CloseProject();
-    auto tess = std::make_unique<CUser>();
-    tess->SetLastName("Tess");
-    tess->SetLogin("tess");
-    tess->SetGroupId(1);
-    const CUser& added = *tess;
-    std::unique_ptr<RecordItem> user = std::move(tess);
-    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(user), DBStatus::kOk);
-    const std::uint32_t tessId = added.GetId();
-    std::unique_ptr<RecordItem> item = made.GetTable(kDefectTag)->NewItem();
-    auto& defect = static_cast<CDefect&>(*item);
-    defect.summary = "Crash on save";
-    defect.number = 7;
-    auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
-    assign->userId = tessId;
-    defect.AddEvent(std::move(assign));
-    ASSERT_EQ(made.GetTable(kDefectTag)->AddItem(item), DBStatus::kOk);
-    made.CloseProject();
+    test::MakeProject(path, multiUser, {{"Crash on save", 7, "tess"}});
   }
 
   TempDir dir;
