@@ -31,7 +31,7 @@
 #include "record_list_window.h"
 #include "session/db_doc.h"
 #include "shell/project_item_kinds.h"
-#include "support/quiet_host.h"
+#include "support/made_project.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
 #include "task_record_window.h"
@@ -48,20 +48,7 @@ QPushButton* ButtonNamed(QWidget* window, const QString& text) {
 
 class MainFrameTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    ScriptedUi makeUi;
-    QuietHost host;
-    ProjectItemKinds kinds;
-    CDBDoc made(makeUi, kinds, host);
-    ASSERT_EQ(made.NewProject(path, true), 1);
-    auto tess = std::make_unique<CUser>();
-    tess->SetLastName("Tess");
-    tess->SetLogin("tess");
-    tess->SetGroupId(1);
-    std::unique_ptr<RecordItem> item = std::move(tess);
-    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
-    made.CloseProject();
-  }
+  void SetUp() override { MakeProject(path); }
 
   TempDir dir;
   std::string path = dir.File("Atlas.qmk");
