@@ -1,5 +1,5 @@
 // The session commands on a real project: a password stored where it belongs and refused
-// where it may not change, and the workbook of a user who logs in while the project is open.
+// where it may not change.
 #include "shell/session_commands.h"
 
 #include <gtest/gtest.h>
@@ -24,11 +24,6 @@ using Strings = std::vector<std::string>;
 
 class SessionCommandsTest : public ::testing::Test {
  protected:
-  // A multi-user project with tess beside the administrator, and a defect assigned to her.
-  void MakeProject(bool multiUser) {
-    test::MakeProject(path, multiUser, {{"Crash on save", 7, "tess"}});
-  }
-
   TempDir dir;
   std::string path = dir.File("Atlas.qmk");
   ScriptedUi ui;
@@ -36,22 +31,8 @@ class SessionCommandsTest : public ::testing::Test {
   ProjectItemKinds kinds;
 };
 
-TEST_F(SessionCommandsTest, AnotherUserLoggingInGetsTheirOwnWorkbook) {
-  MakeProject(true);
-  CDBDoc doc(ui, kinds, host);
-  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
-  const ItemTable& tasks = *doc.GetTable(kTasksTag);
-  EXPECT_EQ(tasks.count(), 0u) << "nothing is assigned to the administrator";
-  ui.ScriptLogin(ui::LoginEntry{"TESS", ""});
-  ASSERT_EQ(doc.LogInUser(), 0);
-  ASSERT_EQ(tasks.count(), 1u);
-  EXPECT_EQ(tasks.ItemAt(1)->GetName(), "#7 - Crash on save");
-  EXPECT_EQ(doc.LogInUser(ui::LoginEntry{"tess", ""}), 1) << "the same user changes nothing";
-  EXPECT_EQ(tasks.count(), 1u);
-}
-
 TEST_F(SessionCommandsTest, AUsersOwnPasswordIsStoredAndTheRememberedLoginFollows) {
-  MakeProject(true);
+  MakeProject(path);
   CAppPreferences preferences(dir.File("Quillmark.conf"));
   preferences.SetLastUser("ADMIN", "");
   {
@@ -88,7 +69,7 @@ TEST_F(SessionCommandsTest, AUsersOwnPasswordIsStoredAndTheRememberedLoginFollow
 }
 
 TEST_F(SessionCommandsTest, ASingleUserProjectsPasswordIsAskedForAtTheNextOpening) {
-  MakeProject(false);
+  MakeProject(path, false);
   {
     CDBDoc doc(ui, kinds, host);
     ASSERT_EQ(doc.OpenProject(path), 1);

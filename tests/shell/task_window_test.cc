@@ -22,7 +22,7 @@ TEST(Workbook, TheUsersTasksAndTheTasksOfTheirDefects) {
   ProjectItemKinds kinds;
   FakeClock clock;
   clock.now = 3'000'000'000u;
-  MakeProject(path, true, {{"Crash on save", 7, "admin"}});
+  MakeProject(path, true, {{"Crash on save", 7, "admin"}, {"Slow start", 8, "tess"}});
   CDBDoc doc(ui, kinds, host, platform::FileSystem::Real(), clock);
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   auto& tasks = static_cast<CTaskTable&>(*doc.GetTable(kTasksTag));
@@ -49,9 +49,20 @@ TEST(Workbook, TheUsersTasksAndTheTasksOfTheirDefects) {
   EXPECT_EQ(written->dateEntered, clock.now);
   EXPECT_NE(written->GetId(), 0u) << "stored";
 
-  // Tess sees neither admin's private task nor the task of admin's defect.
-  ASSERT_GE(doc.LogInUser(ui::LoginEntry{"tess", ""}), 0);
-  EXPECT_EQ(workbook.Title(0), "Workbook - (0 items, 0 selected)");
+  // Tess sees neither admin's private task nor the task of admin's defect, but her own.
+  ui.ScriptLogin(ui::LoginEntry{"TESS", ""});
+  ASSERT_EQ(doc.LogInUser(), 0);
+  EXPECT_EQ(workbook.Title(0), "Workbook - (1 item, 0 selected)");
+  const auto defectTasks = [&tasks] {
+    std::string names;
+    for (std::uint32_t p = 1; p <= tasks.count(); ++p) {
+      if (tasks.TaskAt(p)->kind == kTaskDefect) names += tasks.TaskAt(p)->GetName() + ";";
+    }
+    return names;
+  };
+  EXPECT_EQ(defectTasks(), "#8 - Slow start;");
+  EXPECT_EQ(doc.LogInUser(ui::LoginEntry{"tess", ""}), 1) << "the same user changes nothing";
+  EXPECT_EQ(defectTasks(), "#8 - Slow start;");
   doc.CloseProject();
 }
 
