@@ -16,7 +16,7 @@
 #include "main_frame.h"
 #include "options_dialog.h"
 #include "record_list_window.h"
-#include "support/quiet_host.h"
+#include "support/made_project.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
 
@@ -58,10 +58,7 @@ void Press(QWidget* widget, Qt::Key key) {
 class WindowKeysTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    ScriptedUi makeUi;
-    QuietHost host;
-    ProjectItemKinds kinds;
-    ASSERT_EQ(CDBDoc(makeUi, kinds, host).NewProject(path, true), 1);
+    MakeProject(path);
     frame.show();
     ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
   }

@@ -11,6 +11,7 @@
 #include "shell/project_item_kinds.h"
 #include "support/child_process.h"
 #include "support/fake_files.h"
+#include "support/made_project.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -50,24 +51,7 @@ class WatchingHost : public QuietHost {
 
 class DatabaseCheckTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    ScriptedUi makeUi;
-    QuietHost makeHost;
-    CDBDoc made(makeUi, kinds, makeHost);
-    ASSERT_EQ(made.NewProject(path, true), 1);
-    auto user = std::make_unique<CUser>();
-    user->SetLastName("Tess");
-    user->SetLogin("tess");
-    user->SetGroupId(1);
-    std::unique_ptr<RecordItem> item = std::move(user);
-    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
-    for (const char* summary : {"Kept", "Doomed"}) {
-      std::unique_ptr<RecordItem> d = made.GetTable(kDefectTag)->NewItem();
-      static_cast<CDefect&>(*d).summary = summary;
-      ASSERT_EQ(made.GetTable(kDefectTag)->AddItem(d), DBStatus::kOk);
-    }
-    made.CloseProject();
-  }
+  void SetUp() override { MakeProject(path, true, {{"Kept"}, {"Doomed"}}); }
 
   TempDir dir;
   std::string path = dir.File("Atlas.qmk");

@@ -8,6 +8,7 @@
 #include "session/db_doc.h"
 #include "session/project_records.h"
 #include "shell/project_item_kinds.h"
+#include "support/made_project.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -57,11 +58,7 @@ TEST_F(OptionsTest, WithoutAProjectOnlyTheGeneralPageAndItsValuesGoToTheFile) {
 }
 
 TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
-  {
-    CDBDoc made(ui, kinds, host);
-    ASSERT_EQ(made.NewProject(path, true), 1);
-    made.CloseProject();
-  }
+  MakeProject(path);
   CDBDoc doc(ui, kinds, host);
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   OptionsDialog options(preferences, &doc);
@@ -87,11 +84,7 @@ TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
 }
 
 TEST_F(OptionsTest, ASingleUserProjectKeepsItsChoicesOnItsProjectPage) {
-  {
-    CDBDoc made(ui, kinds, host);
-    ASSERT_EQ(made.NewProject(path, false), 1);
-    made.CloseProject();
-  }
+  MakeProject(path, false);
   CDBDoc doc(ui, kinds, host);
   ASSERT_EQ(doc.OpenProject(path), 1);
   OptionsDialog options(preferences, &doc);

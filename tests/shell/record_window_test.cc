@@ -7,12 +7,12 @@
 
 #include <tuple>
 
-#include "people/user.h"
 #include "session/db_doc.h"
 #include "session/value_item.h"
 #include "shell/project_item_kinds.h"
 #include "support/child_process.h"
 #include "support/fake_files.h"
+#include "support/made_project.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -60,21 +60,7 @@ class RecordWindowTest : public ::testing::Test {
  protected:
   // A multi-user project with a second user, tess, closed again so that a child process
   // can be forked without sharing its locks.
-  void SetUp() override {
-    {
-      CDBDoc made(ui, kinds, host);
-      ASSERT_EQ(made.NewProject(path, true), 1);
-      auto user = std::make_unique<CUser>();
-      user->SetLastName("Tess");
-      user->SetLogin("tess");
-      user->SetPassword("pw");
-      user->SetGroupId(1);
-      std::unique_ptr<RecordItem> item = std::move(user);
-      ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
-      made.CloseProject();
-    }
-    ui.shown.clear();
-  }
+  void SetUp() override { MakeProject(path, true, {}, "pw"); }
   // Opens the project as admin in this process.
   void Open() {
     doc = std::make_unique<CDBDoc>(ui, kinds, host);

@@ -1,18 +1,18 @@
 // The session commands on a real project: a password stored where it belongs and refused
-// where it may not change, and the workbook of a user who logs in while the project is open.
+// where it may not change.
 #include "shell/session_commands.h"
 
 #include <gtest/gtest.h>
 
 #include "defects/defect.h"
 #include "defects/task.h"
-#include "people/user.h"
 #include "people/user_group.h"
 #include "session/db_doc.h"
 #include "shell/app_preferences.h"
 #include "shell/project_item_kinds.h"
 #include "shell/record_window.h"
 #include "shell/task_window.h"
+#include "support/made_project.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -24,30 +24,6 @@ using Strings = std::vector<std::string>;
 
 class SessionCommandsTest : public ::testing::Test {
  protected:
-  // A multi-user project with tess beside the administrator, and a defect assigned to her.
-  void MakeProject(bool multiUser) {
-    CDBDoc made(ui, kinds, host);
-    ASSERT_EQ(made.NewProject(path, multiUser), 1);
-    if (!multiUser) return made.CloseProject();
-    auto tess = std::make_unique<CUser>();
-    tess->SetLastName("Tess");
-    tess->SetLogin("tess");
-    tess->SetGroupId(1);
-    const CUser& added = *tess;
-    std::unique_ptr<RecordItem> user = std::move(tess);
-    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(user), DBStatus::kOk);
-    const std::uint32_t tessId = added.GetId();
-    std::unique_ptr<RecordItem> item = made.GetTable(kDefectTag)->NewItem();
-    auto& defect = static_cast<CDefect&>(*item);
-    defect.summary = "Crash on save";
-    defect.number = 7;
-    auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
-    assign->userId = tessId;
-    defect.AddEvent(std::move(assign));
-    ASSERT_EQ(made.GetTable(kDefectTag)->AddItem(item), DBStatus::kOk);
-    made.CloseProject();
-  }
-
   TempDir dir;
   std::string path = dir.File("Atlas.qmk");
   ScriptedUi ui;
@@ -55,22 +31,8 @@ class SessionCommandsTest : public ::testing::Test {
   ProjectItemKinds kinds;
 };
 
-TEST_F(SessionCommandsTest, AnotherUserLoggingInGetsTheirOwnWorkbook) {
-  MakeProject(true);
-  CDBDoc doc(ui, kinds, host);
-  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
-  const ItemTable& tasks = *doc.GetTable(kTasksTag);
-  EXPECT_EQ(tasks.count(), 0u) << "nothing is assigned to the administrator";
-  ui.ScriptLogin(ui::LoginEntry{"TESS", ""});
-  ASSERT_EQ(doc.LogInUser(), 0);
-  ASSERT_EQ(tasks.count(), 1u);
-  EXPECT_EQ(tasks.ItemAt(1)->GetName(), "#7 - Crash on save");
-  EXPECT_EQ(doc.LogInUser(ui::LoginEntry{"tess", ""}), 1) << "the same user changes nothing";
-  EXPECT_EQ(tasks.count(), 1u);
-}
-
 TEST_F(SessionCommandsTest, AUsersOwnPasswordIsStoredAndTheRememberedLoginFollows) {
-  MakeProject(true);
+  MakeProject(path);
   CAppPreferences preferences(dir.File("Quillmark.conf"));
   preferences.SetLastUser("ADMIN", "");
   {
@@ -107,7 +69,7 @@ TEST_F(SessionCommandsTest, AUsersOwnPasswordIsStoredAndTheRememberedLoginFollow
 }
 
 TEST_F(SessionCommandsTest, ASingleUserProjectsPasswordIsAskedForAtTheNextOpening) {
-  MakeProject(false);
+  MakeProject(path, false);
   {
     CDBDoc doc(ui, kinds, host);
     ASSERT_EQ(doc.OpenProject(path), 1);

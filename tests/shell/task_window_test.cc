@@ -4,11 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "people/user.h"
-#include "session/db_doc.h"
-#include "shell/project_item_kinds.h"
 #include "shell/record_list.h"
 #include "support/fake_files.h"
+#include "support/made_project.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
 #include "support/temp_dir.h"
@@ -24,25 +22,7 @@ TEST(Workbook, TheUsersTasksAndTheTasksOfTheirDefects) {
   ProjectItemKinds kinds;
   FakeClock clock;
   clock.now = 3'000'000'000u;
-  {
-    CDBDoc made(ui, kinds, host);
-    ASSERT_EQ(made.NewProject(path, true), 1);
-    auto tess = std::make_unique<CUser>();
-    tess->SetLastName("Tess");
-    tess->SetLogin("tess");
-    tess->SetGroupId(1);
-    std::unique_ptr<RecordItem> user = std::move(tess);
-    ASSERT_EQ(made.GetTable(kUserTag)->AddItem(user), DBStatus::kOk);
-    std::unique_ptr<RecordItem> item = made.GetTable(kDefectTag)->NewItem();
-    auto& defect = static_cast<CDefect&>(*item);
-    defect.summary = "Crash on save";
-    defect.number = 7;
-    auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
-    assign->userId = made.currentUserId();
-    defect.AddEvent(std::move(assign));
-    ASSERT_EQ(made.GetTable(kDefectTag)->AddItem(item), DBStatus::kOk);
-    made.CloseProject();
-  }
+  MakeProject(path, true, {{"Crash on save", 7, "admin"}, {"Slow start", 8, "tess"}});
   CDBDoc doc(ui, kinds, host, platform::FileSystem::Real(), clock);
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   auto& tasks = static_cast<CTaskTable&>(*doc.GetTable(kTasksTag));
@@ -69,9 +49,20 @@ TEST(Workbook, TheUsersTasksAndTheTasksOfTheirDefects) {
   EXPECT_EQ(written->dateEntered, clock.now);
   EXPECT_NE(written->GetId(), 0u) << "stored";
 
-  // Tess sees neither admin's private task nor the task of admin's defect.
-  ASSERT_GE(doc.LogInUser(ui::LoginEntry{"tess", ""}), 0);
-  EXPECT_EQ(workbook.Title(0), "Workbook - (0 items, 0 selected)");
+  // Tess sees neither admin's private task nor the task of admin's defect, but her own.
+  ui.ScriptLogin(ui::LoginEntry{"TESS", ""});
+  ASSERT_EQ(doc.LogInUser(), 0);
+  EXPECT_EQ(workbook.Title(0), "Workbook - (1 item, 0 selected)");
+  const auto defectTasks = [&tasks] {
+    std::string names;
+    for (std::uint32_t p = 1; p <= tasks.count(); ++p) {
+      if (tasks.TaskAt(p)->kind == kTaskDefect) names += tasks.TaskAt(p)->GetName() + ";";
+    }
+    return names;
+  };
+  EXPECT_EQ(defectTasks(), "#8 - Slow start;");
+  EXPECT_EQ(doc.LogInUser(ui::LoginEntry{"tess", ""}), 1) << "the same user changes nothing";
+  EXPECT_EQ(defectTasks(), "#8 - Slow start;");
   doc.CloseProject();
 }
 
