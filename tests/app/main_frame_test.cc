@@ -410,10 +410,3 @@ TEST_F(MainFrameTest, TheProgramEndsWithItsWindowsOpen) {
 
 }  // namespace
 }  // namespace qm::test
-
-int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  ::testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}
