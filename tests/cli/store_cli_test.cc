@@ -188,6 +188,7 @@ TEST_F(StoreCli, ShowsUsersLocksAndNoticesOfRunningClients) {
   EXPECT_EQ(Run("store users " + File()).out, "[]\n");
   EXPECT_NE(Run("store locks " + File()).out.find("\"alive\":false"), std::string::npos);
   EXPECT_EQ(Run("store notices " + File()).out, "[]\n") << "nobody is logged in: purged";
+  EXPECT_EQ(Run("store check " + File()).out, "") << "a purge keeps the count of msgs";
 }
 
 }  // namespace
