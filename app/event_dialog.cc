@@ -190,7 +190,7 @@ class EventDialogWidget : public QDialog {
 
 std::optional<EventDialogResult> RunEventDialog(QWidget* parent, CDBDoc& doc, CDefectEvent& event,
                                                 EventDialogMode mode) {
-  EventDialog model(event, mode, doc.currentUserId(), doc.HasRight(31));
+  EventDialog model(event, mode, doc.currentUserId(), doc.HasRight(Right::kAssignDefect));
   EventDialogWidget dialog(parent, doc, model);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return dialog.result;

@@ -113,26 +113,31 @@ void CMainFrame::MakeMenus() {
   QMenu* edit = menuBar()->addMenu("Ed&it");
   QAction* add = edit->addAction("&Add Item...", this, [this] { AddItem(); });
   add->setShortcut(QKeySequence("Ctrl+N"));
-  projectActions_.push_back(add);
-  projectActions_.push_back(edit->addAction("&Edit Item...", QKeySequence("Alt+E"), this,
-                                            [this] { OpenSelection(true); }));
-  projectActions_.push_back(edit->addAction("&View Item", QKeySequence("Alt+Return"), this,
-                                            [this] { OpenSelection(false); }));
-  projectActions_.push_back(
-      edit->addAction("D&uplicate Item", QKeySequence("Ctrl+D"), this, [this] {
-        RecordListWindow* list = ActiveList();
-        if (list == nullptr || doc_ == nullptr) return;
-        if (IsPeople(list)) {
-          std::vector<CUser*> people;
-          for (RecordItem* item : list->SelectedItems())
-            people.push_back(static_cast<CUser*>(item));
-          DuplicatePeople(*doc_, people, ui_);
-        } else {
-          DuplicateDefects(*doc_, *Defects(), SelectedDefects(), ui_);
-        }
-        list->Refresh(false);
-      }));
-  delete_ = edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
+  add->setIcon(style()->standardIcon(QStyle::SP_FileIcon));
+  itemActions_.emplace_back(add, &ItemRights::add);
+  itemActions_.emplace_back(edit->addAction("&Edit Item...", QKeySequence("Alt+E"), this,
+                                            [this] { OpenSelection(true); }),
+                            &ItemRights::edit);
+  itemActions_.emplace_back(edit->addAction("&View Item", QKeySequence("Alt+Return"), this,
+                                            [this] { OpenSelection(false); }),
+                            &ItemRights::view);
+  itemActions_.emplace_back(edit->addAction("D&uplicate Item", QKeySequence("Ctrl+D"), this,
+                                            [this] {
+                                              RecordListWindow* list = ActiveList();
+                                              if (list == nullptr || doc_ == nullptr) return;
+                                              if (IsPeople(list)) {
+                                                std::vector<CUser*> people;
+                                                for (RecordItem* item : list->SelectedItems())
+                                                  people.push_back(static_cast<CUser*>(item));
+                                                DuplicatePeople(*doc_, people, ui_);
+                                              } else {
+                                                DuplicateDefects(*doc_, *Defects(),
+                                                                 SelectedDefects(), ui_);
+                                              }
+                                              list->Refresh(false);
+                                            }),
+                            &ItemRights::duplicate);
+  QAction* remove = edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
     RecordListWindow* list = ActiveList();
     if (list == nullptr || doc_ == nullptr) return;
     if (IsPeople(list)) {
@@ -160,6 +165,7 @@ void CMainFrame::MakeMenus() {
     DeleteDefects(*doc_, *Defects(), selected, ui_);
     list->Refresh(false);
   });
+  itemActions_.emplace_back(remove, &ItemRights::remove);
   projectActions_.push_back(edit->addAction("&Copy", QKeySequence::Copy, this, [this] {
     // The selected defects under the program's own clipboard format.
     const std::vector<std::uint8_t> block = ClipboardBlock(SelectedDefects());
@@ -200,8 +206,7 @@ void CMainFrame::MakeMenus() {
   }
   bar->addAction(style()->standardIcon(QStyle::SP_DialogOpenButton), "Open Project", this,
                  [this] { ChooseProject(); });
-  bar->addAction(style()->standardIcon(QStyle::SP_FileIcon), "Add Item", this,
-                 [this] { AddItem(); });
+  bar->addAction(add);
 }
 
 void CMainFrame::UpdateTitle() {
@@ -232,14 +237,17 @@ void CMainFrame::UpdateCommands() {
     action->setEnabled(open && doc_->HasRight(CommandInfo(command).right) &&
                        AllowedOnSelection(command, statuses, doc_->options().allowMultipleFixes));
   }
-  // Transfer to the user list needs right 66, to the customer list right 65.
   const RecordListWindow* list = ActiveList();
   const bool fromCustomers = list != nullptr && &list->kind() == &kCustomerListWindow;
   transfer_->setText(fromCustomers ? "Transfer to User List" : "Transfer to Customer List");
-  transfer_->setEnabled(open && IsPeople(list) && !list->SelectedItems().empty() &&
-                        doc_->HasRight(fromCustomers ? 66 : 65));
-  // Deleting people needs right 8, customers right 59.
-  delete_->setEnabled(open && (!IsPeople(list) || doc_->HasRight(fromCustomers ? 59 : 8)));
+  transfer_->setEnabled(
+      open && IsPeople(list) && !list->SelectedItems().empty() &&
+      doc_->HasRight(fromCustomers ? Right::kMakeCustomerUser : Right::kMakeUserCustomer));
+  // The item commands act on the list in front, or on the defect list when none is.
+  const ListWindowKind& kind = list != nullptr ? list->kind() : kDefectListWindow;
+  for (const auto& [action, right] : itemActions_) {
+    action->setEnabled(open && doc_->HasRight(kind.rights.*right));
+  }
 }
 
 RecordListWindow* CMainFrame::List(const ListWindowKind& kind) const {
@@ -542,7 +550,7 @@ void CMainFrame::CloseRecordWindow(RecordWindowWidget* window) {
 }
 
 DefectRecordWindow* CMainFrame::AddDefect() {
-  if (doc_ == nullptr || !doc_->HasRight(1)) return nullptr;
+  if (!Permits(kDefectListWindow.rights.add)) return nullptr;
   auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
   Place(window, kDefectTag, "DefectViewPos");
   window->Open(CRecordWindow::kAddClose);
@@ -555,10 +563,17 @@ PersonRecordWindow* CMainFrame::NewPersonWindow(bool customers) {
   return window;
 }
 
+bool CMainFrame::Permits(Right right) {
+  if (doc_ == nullptr) return false;
+  if (doc_->HasRight(right)) return true;
+  ui_.Tell(RightRefusal(right), ui::Icon::kWarning);
+  return false;
+}
+
 RecordWindowWidget* CMainFrame::AddItem() {
   RecordListWindow* list = ActiveList();
   if (IsWorkbook(list)) {
-    if (!doc_->HasRight(42)) return nullptr;
+    if (!Permits(list->kind().rights.add)) return nullptr;
     auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
     Place(window, kTasksTag, "TaskViewPos");
     window->Open(CRecordWindow::kAddClose);
@@ -566,7 +581,7 @@ RecordWindowWidget* CMainFrame::AddItem() {
   }
   if (!IsPeople(list)) return AddDefect();
   const bool customers = &list->kind() == &kCustomerListWindow;
-  if (!doc_->HasRight(customers ? 56 : 5)) return nullptr;
+  if (!Permits(list->kind().rights.add)) return nullptr;
   PersonRecordWindow* window = NewPersonWindow(customers);
   window->Open(CRecordWindow::kAddClose);
   return window;
@@ -577,7 +592,9 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
   if (list == nullptr) list = defectList();
   if (list == nullptr) return nullptr;
   std::vector<RecordItem*> selected = list->SelectedItems();
-  if (selected.empty()) return nullptr;
+  if (selected.empty() || !Permits(edit ? list->kind().rights.edit : list->kind().rights.view)) {
+    return nullptr;
+  }
   for (RecordItem* item : selected) item->isNew = item->isChanged = item->isAssigned = false;
   const std::uint16_t mode = edit ? CRecordWindow::kEdit : CRecordWindow::kView;
   RecordWindowWidget* opened = nullptr;

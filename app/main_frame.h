@@ -150,6 +150,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   CTaskTable& Workbook() const;
   CDefectWindow::RunEventDialog DialogRunner();
   void ClearAlert();
+  // Whether the user's group allows `right`; when it does not, the person is told so.
+  bool Permits(Right right);
 
   ui::Ui& ui_;
   CAppPreferences& preferences_;
@@ -170,7 +172,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   RecentFileList recent_;
   std::vector<QAction*> recentActions_;
   QAction* recentSeparator_ = nullptr;
-  QAction* delete_ = nullptr;
+  // Add, edit, view, duplicate and delete, each with the member of a list's rights it asks.
+  std::vector<std::pair<QAction*, Right ItemRights::*>> itemActions_;
   QLabel* user_ = nullptr;  // who is logged in, in the status bar
 };
 

@@ -26,14 +26,10 @@ constexpr std::array<const char*, kValueLists.size()> kValueListMenuTexts = {
     "&Type...",         "&Resolution...", "&Priority...",  "Pro&duct...",
     "Re&producible...", "&Severity...",   "&Component...", "D&isposition..."};
 
-// The rights of the commands.
-constexpr std::uint32_t kSetUpFieldsRight = 29;
-constexpr std::uint32_t kSetUpNumberingRight = 64;
-
 }  // namespace
 
 void CMainFrame::MakeSetupMenus(QMenu* file, QMenu* tools) {
-  const auto hasRight = [this](std::uint32_t right) {
+  const auto hasRight = [this](Right right) {
     return [this, right] { return doc_ != nullptr && doc_->HasRight(right); };
   };
   // Before the separator above Exit.
@@ -66,12 +62,12 @@ void CMainFrame::MakeSetupMenus(QMenu* file, QMenu* tools) {
     const ValueListSettings& list = kValueLists[i];
     QAction* action =
         setup->addAction(kValueListMenuTexts[i], this, [this, &list] { SetUpValues(list); });
-    setupActions_.emplace_back(action, hasRight(kSetUpFieldsRight));
+    setupActions_.emplace_back(action, hasRight(Right::kSetUpProjectFields));
   }
   setup->addSeparator();
   setupActions_.emplace_back(
       setup->addAction("Defect &Numbering...", this, [this] { SetUpNumbering(); }),
-      hasRight(kSetUpNumberingRight));
+      hasRight(Right::kSetUpDefectNumbering));
 }
 
 void CMainFrame::UpdateSetupCommands() {
@@ -79,12 +75,12 @@ void CMainFrame::UpdateSetupCommands() {
 }
 
 void CMainFrame::SetUpValues(const ValueListSettings& list) {
-  if (doc_ == nullptr || !doc_->HasRight(kSetUpFieldsRight)) return;
+  if (doc_ == nullptr || !doc_->HasRight(Right::kSetUpProjectFields)) return;
   if (RunValueSetup(this, *doc_, list, ui_)) RefreshLists(kDefectTag, true);
 }
 
 void CMainFrame::SetUpNumbering() {
-  if (doc_ == nullptr || !doc_->HasRight(kSetUpNumberingRight)) return;
+  if (doc_ == nullptr || !doc_->HasRight(Right::kSetUpDefectNumbering)) return;
   RunNumberingDialog(this, *doc_, ui_);
 }
 
@@ -95,8 +91,7 @@ void CMainFrame::LogInUser() {
     CloseRecordWindow(window);
   }
   for (const auto& [kind, list] : std::map(lists_)) {
-    const std::uint32_t right = ListWindowRight(kind);
-    if (list == nullptr || right == 0 || doc_->HasRight(right)) continue;
+    if (list == nullptr || doc_->HasRight(list->kind().rights.view)) continue;
     SavePlacement(*list);
     delete list->parentWidget();
     lists_.erase(kind);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "args.h"
+#include "session/rights.h"
 #include "shell/app_preferences.h"
 #include "ui/ui.h"
 
@@ -37,6 +38,14 @@ using PlainRun = int (*)(Context&);
 using ProjectRun = int (*)(CDBDoc&, Context&);
 using StoreRun = int (*)(CProjectStore&, Context&);
 
+// The right a command line asks of the user logged in, known from its words and options
+// before the command runs; a group that denies it refuses the command with its name.
+using RightOf = Right (*)(const Args&);
+template <Right right>
+Right Needs(const Args& /*args*/) {
+  return right;
+}
+
 struct Command {
   // The words in order. A lower-case word is typed as it stands ("up|down": either); an
   // upper-case one stands for what the person gives ("FILE" names the file opened).
@@ -47,12 +56,18 @@ struct Command {
   // What it does, for the help; lines end in '\n'. Empty for a form another row explains.
   std::string help;
   std::variant<PlainRun, ProjectRun, StoreRun> run;
+  // For a command on a project; none for one that any user may run.
+  RightOf right = nullptr;
 };
+
+// Refuses, with the words the window uses, what the user's group does not allow.
+void Require(const CDBDoc& doc, Context& context, Right right);
 
 // The rows of each family of commands, in the order the help lists them.
 const std::vector<Command>& ProjectCommands();
 const std::vector<Command>& DefectCommands();
 const std::vector<Command>& PeopleCommands();
+const std::vector<Command>& GroupCommands();
 const std::vector<Command>& StoreCommands();
 
 }  // namespace qm::cli

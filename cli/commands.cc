@@ -29,8 +29,8 @@ constexpr std::size_t kHelpColumn = 37;
 // Every row, in the order of the help.
 std::vector<const Command*> AllCommands() {
   std::vector<const Command*> all;
-  for (const auto* family :
-       {&ProjectCommands(), &DefectCommands(), &PeopleCommands(), &StoreCommands()}) {
+  for (const auto* family : {&ProjectCommands(), &DefectCommands(), &PeopleCommands(),
+                             &GroupCommands(), &StoreCommands()}) {
     for (const Command& command : *family) all.push_back(&command);
   }
   return all;
@@ -53,6 +53,12 @@ std::vector<std::string> Split(const std::string& text, const std::string& separ
 // "FILE", "NAME|LOGIN": a word that stands for what the person types.
 bool IsPlaceholder(const std::string& word) {
   return !word.empty() && std::isupper(static_cast<unsigned char>(word[0])) != 0;
+}
+
+// Whether a row's slots take `count` words: one each, and a last slot "RIGHT..." one or more.
+bool SlotsTake(const std::vector<std::string>& slots, std::size_t count) {
+  return slots.size() == count ||
+         (count > slots.size() && !slots.empty() && slots.back().ends_with("..."));
 }
 
 bool SlotTakes(const std::string& slot, const std::string& word) {
@@ -223,7 +229,7 @@ const Command& Match(const std::vector<std::string>& words) {
   const Command* best = nullptr;
   std::size_t bestTyped = 0;
   for (std::size_t r = 0; r < family.size(); ++r) {
-    if (slots[r].size() != words.size()) continue;
+    if (!SlotsTake(slots[r], words.size())) continue;
     const auto typed = static_cast<std::size_t>(
         std::count_if(slots[r].begin(), slots[r].end(),
                       [](const std::string& slot) { return !IsPlaceholder(slot); }));
@@ -316,7 +322,7 @@ int Guarded(const std::function<int()>& work, std::ostream& err) {
 
 // Opens the project with the login of the command line, else the remembered one when it is
 // for this file, and runs the command on it.
-int RunOnProject(ProjectRun run, const std::string& path, Context& context) {
+int RunOnProject(const Command& command, const std::string& path, Context& context) {
   const Args& args = context.args;
   std::optional<ui::LoginEntry> login;
   if (const auto user = args.Value("user")) {
@@ -336,7 +342,12 @@ int RunOnProject(ProjectRun run, const std::string& path, Context& context) {
     }
     return 2;
   }
-  const int result = Guarded([&] { return run(doc, context); }, context.err);
+  const int result = Guarded(
+      [&] {
+        if (command.right != nullptr) Require(doc, context, command.right(args));
+        return std::get<ProjectRun>(command.run)(doc, context);
+      },
+      context.err);
   doc.CloseProject();
   return result;
 }
@@ -351,6 +362,12 @@ int RunOnStore(StoreRun run, const std::string& path, Context& context) {
 }
 
 }  // namespace
+
+void Require(const CDBDoc& doc, Context& context, Right right) {
+  if (doc.HasRight(right)) return;
+  context.err << RightRefusal(right) << "\n";
+  throw Refused{};
+}
 
 int RunCommandLine(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
   try {
@@ -375,9 +392,8 @@ int RunCommandLine(const std::vector<std::string>& words, std::ostream& out, std
     const std::vector<std::string> slots = Split(command.words, " ");
     const std::string path = pos[static_cast<std::size_t>(
         std::find(slots.begin(), slots.end(), "FILE") - slots.begin())];
-    if (const auto* run = std::get_if<ProjectRun>(&command.run)) {
-      return RunOnProject(*run, path, context);
-    }
+    if (std::holds_alternative<ProjectRun>(command.run))
+      return RunOnProject(command, path, context);
     if (const auto* run = std::get_if<StoreRun>(&command.run)) {
       return RunOnStore(*run, path, context);
     }

@@ -199,7 +199,8 @@ std::optional<EventKind> EventWord(const std::string& word) {
 // refusal, or nothing when the event took the fields.
 std::optional<std::string_view> FillEventDialog(CDBDoc& doc, CDefectEvent& event,
                                                 const Args& args) {
-  EventDialog dialog(event, EventDialogMode::kEdit, doc.currentUserId(), doc.HasRight(31));
+  EventDialog dialog(event, EventDialogMode::kEdit, doc.currentUserId(),
+                     doc.HasRight(Right::kAssignDefect));
   const char* person = event.kind() == EventKind::kAssign ? "to" : "by";
   if (args.Value(person)) dialog.userId = UserArgument(doc, args, person);
   if (const auto date = args.Value("date")) dialog.dateText = *date;
@@ -225,6 +226,13 @@ DefectCommand CommandOf(EventKind kind) {
     if (CommandInfo(c).kind == kind) return c;
   }
   throw UsageError{"No command of the defect list adds that event."};
+}
+
+// The right of the command that the fourth word names: an event's, or duplicate or delete.
+Right ActRight(const Args& args) {
+  const std::string& word = args.positional()[3];
+  if (const auto kind = EventWord(word)) return CommandInfo(CommandOf(*kind)).right;
+  return word == "duplicate" ? Right::kDuplicateDefects : Right::kDeleteDefects;
 }
 
 // "Re-Open" of "Re-&Open...".
@@ -278,10 +286,6 @@ int AddEvent(CDBDoc& doc, Context& c) {
     (void)window.OnLockedBy();
     err << "Defect " << number << " is being edited by " << (holder.empty() ? "someone" : holder)
         << "; nothing was changed.\n";
-    return 1;
-  }
-  if (!doc.HasRight(CommandInfo(command).right)) {
-    err << "Your user group does not allow \"" << name << "\".\n";
     return 1;
   }
   if (!window.CommandEnabled(command)) {
@@ -344,10 +348,6 @@ int Act(CDBDoc& doc, Context& c) {
     return deleted > 0 ? 0 : 1;
   }
   const DefectCommand command = CommandOf(*kind);
-  if (!doc.HasRight(CommandInfo(command).right)) {
-    err << "Your user group does not allow \"" << CommandName(command) << "\".\n";
-    return 1;
-  }
   std::optional<std::string_view> refusal;
   const CDefectWindow::RunEventDialog dialog = FilledDialog(doc, args, refusal);
   SelectionAction action(
@@ -384,7 +384,8 @@ int Show(CDBDoc& doc, Context& c) {
 const std::vector<Command>& DefectCommands() {
   static const std::vector<Command> kRows = [] {
     std::vector<Command> rows{{"defects FILE", "[--sort FIELD[,FIELD2]] [--desc] [--json]",
-                               "the defect list; FIELD by number or label", List}};
+                               "the defect list; FIELD by number or label", List,
+                               Needs<Right::kViewDefects>}};
     for (const EventWordRow& event : kEventWords) {
       rows.push_back({std::string("defects FILE act ") + event.word,
                       std::string("--numbers N[,N...] ") + event.options + " [--dry-run]",
@@ -394,21 +395,21 @@ const std::vector<Command>& DefectCommands() {
                             "prints each defect changed, with an assignment's\n"
                             "change text; --dry-run only shows them"
                           : "",
-                      Act});
+                      Act, ActRight});
     }
     rows.push_back({"defects FILE act duplicate|delete", "--numbers N[,N...] [--dry-run]",
                     "copies, or deletes for good after asking;\n"
                     "--dry-run names the defects and keeps them",
-                    Act});
-    rows.push_back(
-        {"defect FILE NUMBER", "[--text|--html]", "one defect's text or HTML form", Show});
+                    Act, ActRight});
+    rows.push_back({"defect FILE NUMBER", "[--text|--html]", "one defect's text or HTML form", Show,
+                    Needs<Right::kViewDefects>});
     rows.push_back({"defect FILE add",
                     "--summary TEXT [--type NAME] [--priority NAME] [--severity NAME] "
                     "[--product NAME] [--component NAME] [--description TEXT] [--found-by LOGIN] "
                     "[--version-found TEXT] [--dry-run]",
                     "a new defect; prints its number, or with\n"
                     "--dry-run its text form and adds nothing",
-                    Add});
+                    Add, Needs<Right::kAddDefects>});
     for (const EventWordRow& event : kEventWords) {
       rows.push_back({std::string("defect FILE NUMBER ") + event.word,
                       std::string(event.options) + " [--dry-run]",
@@ -418,7 +419,7 @@ const std::vector<Command>& DefectCommands() {
                             "else is editing the defect; prints the change\n"
                             "text; --dry-run prints it and saves nothing"
                           : "",
-                      AddEvent});
+                      AddEvent, ActRight});
     }
     return rows;
   }();

@@ -82,6 +82,7 @@ int Show(CDBDoc& doc, Context& c) {
          (person.GetLogin().empty() || !SameLoginText(person.GetLogin(), wanted)))) {
       continue;
     }
+    Require(doc, c, person.IsCustomer() ? Right::kViewCustomers : Right::kViewUsers);
     const PersonStatistics stats = GatherStatistics(
         static_cast<const CDefectTable&>(*doc.GetTable(kDefectTag)), person.GetId());
     std::string form;
@@ -97,16 +98,24 @@ int Show(CDBDoc& doc, Context& c) {
   return 1;
 }
 
+Right ListRight(const Args& args) {
+  return args.Flag("customers") ? Right::kViewCustomers : Right::kViewUsers;
+}
+
+Right AddRight(const Args& args) {
+  return args.Flag("customer") ? Right::kAddCustomers : Right::kAddUsers;
+}
+
 }  // namespace
 
 const std::vector<Command>& PeopleCommands() {
   static const std::vector<Command> kRows = {
-      {"users FILE", "[--customers]", "the user list, or the customer list", List},
+      {"users FILE", "[--customers]", "the user list, or the customer list", List, ListRight},
       {"user FILE NAME|LOGIN", "[--html]", "one person's text or HTML form, with statistics", Show},
       {"user FILE add",
        "--last NAME [--first NAME] [--login LOGIN --user-password TEXT --group NAME] "
        "[--customer [--company NAME]] [--email ADDRESS]",
-       "a new person, checked as the person window\nchecks one", Add},
+       "a new person, checked as the person window\nchecks one", Add, AddRight},
   };
   return kRows;
 }

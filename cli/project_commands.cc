@@ -197,10 +197,11 @@ const std::vector<Command>& ProjectCommands() {
        "the names of a value list (Type, Resolution,\nPriority, Product, Reproducible, Severity,\n"
        "Component, Disposition, Status)",
        Values},
-      {"values FILE LIST add NAME", "", "", Values},
-      {"values FILE LIST rename OLD NEW", "", "", Values},
-      {"values FILE LIST delete NAME", "[--replace-with NAME]", "", Values},
-      {"values FILE LIST move NAME up|down", "", "", Values},
+      {"values FILE LIST add NAME", "", "", Values, Needs<Right::kSetUpProjectFields>},
+      {"values FILE LIST rename OLD NEW", "", "", Values, Needs<Right::kSetUpProjectFields>},
+      {"values FILE LIST delete NAME", "[--replace-with NAME]", "", Values,
+       Needs<Right::kSetUpProjectFields>},
+      {"values FILE LIST move NAME up|down", "", "", Values, Needs<Right::kSetUpProjectFields>},
   };
   return kRows;
 }

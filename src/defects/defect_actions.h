@@ -17,6 +17,7 @@
 #include "defects/event_dialogs.h"
 #include "platform/clock.h"
 #include "session/project_records.h"
+#include "session/rights.h"
 #include "ui/ui.h"
 
 namespace qm {
@@ -40,11 +41,11 @@ inline constexpr std::array<DefectCommand, 8> kDefectCommands = {
     DefectCommand::kVerify,       DefectCommand::kClose,    DefectCommand::kReOpen,
     DefectCommand::kReleaseNotes, DefectCommand::kComment};
 
-// What a command adds, how its menu item reads, and the right (1 to kRightCount) it needs.
+// What a command adds, how its menu item reads, and the right it needs.
 struct DefectCommandInfo {
   EventKind kind;
   std::string_view menuText;
-  std::uint32_t right;
+  Right right;
 };
 const DefectCommandInfo& CommandInfo(DefectCommand command);
 

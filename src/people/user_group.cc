@@ -3,6 +3,9 @@
 
 #include <algorithm>
 
+#include "session/form_text.h"
+#include "session/rights.h"
+
 namespace qm {
 
 namespace {
@@ -28,7 +31,57 @@ bool Contains(const std::vector<std::uint32_t>& ids, std::uint32_t id) {
   return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
+// The lists of the forms, each a heading and its names: the members, the rights kept and
+// the rights denied.
+std::vector<std::pair<std::string_view, std::vector<std::string>>> NameLists(
+    const CUserGroup& group, const ItemTable& users) {
+  std::vector<std::string> members;
+  for (const std::uint32_t id : group.userIds()) {
+    if (const RecordItem* user = users.ItemById(id)) members.push_back(user->GetName());
+  }
+  std::vector<std::string> enabled;
+  std::vector<std::string> disabled;
+  for (std::uint32_t n = 1; n <= kRightCount; ++n) {
+    (group.IsCommandDisabled(n) ? disabled : enabled)
+        .emplace_back(RightName(static_cast<Right>(n)));
+  }
+  return {{"Users in Group:", members},
+          {"Enabled Commands:", enabled},
+          {"Disabled Commands:", disabled}};
+}
+
 }  // namespace
+
+void WriteGroupText(const CUserGroup& group, const ItemTable& users, std::string& out) {
+  TextLine(out, "Name: ", group.name.str());
+  TextLine(out, "Description: ", group.description.str());
+  TextLine(out, "Notes: ", group.notes.str());
+  for (const auto& [heading, names] : NameLists(group, users)) {
+    TextLine(out, std::string(heading) + " ", "");
+    for (const std::string& name : names) TextLine(out, "", name);
+  }
+}
+
+void WriteGroupHtml(const CUserGroup& group, const ItemTable& users, std::string& out) {
+  constexpr std::string_view kNextRow = "</TR>\n<TR BGCOLOR=#FFFFFF>";
+  out += kHtmlTableOpen;
+  out += kHtmlRowOpen;
+  HtmlCell(out, 4, "Name:", group.name.str());
+  out += kNextRow;
+  HtmlCell(out, 4, "Description:", group.description.str());
+  out += kNextRow;
+  HtmlCell(out, 4, "Notes:", group.notes.str());
+  for (const auto& [heading, names] : NameLists(group, users)) {
+    out += kNextRow;
+    out += "<TD COLSPAN=4><B>" + std::string(heading) + "</B></TD>";
+    for (const std::string& name : names) {
+      out += kNextRow;
+      out += "<TD COLSPAN=4>" + EscapeHtml(name) + "</TD>";
+    }
+  }
+  out += kHtmlRowClose;
+  out += kHtmlTableClose;
+}
 
 void CUserGroup::WriteTo(PayloadWriter& out) const {
   out.U16(kVersion);

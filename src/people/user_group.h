@@ -68,6 +68,13 @@ class CUserGroup : public RecordItem, public RightsGroup {
   std::vector<std::uint32_t> disabledCommands_;
 };
 
+// The text form, CR LF line ends: name, description, notes, then "Users in Group: " with a
+// line per member named in `users`, "Enabled Commands: " with the name of each right the
+// group keeps and "Disabled Commands: " with the rest, each of them a line.
+void WriteGroupText(const CUserGroup& group, const ItemTable& users, std::string& out);
+// The HTML form: the same in rows of a four-column table, one name to a row.
+void WriteGroupHtml(const CUserGroup& group, const ItemTable& users, std::string& out);
+
 // The 'ugrp' table, sorted by name ignoring case.
 class CUserGroupTable : public ItemTableOf<CUserGroup> {
  public:

@@ -105,8 +105,8 @@ class CDBDoc : public ProjectCounters {
   std::uint32_t currentUserId() const;
   // The rights of this session; every right in a single-user project.
   const CAccess& access() const;
-  // Right n, 1 to kRightCount (0: a command that needs none).
-  bool HasRight(std::uint32_t right) const { return access().IsAllowed(right); }
+  // Whether the user's group allows the command of `right`; kNone is always allowed.
+  bool HasRight(Right right) const { return access().IsAllowed(RightNumber(right)); }
   // The current user's window places and states, or the project's when single-user.
   const PreferenceBlock& preferences() const { return preferences_; }
   // Who defects go to by themselves; SetAssignRules stores them in misc record 9.

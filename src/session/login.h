@@ -11,6 +11,7 @@
 
 #include "session/item_table.h"
 #include "session/project_records.h"
+#include "session/rights.h"
 #include "ui/ui.h"
 
 namespace qm {
@@ -36,8 +37,6 @@ class RightsGroup {
   // Whether the group denies right n, from 1 to kRightCount.
   virtual bool DeniesRight(std::uint32_t right) const = 0;
 };
-
-inline constexpr std::uint32_t kRightCount = 67;
 
 // The answers of CheckLogin.
 enum class LoginCheck {

@@ -44,6 +44,7 @@
 #include <vector>
 
 #include "platform/preference_file.h"
+#include "session/rights.h"
 
 namespace qm {
 
@@ -78,24 +79,56 @@ struct AppPreferenceValues {
   std::uint32_t promptToBackupQueues = 1;
 };
 
-// The list windows that the open windows block names, with their value names and what the
-// status line says while each opens.
+// The list windows that the open windows block names, with their value names, what the
+// status line says while each opens, and the rights of the commands on its items.
 struct ListWindowKind {
   std::uint32_t kind;
   std::string_view valueName;
   std::string_view openingText;
+  ItemRights rights;
 };
-inline constexpr ListWindowKind kDefectListWindow{141, "DefectListPos",
-                                                  "Opening defect list window..."};
+inline constexpr ListWindowKind kDefectListWindow{
+    141,
+    "DefectListPos",
+    "Opening defect list window...",
+    {Right::kAddDefects, Right::kViewDefects, Right::kEditDefects, Right::kDeleteDefects,
+     Right::kDuplicateDefects}};
 inline constexpr ListWindowKind kListWindowKinds[] = {
     kDefectListWindow,
-    {142, "UserListPos", "Opening user list window..."},
-    {143, "UserGroupListPos", "Opening group list window..."},
-    {144, "ConfigListPos", "Opening test config list window..."},
-    {145, "ReportListPos", "Opening report list window..."},
-    {146, "TaskListPos", "Opening workbook window..."},
-    {147, "FilterListPos", "Opening filter list window..."},
-    {261, "CustomerListPos", "Opening customer window..."}};
+    {142,
+     "UserListPos",
+     "Opening user list window...",
+     {Right::kAddUsers, Right::kViewUsers, Right::kEditUsers, Right::kDeleteUsers,
+      Right::kDuplicateUsers}},
+    {143,
+     "UserGroupListPos",
+     "Opening group list window...",
+     {Right::kAddUserGroups, Right::kViewUserGroups, Right::kEditUserGroups,
+      Right::kDeleteUserGroups, Right::kDuplicateUserGroups}},
+    {144,
+     "ConfigListPos",
+     "Opening test config list window...",
+     {Right::kAddTestConfigs, Right::kViewTestConfigs, Right::kEditTestConfigs,
+      Right::kDeleteTestConfigs, Right::kDuplicateTestConfigs}},
+    {145,
+     "ReportListPos",
+     "Opening report list window...",
+     {Right::kAddReports, Right::kViewReports, Right::kEditReports, Right::kDeleteReports,
+      Right::kDuplicateReports}},
+    {146,
+     "TaskListPos",
+     "Opening workbook window...",
+     {Right::kAddTasks, Right::kViewTasks, Right::kEditTasks, Right::kDeleteTasks, Right::kNone}},
+    {147,
+     "FilterListPos",
+     "Opening filter list window...",
+     {Right::kAddFilters, Right::kViewFilters, Right::kEditFilters, Right::kDeleteFilters,
+      Right::kDuplicateFilters}},
+    {261,
+     "CustomerListPos",
+     "Opening customer window...",
+     {Right::kAddCustomers, Right::kViewCustomers, Right::kEditCustomers, Right::kDeleteCustomers,
+      Right::kDuplicateCustomers}}};
 
 // The open windows block, little-endian: u16 count, then a u32 kind per window.
 std::vector<std::uint8_t> EncodeWindowBlock(std::span<const std::uint32_t> kinds);

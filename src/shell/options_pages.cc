@@ -33,7 +33,7 @@ OptionsDialog::OptionsDialog(CAppPreferences& preferences, CDBDoc* doc)
   } else if (doc != nullptr && !doc->multiUser()) {
     pages_.push_back("Project");
   }
-  if (doc != nullptr && (!doc->multiUser() || doc->HasRight(28))) {
+  if (doc != nullptr && (!doc->multiUser() || doc->HasRight(Right::kChangeProjectPrefs))) {
     pages_.push_back("Assign");
     assign = doc->assignRules();
   }

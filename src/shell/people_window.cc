@@ -10,6 +10,7 @@
 #include "people/user_group.h"
 #include "session/db_doc.h"
 #include "session/login.h"
+#include "shell/group_window.h"
 #include "store/project_store.h"
 
 namespace qm {
@@ -331,6 +332,7 @@ std::uint32_t DeletePeople(CDBDoc& doc, const std::vector<CUser*>& selection, bo
   std::uint32_t deleted = 0;
   for (CUser* person : going) {
     const std::uint32_t id = person->GetId();
+    if (!person->IsCustomer()) (void)PlaceInGroup(doc, *person, 0);
     if (people.DeleteItem(*person, false) != DBStatus::kOk) continue;
     doc.PostChangeNotice(kNoticeDeleted, kUserTag, id);
     ++deleted;
@@ -400,6 +402,11 @@ std::unique_ptr<RecordItem> CPersonWindow::NewItem() {
 
 std::optional<FieldRefusal> CPersonWindow::ValidateFields() {
   return ValidatePerson(table(), *shown_, doc().multiUser());
+}
+
+void CPersonWindow::AfterAdd(RecordItem& item) {
+  auto& person = static_cast<CUser&>(item);
+  if (!person.IsCustomer()) (void)PlaceInGroup(doc(), person, person.GetGroupId());
 }
 
 bool CPersonWindow::FieldsChanged() const { return changed_ || shown_->Pack() != loaded_; }

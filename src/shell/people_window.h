@@ -91,6 +91,9 @@ class CPersonWindow : public CRecordWindow {
   void StoreFields(RecordItem& item) override;
   std::unique_ptr<RecordItem> NewItem() override;
   std::optional<FieldRefusal> ValidateFields() override;
+  // The group the person was given lists the person, and no other group does.
+  void AfterAdd(RecordItem& item) override;
+  void AfterUpdate(RecordItem& item) override { AfterAdd(item); }
   void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
   bool FieldsChanged() const override;
   void ResetForAdd() override;

@@ -1,4 +1,4 @@
-// The session commands: passwords, and the rights of the list windows.
+// The session commands: passwords.
 #include "shell/session_commands.h"
 
 #include "people/user.h"
@@ -9,8 +9,6 @@
 
 namespace qm {
 namespace {
-
-constexpr std::uint32_t kSetOwnPasswordRight = 37;
 
 void TellFailure(ui::Ui& ui, DBStatus status) {
   ui.Tell("Cannot complete command. Database error " + std::to_string(static_cast<int>(status)),
@@ -23,7 +21,7 @@ std::optional<std::string> CurrentPassword(const CDBDoc& doc) {
   if (doc.store() == nullptr) return std::nullopt;
   if (!doc.multiUser()) return doc.security().projectPassword;
   const auto* user = dynamic_cast<const CUser*>(doc.currentUser());
-  if (user == nullptr || !doc.HasRight(kSetOwnPasswordRight)) return std::nullopt;
+  if (user == nullptr || !doc.HasRight(Right::kSetOwnPassword)) return std::nullopt;
   return user->GetPassword();
 }
 
@@ -67,27 +65,6 @@ bool StorePassword(CDBDoc& doc, const EditMarks* marks, CAppPreferences* prefere
     preferences->Save();
   }
   return true;
-}
-
-std::uint32_t ListWindowRight(std::uint32_t kind) {
-  switch (kind) {
-    case 141:
-      return 2;  // View Defects
-    case 142:
-      return 6;  // View Users
-    case 143:
-      return 10;  // View User Groups
-    case 144:
-      return 15;  // View Test Configs
-    case 145:
-      return 23;  // View Reports
-    case 147:
-      return 19;  // View Filters
-    case 261:
-      return 57;  // View Customers
-    default:
-      return 0;  // the workbook is everyone's own
-  }
 }
 
 }  // namespace qm

@@ -1,6 +1,5 @@
 // The commands of the File menu that act on the session rather than on items: the
-// password of the person working (or of a single-user project), and which list windows
-// a newly logged-in user may keep open.
+// password of the person working, or of a single-user project.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +15,7 @@ class CDBDoc;
 class EditMarks;
 
 // The password "Change Password..." starts from: the own password of the user logged in
-// to a multi-user project, who needs right 37 for it, or the password of a single-user
+// to a multi-user project, who needs the right to set it, or the password of a single-user
 // project. Nothing when the session may not change a password.
 std::optional<std::string> CurrentPassword(const CDBDoc& doc);
 
@@ -27,9 +26,5 @@ std::optional<std::string> CurrentPassword(const CDBDoc& doc);
 // or in use by another user, or the store failed.
 bool StorePassword(CDBDoc& doc, const EditMarks* marks, CAppPreferences* preferences,
                    const std::string& password, ui::Ui& ui);
-
-// The right a list window of `kind` (141 defects, 142 users, ...) needs to stay open after
-// another user logs in; 0 when it needs none.
-std::uint32_t ListWindowRight(std::uint32_t kind);
 
 }  // namespace qm

@@ -55,7 +55,7 @@ TEST(DefectCommands, OfferedByStatusAsTheCommandTableSays) {
     SCOPED_TRACE(e.menu);
     EXPECT_EQ(CommandInfo(command).kind, e.kind);
     EXPECT_EQ(CommandInfo(command).menuText, e.menu);
-    EXPECT_EQ(CommandInfo(command).right, e.right);
+    EXPECT_EQ(RightNumber(CommandInfo(command).right), e.right);
     EXPECT_EQ(Offered(command, true, false), e.window);
     EXPECT_EQ(Offered(command, true, true), e.windowMultiple);
     // A selection of one defect is offered what the window offers for its status.

@@ -130,7 +130,7 @@ TEST_F(Project, NewSingleUserProjectHasNoUsersAndKeepsItsPreferencesInMisc3) {
   EXPECT_EQ(doc.GetTable(kUserTag)->count(), 0u);
   EXPECT_EQ(doc.GetTable(kGroupTag)->count(), 0u);
   EXPECT_EQ(doc.currentUser(), nullptr);
-  EXPECT_TRUE(doc.HasRight(67));
+  EXPECT_TRUE(doc.HasRight(Right::kSaveProjectTemplate));
   Bytes prefs;
   prefs.u16(258).zeros(88);
   EXPECT_EQ(Misc(*doc.store(), 3), prefs.b);

@@ -226,7 +226,7 @@ TEST_F(DefectWindowTest, EachCommandNeedsItsRightAndAWindowThatMayChange) {
   Open();
   auto& testers = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(2));
   for (std::size_t c = 0; c < std::size(kDefectCommands); ++c) {
-    const std::uint32_t right = CommandInfo(kDefectCommands[c]).right;
+    const std::uint32_t right = RightNumber(CommandInfo(kDefectCommands[c]).right);
     SCOPED_TRACE(right);
     testers.SetCommandDisabled(right, true);
     ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(testers), DBStatus::kOk);
