@@ -7,6 +7,7 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -24,6 +25,7 @@
 #include "defects/defect_table.h"
 #include "defects/selection_commands.h"
 #include "event_dialog.h"
+#include "group_record_window.h"
 #include "options_dialog.h"
 #include "person_record_window.h"
 #include "qt_ui.h"
@@ -37,6 +39,7 @@ namespace qm::app {
 namespace {
 
 constexpr const ListWindowKind& kUserListWindow = kListWindowKinds[1];
+constexpr const ListWindowKind& kGroupListWindow = kListWindowKinds[2];
 constexpr const ListWindowKind& kWorkbookWindow = kListWindowKinds[5];
 constexpr const ListWindowKind& kCustomerListWindow = kListWindowKinds[7];
 // The lists this program has, in the Window menu's order, with their menu items.
@@ -44,11 +47,35 @@ constexpr std::pair<const ListWindowKind*, const char*> kShownLists[] = {
     {&kDefectListWindow, "&Defect List"},
     {&kUserListWindow, "&User List"},
     {&kCustomerListWindow, "C&ustomer List"},
+    {&kGroupListWindow, "User &Groups"},
     {&kWorkbookWindow, "&Workbook"}};
 
 bool IsPeople(const RecordListWindow* list) {
   return list != nullptr &&
          (&list->kind() == &kUserListWindow || &list->kind() == &kCustomerListWindow);
+}
+
+bool IsGroups(const RecordListWindow* list) {
+  return list != nullptr && &list->kind() == &kGroupListWindow;
+}
+
+template <class Item>
+std::vector<Item*> SelectedAs(const RecordListWindow& list) {
+  std::vector<Item*> items;
+  for (RecordItem* item : list.SelectedItems()) items.push_back(static_cast<Item*>(item));
+  return items;
+}
+
+// The group that takes the users of the groups being deleted, chosen by the person.
+std::optional<std::uint32_t> ChooseHeirGroup(QWidget* parent,
+                                             const std::vector<const CUserGroup*>& candidates) {
+  QStringList names;
+  for (const CUserGroup* group : candidates) names << ToQt(group->name.str());
+  bool ok = false;
+  const QString chosen = QInputDialog::getItem(parent, ToQt(std::string(kHeirTitle)),
+                                               ToQt(std::string(kHeirText)), names, 0, false, &ok);
+  if (!ok) return std::nullopt;
+  return candidates[static_cast<std::size_t>(names.indexOf(chosen))]->GetId();
 }
 
 bool IsWorkbook(const RecordListWindow* list) {
@@ -144,6 +171,20 @@ void CMainFrame::MakeMenus() {
       DeleteSelectedPeople(*list);
       return;
     }
+    if (IsGroups(list)) {
+      const std::vector<CUserGroup*> groups = SelectedAs<CUserGroup>(*list);
+      for (RecordWindowWidget* w : std::vector<RecordWindowWidget*>(records_)) {
+        if (std::find(groups.begin(), groups.end(), w->logic().currentItem()) != groups.end()) {
+          CloseRecordWindow(w);
+        }
+      }
+      DeleteGroups(*doc_, groups, ui_, [this](const std::vector<const CUserGroup*>& candidates) {
+        return ChooseHeirGroup(this, candidates);
+      });
+      RefreshLists(kGroupTag, false);
+      RefreshLists(kUserTag, false);
+      return;
+    }
     if (IsWorkbook(list)) {
       std::vector<CTask*> tasks;
       for (RecordItem* item : list->SelectedItems()) tasks.push_back(static_cast<CTask*>(item));
@@ -190,7 +231,8 @@ void CMainFrame::MakeMenus() {
 
   QMenu* window = menuBar()->addMenu("&Window");
   for (const auto& [kind, name] : kShownLists) {
-    projectActions_.push_back(window->addAction(name, this, [this, kind] { ShowList(*kind); }));
+    listActions_.emplace_back(window->addAction(name, this, [this, kind] { ShowList(*kind); }),
+                              kind);
   }
   window->addSeparator();
   window->addAction("&Cascade", area_, &QMdiArea::cascadeSubWindows);
@@ -243,6 +285,9 @@ void CMainFrame::UpdateCommands() {
   transfer_->setEnabled(
       open && IsPeople(list) && !list->SelectedItems().empty() &&
       doc_->HasRight(fromCustomers ? Right::kMakeCustomerUser : Right::kMakeUserCustomer));
+  for (const auto& [action, shown] : listActions_) {
+    action->setEnabled(open && doc_->HasRight(shown->rights.view));
+  }
   // The item commands act on the list in front, or on the defect list when none is.
   const ListWindowKind& kind = list != nullptr ? list->kind() : kDefectListWindow;
   for (const auto& [action, right] : itemActions_) {
@@ -404,7 +449,7 @@ void CMainFrame::NewProject() {
     UpdateCommands();
     return;
   }
-  ShowList(kDefectListWindow);
+  if (doc_->HasRight(kDefectListWindow.rights.view)) ShowList(kDefectListWindow);
   UpdateTitle();
   UpdateCommands();
 }
@@ -445,7 +490,7 @@ void CMainFrame::PutProjectAway() {
 }
 
 RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
-  if (doc_ == nullptr) return nullptr;
+  if (!Permits(kind.rights.view)) return nullptr;
   if (RecordListWindow* open = List(kind)) {
     area_->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(open->parentWidget()));
     return open;
@@ -458,6 +503,8 @@ RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
     logic = std::make_unique<CTaskListView>(Workbook(), ui_, *doc_);
   } else if (&kind == &kCustomerListWindow) {
     logic = std::make_unique<CCustomerListView>(people, ui_, Defects());
+  } else if (&kind == &kGroupListWindow) {
+    logic = std::make_unique<CUserGroupListView>(*doc_->GetTable(kGroupTag), ui_, people);
   } else {
     logic = std::make_unique<CDefectListView>(*Defects(), ui_);
   }
@@ -579,6 +626,13 @@ RecordWindowWidget* CMainFrame::AddItem() {
     window->Open(CRecordWindow::kAddClose);
     return window;
   }
+  if (IsGroups(list)) {
+    if (!Permits(list->kind().rights.add)) return nullptr;
+    auto* window = new GroupRecordWindow(*doc_, ui_, marks_);
+    Place(window, kGroupTag, "UserGroupViewPos");
+    window->Open(CRecordWindow::kAddClose);
+    return window;
+  }
   if (!IsPeople(list)) return AddDefect();
   const bool customers = &list->kind() == &kCustomerListWindow;
   if (!Permits(list->kind().rights.add)) return nullptr;
@@ -618,6 +672,11 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
       window->Open(mode, std::move(written), 1);
       opened = window;
     }
+  } else if (IsGroups(list)) {
+    auto* window = new GroupRecordWindow(*doc_, ui_, marks_);
+    Place(window, kGroupTag, "UserGroupViewPos");
+    window->Open(mode, std::move(selected), 1);
+    opened = window;
   } else if (IsPeople(list)) {
     PersonRecordWindow* window = NewPersonWindow(&list->kind() == &kCustomerListWindow);
     window->Open(mode, std::move(selected), 1);
@@ -707,11 +766,11 @@ void CMainFrame::ProjectLoaded(CDBDoc& doc) {
     for (const ListWindowKind* window : DecodeWindowBlock(*preferences_.GetWindowBlock())) {
       ui_.SetStatusText(std::string(window->openingText));
       for (const auto& [shown, name] : kShownLists) {
-        if (shown == window) ShowList(*shown);
+        if (shown == window && doc.HasRight(shown->rights.view)) ShowList(*shown);
       }
     }
   }
-  ShowList(kDefectListWindow);
+  if (doc.HasRight(kDefectListWindow.rights.view)) ShowList(kDefectListWindow);
 }
 
 void CMainFrame::RememberLogin(const ui::LoginEntry& login) {

@@ -166,6 +166,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   QSystemTrayIcon* tray_ = nullptr;
   std::vector<std::pair<DefectCommand, QAction*>> commandActions_;
   std::vector<QAction*> projectActions_;  // enabled while a project is open
+  // The Window menu's lists, each offered to those who may view its items.
+  std::vector<std::pair<QAction*, const ListWindowKind*>> listActions_;
   QAction* transfer_ = nullptr;
   // The set-up and session commands, each with when it is enabled.
   std::vector<std::pair<QAction*, std::function<bool()>>> setupActions_;

@@ -8,6 +8,7 @@
 #include "defects/defect_fields.h"
 #include "defects/defect_table.h"
 #include "defects/task.h"
+#include "people/test_config.h"
 #include "people/user.h"
 #include "people/user_group.h"
 #include "session/db_doc.h"
@@ -461,6 +462,71 @@ std::vector<ColumnChoice> CTaskListView::GetColumnMenu() const {
 
 bool CTaskListView::Shows(const RecordItem& item) const {
   return ShownInWorkbook(static_cast<const CTask&>(item), doc_.currentUserId());
+}
+
+CUserGroupListView::CUserGroupListView(ItemTable& groups, ui::Ui& ui, const ItemTable& people)
+    : CRecordListView(groups, ui, "User Groups"), people_(people) {
+  SetDefaultColumns();
+}
+
+void CUserGroupListView::SetDefaultColumns() {
+  ClearColumns();
+  AddColumn("Name", 1, 80, 50, 120, ListColumn::kLeft);
+  AddColumn("Description", 2, 372, 50, 400, ListColumn::kLeft);
+  AddColumn("Users in Popups?", 3, 372, 50, 400, ListColumn::kLeft);
+  SetSortColumns(1, 2);
+}
+
+std::vector<ColumnChoice> CUserGroupListView::GetColumnMenu() const {
+  return {{1, "Name"}, {2, "Description"}, {3, "Users in Popups?"}};
+}
+
+bool CUserGroupListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
+                                     std::string& text) const {
+  const auto& group = static_cast<const CUserGroup&>(item);
+  switch (fieldId) {
+    case 1:
+      text = group.name.str();
+      return true;
+    case 2:
+      text = group.description.str();
+      return true;
+    case 3:
+      text.clear();
+      for (const std::uint32_t id : group.userIds()) {
+        if (const RecordItem* user = people_.ItemById(id)) {
+          text += (text.empty() ? "" : ", ") + user->GetName();
+        }
+      }
+      return true;
+    default:
+      return false;
+  }
+}
+
+CSystemListView::CSystemListView(ItemTable& configs, ui::Ui& ui)
+    : CRecordListView(configs, ui, "Test Configurations") {
+  SetDefaultColumns();
+}
+
+void CSystemListView::SetDefaultColumns() {
+  ClearColumns();
+  AddColumn("Name", 1, 292, 20, 800, ListColumn::kLeft);
+  AddColumn("Brand", 2, 80, 20, 200, ListColumn::kLeft);
+  AddColumn("Model", 3, 80, 20, 200, ListColumn::kRight);
+}
+
+std::vector<ColumnChoice> CSystemListView::GetColumnMenu() const {
+  return {{1, "Name"}, {2, "Brand"}, {3, "Model"}};
+}
+
+bool CSystemListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
+                                  std::string& text) const {
+  const auto& config = static_cast<const CTestConfig&>(item);
+  const std::string* fields[] = {&config.name.str(), &config.brand.str(), &config.model.str()};
+  if (fieldId < 1 || fieldId > std::size(fields)) return false;
+  text = *fields[fieldId - 1];
+  return true;
 }
 
 }  // namespace qm

@@ -254,4 +254,31 @@ class CTaskListView : public CRecordListView {
   const CDBDoc& doc_;
 };
 
+// The user group list: name, description and the members, by name.
+class CUserGroupListView : public CRecordListView {
+ public:
+  CUserGroupListView(ItemTable& groups, ui::Ui& ui, const ItemTable& people);
+  void SetDefaultColumns() override;
+  std::vector<ColumnChoice> GetColumnMenu() const override;
+  bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
+
+ protected:
+  void ApplySecondarySort(std::int16_t /*field*/) override {}
+
+ private:
+  const ItemTable& people_;
+};
+
+// The test configuration list: name, brand and model, by name.
+class CSystemListView : public CRecordListView {
+ public:
+  CSystemListView(ItemTable& configs, ui::Ui& ui);
+  void SetDefaultColumns() override;
+  std::vector<ColumnChoice> GetColumnMenu() const override;
+  bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
+
+ protected:
+  void ApplySecondarySort(std::int16_t /*field*/) override {}
+};
+
 }  // namespace qm
