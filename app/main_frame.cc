@@ -506,7 +506,9 @@ RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
   } else if (&kind == &kGroupListWindow) {
     logic = std::make_unique<CUserGroupListView>(*doc_->GetTable(kGroupTag), ui_, people);
   } else {
-    logic = std::make_unique<CDefectListView>(*Defects(), ui_);
+    auto defects = std::make_unique<CDefectListView>(*Defects(), ui_);
+    defects->SetOnlyAssignedTo(OnlyAssignedUser(*doc_));
+    logic = std::move(defects);
   }
   if (auto* names = dynamic_cast<CUserListView*>(logic.get())) {
     names->SetFirstNameFirst(ReadPersonalSettings(doc_->preferences()).firstNameFirst);

@@ -14,6 +14,7 @@
 #include "qt_ui.h"
 #include "record_list_window.h"
 #include "record_window_widget.h"
+#include "shell/group_window.h"
 #include "shell/people_window.h"
 #include "shell/session_commands.h"
 #include "value_setup_dialog.h"
@@ -102,6 +103,9 @@ void CMainFrame::LogInUser() {
     if (list == nullptr) continue;
     if (auto* people = dynamic_cast<CUserListView*>(&list->list())) {
       people->SetFirstNameFirst(firstNameFirst);
+    }
+    if (auto* defects = dynamic_cast<CDefectListView*>(&list->list())) {
+      defects->SetOnlyAssignedTo(OnlyAssignedUser(*doc_));
     }
     list->Refresh(true);
   }

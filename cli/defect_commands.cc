@@ -21,6 +21,7 @@
 #include "session/login.h"
 #include "session/value_item.h"
 #include "shell/defect_window.h"
+#include "shell/group_window.h"
 #include "store/store_error.h"
 
 namespace qm::cli {
@@ -31,6 +32,13 @@ namespace {
 constexpr std::uint16_t kListColumns[] = {1, 2, 4, 5, 6};
 
 CDefectTable& Defects(CDBDoc& doc) { return static_cast<CDefectTable&>(*doc.GetTable(kDefectTag)); }
+
+// Whether the user logged in sees the defect: not deleted, and assigned to the user when the
+// user's group shows its members only their own.
+bool Visible(const CDBDoc& doc, const CDefect& d) {
+  const std::uint32_t only = OnlyAssignedUser(doc);
+  return !d.deleted && (only == 0 || d.copies().assignedToId == only);
+}
 
 // A field by its number or its short label ("summary", "No.").
 std::uint16_t FieldArgument(const std::string& word) {
@@ -64,7 +72,7 @@ int List(CDBDoc& doc, Context& c) {
     j.Open('[');
     for (std::uint32_t p = 1; p <= table.count(); ++p) {
       const CDefect& d = *table.DefectAt(p);
-      if (d.deleted) continue;
+      if (!Visible(doc, d)) continue;
       j.Open('{');
       for (const DefectField& f : DefectFields()) {
         j.Key(std::to_string(f.number)).String(d.FieldText(f.number));
@@ -81,7 +89,7 @@ int List(CDBDoc& doc, Context& c) {
   out << "\n";
   for (std::uint32_t p = 1; p <= table.count(); ++p) {
     const CDefect& d = *table.DefectAt(p);
-    if (d.deleted) continue;
+    if (!Visible(doc, d)) continue;
     for (const std::uint16_t field : kListColumns) {
       out << (field == kListColumns[0] ? "" : "\t") << d.FieldText(field);
     }
@@ -100,7 +108,7 @@ CDefect* FindDefect(CDBDoc& doc, const std::string& word, std::ostream& err) {
   const CDefectTable& table = Defects(doc);
   for (std::uint32_t p = 1; p <= table.count(); ++p) {
     CDefect* d = table.DefectAt(p);
-    if (!d->deleted && d->number == number) return d;
+    if (Visible(doc, *d) && d->number == number) return d;
   }
   err << "There is no defect number " << number << ".\n";
   return nullptr;

@@ -9,5 +9,6 @@ inline constexpr Tag kDefectTag = MakeTag("dfct");
 inline constexpr Tag kUserTag = MakeTag("user");
 inline constexpr Tag kGroupTag = MakeTag("ugrp");
 inline constexpr Tag kTasksTag = MakeTag("task");
+inline constexpr Tag kConfigTag = MakeTag("scfg");
 
 }  // namespace qm

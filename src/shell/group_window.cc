@@ -43,6 +43,14 @@ std::optional<FieldRefusal> ValidateGroup(const ItemTable& groups, const CUserGr
   return std::nullopt;
 }
 
+std::uint32_t OnlyAssignedUser(const CDBDoc& doc) {
+  const auto* user = dynamic_cast<const CUser*>(doc.currentUser());
+  if (user == nullptr) return 0;
+  const CUserGroup* group =
+      user->GetGroup(static_cast<const CUserGroupTable&>(*doc.GetTable(kGroupTag)));
+  return group != nullptr && group->onlyAssigned != 0 ? user->GetId() : 0;
+}
+
 bool PlaceInGroup(CDBDoc& doc, CUser& user, std::uint32_t groupId) {
   ItemTable& groups = *doc.GetTable(kGroupTag);
   bool saved = true;

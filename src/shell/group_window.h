@@ -23,6 +23,10 @@ class CUser;
 // Why the group cannot be saved as entered, or nothing when it can.
 std::optional<FieldRefusal> ValidateGroup(const ItemTable& groups, const CUserGroup& group);
 
+// The user logged in when that user's group shows its members only the defects assigned to
+// them; 0 when the defect list shows every defect.
+std::uint32_t OnlyAssignedUser(const CDBDoc& doc);
+
 // Makes the user a member of `groupId` alone (0: of none): the user's record names the
 // group, and every group lists the user exactly when it is that one. The records that
 // change are saved; false when one could not be.

@@ -288,6 +288,12 @@ bool CDefectListView::GetCellText(const RecordItem& item, std::uint16_t fieldId,
   return true;
 }
 
+bool CDefectListView::Shows(const RecordItem& item) const {
+  return !item.deleted &&
+         (onlyAssignedTo_ == 0 ||
+          static_cast<const CDefect&>(item).copies().assignedToId == onlyAssignedTo_);
+}
+
 bool CDefectListView::Grayed(const RecordItem& item) const {
   const std::uint16_t status = static_cast<const CDefect&>(item).status();
   return status == 4 || status == 5;

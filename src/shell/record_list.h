@@ -189,9 +189,16 @@ class CDefectListView : public CRecordListView {
   bool GetCellText(const RecordItem& item, std::uint16_t fieldId, std::string& text) const override;
   // Closed defects: statuses 4 and 5.
   bool Grayed(const RecordItem& item) const override;
+  // The defects not deleted; with a user's id, only those assigned to that user, as the
+  // user's group may ask. 0 shows every defect.
+  bool Shows(const RecordItem& item) const override;
+  void SetOnlyAssignedTo(std::uint32_t userId) { onlyAssignedTo_ = userId; }
 
  protected:
   void ApplySecondarySort(std::int16_t field) override;
+
+ private:
+  std::uint32_t onlyAssignedTo_ = 0;
 };
 
 // The user list: the people of the user table who are not customers, by name, with their
