@@ -13,6 +13,7 @@
 #include <QOpenGLFunctions>
 #include <QPushButton>
 #include <QScreen>
+#include <QVBoxLayout>
 #include <QValidator>
 #include <vector>
 
@@ -34,16 +35,8 @@ class ByteLimit : public QValidator {
   std::size_t bytes_;
 };
 
-// One text field of the configuration and how it is bound.
-struct TextField {
-  const char* label;
-  QLineEdit* edit;
-  std::function<std::string(const CTestConfig&)> get;
-  std::function<void(CTestConfig&, const std::string&)> set;
-};
-
 template <std::size_t N>
-TextField Bind(const char* label, BoundedText<N> CTestConfig::*field) {
+ComputerConfigForm::TextField Bind(const char* label, BoundedText<N> CTestConfig::*field) {
   auto* edit = new QLineEdit;
   LimitBytes(edit, N);
   return {label, edit, [field](const CTestConfig& c) { return (c.*field).str(); },
@@ -93,12 +86,10 @@ void LimitBytes(QLineEdit* edit, std::size_t bytes) {
   edit->setValidator(new ByteLimit(bytes, edit));
 }
 
-bool EditComputerConfig(QWidget* parent, CTestConfig& config, bool editable) {
-  QDialog dialog(parent);
-  dialog.setWindowTitle("Computer Configuration");
-  dialog.setMinimumWidth(440);
-  auto* form = new QFormLayout(&dialog);
-  std::vector<TextField> fields = {
+ComputerConfigForm::ComputerConfigForm(QWidget* parent) : QWidget(parent) {
+  auto* form = new QFormLayout(this);
+  form->setContentsMargins(0, 0, 0, 0);
+  fields_ = {
       Bind("Model:", &CTestConfig::model),
       Bind("Brand:", &CTestConfig::brand),
       Bind("Operating System:", &CTestConfig::operatingSystem),
@@ -111,87 +102,111 @@ bool EditComputerConfig(QWidget* parent, CTestConfig& config, bool editable) {
       Bind("Hard Disk Type:", &CTestConfig::hardDiskType),
       Bind("Hard Disk Size:", &CTestConfig::hardDiskSize),
   };
-  for (const TextField& f : fields) {
+  for (const TextField& f : fields_) {
     f.edit->setAccessibleName(QString(f.label).chopped(1));
-    f.edit->setEnabled(editable);
     form->addRow(f.label, f.edit);
   }
   // The devices: a check box saying the machine has one, and what it is.
-  struct Device {
-    const char* label;
-    bool CTestConfig::*flag;
-    TextField text;
-    QCheckBox* box = nullptr;
-  };
-  std::vector<Device> devices = {
-      {"CD-ROM", &CTestConfig::hasCdRom, Bind("CD-ROM:", &CTestConfig::cdRom)},
-      {"Modem", &CTestConfig::hasModem, Bind("Modem:", &CTestConfig::modem)},
-      {"Printer", &CTestConfig::hasPrinter, Bind("Printer:", &CTestConfig::printer)},
-      {"Scanner", &CTestConfig::hasScanner, Bind("Scanner:", &CTestConfig::scanner)}};
-  for (Device& d : devices) {
+  devices_ = {{"CD-ROM", &CTestConfig::hasCdRom, Bind("CD-ROM:", &CTestConfig::cdRom)},
+              {"Modem", &CTestConfig::hasModem, Bind("Modem:", &CTestConfig::modem)},
+              {"Printer", &CTestConfig::hasPrinter, Bind("Printer:", &CTestConfig::printer)},
+              {"Scanner", &CTestConfig::hasScanner, Bind("Scanner:", &CTestConfig::scanner)}};
+  for (Device& d : devices_) {
     d.box = new QCheckBox(d.label);
     d.box->setAccessibleName(QString("Has ") + d.label);
-    d.box->setEnabled(editable);
     d.text.edit->setAccessibleName(d.label);
     auto* row = new QHBoxLayout;
     row->addWidget(d.box);
     row->addWidget(d.text.edit, 1);
     form->addRow(row);
   }
-  auto* monitors = new QCheckBox("Multiple Monitors");
-  monitors->setAccessibleName("Multiple Monitors");
-  monitors->setEnabled(editable);
-  form->addRow(monitors);
-  TextField other = Bind("Other Hardware:", &CTestConfig::otherHardware);
-  other.edit->setAccessibleName("Other Hardware");
-  other.edit->setEnabled(editable);
-  form->addRow(other.label, other.edit);
+  monitors_ = new QCheckBox("Multiple Monitors");
+  monitors_->setAccessibleName("Multiple Monitors");
+  form->addRow(monitors_);
+  other_ = Bind("Other Hardware:", &CTestConfig::otherHardware);
+  other_.edit->setAccessibleName("Other Hardware");
+  form->addRow(other_.label, other_.edit);
 
-  const auto show = [&](const CTestConfig& c) {
-    for (const TextField& f : fields) f.edit->setText(ToQt(f.get(c)));
-    for (const Device& d : devices) {
-      d.box->setChecked(c.*d.flag);
-      d.text.edit->setText(ToQt(d.text.get(c)));
-    }
-    monitors->setChecked(c.multipleMonitors);
-    other.edit->setText(ToQt(other.get(c)));
-  };
-  const auto keep = [&](CTestConfig& c) {
-    for (const TextField& f : fields) f.set(c, FromQt(f.edit->text()));
-    for (const Device& d : devices) {
-      c.*d.flag = d.box->isChecked();
-      d.text.set(c, FromQt(d.text.edit->text()));
-    }
-    c.multipleMonitors = monitors->isChecked();
-    other.set(c, FromQt(other.edit->text()));
-  };
-  show(config);
-  for (const Device& d : devices) {
-    d.text.edit->setEnabled(editable && d.box->isChecked());
-    QObject::connect(d.box, &QCheckBox::toggled, d.text.edit, &QWidget::setEnabled);
-  }
-
-  // Capture fills the fields from the machine over what they show now; OK keeps it.
-  auto* capture = new QPushButton("Ca&pture from This Computer");
-  capture->setAccessibleName("Capture from This Computer");
-  capture->setEnabled(editable);
-  capture->setAutoDefault(false);
-  QObject::connect(capture, &QPushButton::clicked, &dialog, [&] {
+  // Capture fills the fields from the machine over what they show now.
+  capture_ = new QPushButton("Ca&pture from This Computer");
+  capture_->setAccessibleName("Capture from This Computer");
+  capture_->setAutoDefault(false);
+  connect(capture_, &QPushButton::clicked, this, [this] {
     CTestConfig draft;
-    keep(draft);
+    Keep(draft);
     CaptureThisComputer(draft);
     CaptureDisplay(draft);
-    show(draft);
+    Show(draft);
+    if (onEdited) onEdited();
   });
-  form->addRow(capture);
+  form->addRow(capture_);
 
+  const auto edited = [this] {
+    if (onEdited && !showing_) onEdited();
+  };
+  for (const TextField& f : fields_) connect(f.edit, &QLineEdit::textEdited, this, edited);
+  connect(other_.edit, &QLineEdit::textEdited, this, edited);
+  for (const Device& d : devices_) {
+    connect(d.text.edit, &QLineEdit::textEdited, this, edited);
+    connect(d.box, &QCheckBox::toggled, this, [this, &d, edited] {
+      d.text.edit->setEnabled(editable_ && d.box->isChecked());
+      edited();
+    });
+  }
+  connect(monitors_, &QCheckBox::toggled, this, edited);
+}
+
+void ComputerConfigForm::Show(const CTestConfig& config) {
+  showing_ = true;
+  for (const TextField& f : fields_) f.edit->setText(ToQt(f.get(config)));
+  for (const Device& d : devices_) {
+    d.box->setChecked(config.*d.flag);
+    d.text.edit->setText(ToQt(d.text.get(config)));
+  }
+  monitors_->setChecked(config.multipleMonitors);
+  other_.edit->setText(ToQt(other_.get(config)));
+  showing_ = false;
+  SetEditable(editable_);
+}
+
+void ComputerConfigForm::Keep(CTestConfig& config) const {
+  for (const TextField& f : fields_) f.set(config, FromQt(f.edit->text()));
+  for (const Device& d : devices_) {
+    config.*d.flag = d.box->isChecked();
+    d.text.set(config, FromQt(d.text.edit->text()));
+  }
+  config.multipleMonitors = monitors_->isChecked();
+  other_.set(config, FromQt(other_.edit->text()));
+}
+
+void ComputerConfigForm::SetEditable(bool editable) {
+  editable_ = editable;
+  for (const TextField& f : fields_) f.edit->setEnabled(editable);
+  for (const Device& d : devices_) {
+    d.box->setEnabled(editable);
+    d.text.edit->setEnabled(editable && d.box->isChecked());
+  }
+  monitors_->setEnabled(editable);
+  other_.edit->setEnabled(editable);
+  capture_->setEnabled(editable);
+}
+
+bool EditComputerConfig(QWidget* parent, CTestConfig& config, bool editable) {
+  QDialog dialog(parent);
+  dialog.setWindowTitle("Computer Configuration");
+  dialog.setMinimumWidth(440);
+  auto* layout = new QVBoxLayout(&dialog);
+  auto* form = new ComputerConfigForm;
+  form->SetEditable(editable);
+  form->Show(config);
+  layout->addWidget(form);
   auto* buttons = new QDialogButtonBox(editable ? QDialogButtonBox::Ok | QDialogButtonBox::Cancel
                                                 : QDialogButtonBox::Ok);
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-  form->addRow(buttons);
+  layout->addWidget(buttons);
   if (dialog.exec() != QDialog::Accepted || !editable) return false;
-  keep(config);
+  form->Keep(config);
   return true;
 }
 

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <array>
 
+#include "config_record_window.h"
 #include "defect_record_window.h"
 #include "defects/defect_table.h"
 #include "defects/selection_commands.h"
@@ -30,6 +31,7 @@
 #include "person_record_window.h"
 #include "qt_ui.h"
 #include "record_list_window.h"
+#include "shell/config_window.h"
 #include "shell/people_window.h"
 #include "shell/window_fit.h"
 #include "store/store_error.h"
@@ -40,15 +42,14 @@ namespace {
 
 constexpr const ListWindowKind& kUserListWindow = kListWindowKinds[1];
 constexpr const ListWindowKind& kGroupListWindow = kListWindowKinds[2];
+constexpr const ListWindowKind& kConfigListWindow = kListWindowKinds[3];
 constexpr const ListWindowKind& kWorkbookWindow = kListWindowKinds[5];
 constexpr const ListWindowKind& kCustomerListWindow = kListWindowKinds[7];
 // The lists this program has, in the Window menu's order, with their menu items.
 constexpr std::pair<const ListWindowKind*, const char*> kShownLists[] = {
-    {&kDefectListWindow, "&Defect List"},
-    {&kUserListWindow, "&User List"},
-    {&kCustomerListWindow, "C&ustomer List"},
-    {&kGroupListWindow, "User &Groups"},
-    {&kWorkbookWindow, "&Workbook"}};
+    {&kDefectListWindow, "&Defect List"},         {&kUserListWindow, "&User List"},
+    {&kCustomerListWindow, "C&ustomer List"},     {&kGroupListWindow, "User &Groups"},
+    {&kConfigListWindow, "Test Con&figurations"}, {&kWorkbookWindow, "&Workbook"}};
 
 bool IsPeople(const RecordListWindow* list) {
   return list != nullptr &&
@@ -76,6 +77,10 @@ std::optional<std::uint32_t> ChooseHeirGroup(QWidget* parent,
                                                ToQt(std::string(kHeirText)), names, 0, false, &ok);
   if (!ok) return std::nullopt;
   return candidates[static_cast<std::size_t>(names.indexOf(chosen))]->GetId();
+}
+
+bool IsConfigs(const RecordListWindow* list) {
+  return list != nullptr && &list->kind() == &kConfigListWindow;
 }
 
 bool IsWorkbook(const RecordListWindow* list) {
@@ -149,26 +154,24 @@ void CMainFrame::MakeMenus() {
                                             [this] { OpenSelection(false); }),
                             &ItemRights::view);
   itemActions_.emplace_back(edit->addAction("D&uplicate Item", QKeySequence("Ctrl+D"), this,
-                                            [this] {
-                                              RecordListWindow* list = ActiveList();
-                                              if (list == nullptr || doc_ == nullptr) return;
-                                              if (IsPeople(list)) {
-                                                std::vector<CUser*> people;
-                                                for (RecordItem* item : list->SelectedItems())
-                                                  people.push_back(static_cast<CUser*>(item));
-                                                DuplicatePeople(*doc_, people, ui_);
-                                              } else {
-                                                DuplicateDefects(*doc_, *Defects(),
-                                                                 SelectedDefects(), ui_);
-                                              }
-                                              list->Refresh(false);
-                                            }),
+                                            [this] { DuplicateSelection(); }),
                             &ItemRights::duplicate);
   QAction* remove = edit->addAction("D&elete Item", QKeySequence("Alt+Del"), this, [this] {
     RecordListWindow* list = ActiveList();
     if (list == nullptr || doc_ == nullptr) return;
     if (IsPeople(list)) {
       DeleteSelectedPeople(*list);
+      return;
+    }
+    if (IsConfigs(list)) {
+      const std::vector<CTestConfig*> configs = SelectedAs<CTestConfig>(*list);
+      for (RecordWindowWidget* w : std::vector<RecordWindowWidget*>(records_)) {
+        if (std::find(configs.begin(), configs.end(), w->logic().currentItem()) != configs.end()) {
+          CloseRecordWindow(w);
+        }
+      }
+      DeleteConfigs(*doc_, configs, ui_);
+      RefreshLists(kConfigTag, false);
       return;
     }
     if (IsGroups(list)) {
@@ -291,7 +294,9 @@ void CMainFrame::UpdateCommands() {
   // The item commands act on the list in front, or on the defect list when none is.
   const ListWindowKind& kind = list != nullptr ? list->kind() : kDefectListWindow;
   for (const auto& [action, right] : itemActions_) {
-    action->setEnabled(open && doc_->HasRight(kind.rights.*right));
+    // Tasks have no copies.
+    const bool none = right == &ItemRights::duplicate && IsWorkbook(list);
+    action->setEnabled(open && !none && doc_->HasRight(kind.rights.*right));
   }
 }
 
@@ -427,10 +432,13 @@ void CMainFrame::NewProject() {
                                     true,
                                     false});
   if (!path) return;
-  // The project open here is put away first when it is the one named, so that only other
-  // copies count as having it open.
-  if (doc_ != nullptr && QFileInfo(ToQt(*path)) == QFileInfo(ToQt(doc_->path())) &&
-      !CloseProject()) {
+  // The project open here is not replaced from under its own windows: it is closed first,
+  // by the person, who then sees whether anyone else still has it open.
+  if (doc_ != nullptr && QFileInfo(ToQt(*path)) == QFileInfo(ToQt(doc_->path()))) {
+    ui_.Tell("The project " + *path +
+                 " is open here. Close it first (File > Close Project), then make the new "
+                 "project under its name.",
+             ui::Icon::kWarning);
     return;
   }
   if (!CDBDoc(ui_, kinds_, static_cast<ProjectHost&>(*this)).MayMakeProjectAt(*path) ||
@@ -503,6 +511,8 @@ RecordListWindow* CMainFrame::ShowList(const ListWindowKind& kind) {
     logic = std::make_unique<CTaskListView>(Workbook(), ui_, *doc_);
   } else if (&kind == &kCustomerListWindow) {
     logic = std::make_unique<CCustomerListView>(people, ui_, Defects());
+  } else if (&kind == &kConfigListWindow) {
+    logic = std::make_unique<CSystemListView>(*doc_->GetTable(kConfigTag), ui_);
   } else if (&kind == &kGroupListWindow) {
     logic = std::make_unique<CUserGroupListView>(*doc_->GetTable(kGroupTag), ui_, people);
   } else {
@@ -612,6 +622,21 @@ PersonRecordWindow* CMainFrame::NewPersonWindow(bool customers) {
   return window;
 }
 
+void CMainFrame::DuplicateSelection() {
+  RecordListWindow* list = ActiveList();
+  if (list == nullptr || doc_ == nullptr) return;
+  if (IsPeople(list)) {
+    DuplicatePeople(*doc_, SelectedAs<CUser>(*list), ui_);
+  } else if (IsGroups(list)) {
+    DuplicateGroups(*doc_, SelectedAs<CUserGroup>(*list), ui_);
+  } else if (IsConfigs(list)) {
+    DuplicateConfigs(*doc_, SelectedAs<CTestConfig>(*list), ui_);
+  } else if (!IsWorkbook(list)) {
+    DuplicateDefects(*doc_, *Defects(), SelectedDefects(), ui_);
+  }
+  list->Refresh(false);
+}
+
 bool CMainFrame::Permits(Right right) {
   if (doc_ == nullptr) return false;
   if (doc_->HasRight(right)) return true;
@@ -625,6 +650,13 @@ RecordWindowWidget* CMainFrame::AddItem() {
     if (!Permits(list->kind().rights.add)) return nullptr;
     auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
     Place(window, kTasksTag, "TaskViewPos");
+    window->Open(CRecordWindow::kAddClose);
+    return window;
+  }
+  if (IsConfigs(list)) {
+    if (!Permits(list->kind().rights.add)) return nullptr;
+    auto* window = new ConfigRecordWindow(*doc_, ui_, marks_);
+    Place(window, kConfigTag, "ConfigViewPos");
     window->Open(CRecordWindow::kAddClose);
     return window;
   }
@@ -674,6 +706,11 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
       window->Open(mode, std::move(written), 1);
       opened = window;
     }
+  } else if (IsConfigs(list)) {
+    auto* window = new ConfigRecordWindow(*doc_, ui_, marks_);
+    Place(window, kConfigTag, "ConfigViewPos");
+    window->Open(mode, std::move(selected), 1);
+    opened = window;
   } else if (IsGroups(list)) {
     auto* window = new GroupRecordWindow(*doc_, ui_, marks_);
     Place(window, kGroupTag, "UserGroupViewPos");

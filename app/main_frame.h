@@ -150,6 +150,8 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   CTaskTable& Workbook() const;
   CDefectWindow::RunEventDialog DialogRunner();
   void ClearAlert();
+  // "Duplicate Item" on the list in front.
+  void DuplicateSelection();
   // Whether the user's group allows `right`; when it does not, the person is told so.
   bool Permits(Right right);
 

@@ -12,6 +12,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "config_dialog.h"
 #include "qt_ui.h"
 #include "session/db_doc.h"
 #include "value_combo.h"
@@ -76,8 +77,15 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   });
   layout->addLayout(MakeButtonRow());
 
-  for (QLineEdit* edit : {first_, last_, login_, password_, company_, email_, phone1_, phone2_}) {
-    if (edit != nullptr) connect(edit, &QLineEdit::textEdited, this, [this] { Edited(); });
+  // Typing stops at what the record keeps, so that a name or a password is never cut short
+  // without the person seeing it.
+  const std::pair<QLineEdit*, std::size_t> limits[] = {
+      {first_, 32},   {last_, 32},  {login_, 32},  {password_, 32},
+      {company_, 63}, {email_, 63}, {phone1_, 35}, {phone2_, 35}};
+  for (const auto& [edit, bytes] : limits) {
+    if (edit == nullptr) continue;
+    LimitBytes(edit, bytes);
+    connect(edit, &QLineEdit::textEdited, this, [this] { Edited(); });
   }
   for (QPlainTextEdit* edit : {address_, notes_}) {
     if (edit != nullptr) connect(edit, &QPlainTextEdit::textChanged, this, [this] { Edited(); });

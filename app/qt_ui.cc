@@ -75,6 +75,7 @@ ui::Answer QtUi::Ask(const ui::Message& message) {
       break;
     case ui::Buttons::kYesNo:
       box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+      box.setDefaultButton(message.noByDefault ? QMessageBox::No : QMessageBox::Yes);
       break;
     case ui::Buttons::kRetryCancel:
       box.setStandardButtons(QMessageBox::Retry | QMessageBox::Cancel);

@@ -1,6 +1,7 @@
 // quillmark-cli defects and defect: the defect list and the commands run on a selection of
 // it, one defect's forms and events, and new defects.
 #include <algorithm>
+#include <charconv>
 #include <map>
 #include <memory>
 #include <optional>
@@ -100,9 +101,9 @@ int List(CDBDoc& doc, Context& c) {
 
 CDefect* FindDefect(CDBDoc& doc, const std::string& word, std::ostream& err) {
   std::uint32_t number = 0;
-  try {
-    number = static_cast<std::uint32_t>(std::stoul(word));
-  } catch (const std::exception&) {
+  const char* end = word.data() + word.size();
+  if (const auto [ptr, ec] = std::from_chars(word.data(), end, number);
+      word.empty() || ec != std::errc() || ptr != end) {
     throw UsageError{"A defect is named by its number, not \"" + word + "\"."};
   }
   const CDefectTable& table = Defects(doc);

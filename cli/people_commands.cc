@@ -53,19 +53,30 @@ std::uint32_t GroupArgument(CDBDoc& doc, const std::string& name) {
   throw UsageError{"There is no user group \"" + name + "\"."};
 }
 
+// An option's text, refused when its field would cut it: a password cut short would lock
+// the person out.
+std::string Fitting(const Args& args, const char* option, std::size_t capacity) {
+  std::string text = args.Value(option).value_or("");
+  if (text.size() > capacity) {
+    throw UsageError{"--" + std::string(option) + " takes at most " + std::to_string(capacity) +
+                     " bytes; nothing was added."};
+  }
+  return text;
+}
+
 int Add(CDBDoc& doc, Context& c) {
   const Args& args = c.args;
   EditMarks marks;
   CPersonWindow window(doc, *doc.GetTable(kUserTag), c.ui, marks, args.Flag("customer"));
   window.Open(CRecordWindow::kAddClose);
   CUser& person = window.person();
-  person.SetFirstName(args.Value("first").value_or(""));
-  person.SetLastName(args.Value("last").value_or(""));
-  person.SetLogin(args.Value("login").value_or(""));
-  person.SetPassword(args.Value("user-password").value_or(""));
+  person.SetFirstName(Fitting(args, "first", 32));
+  person.SetLastName(Fitting(args, "last", 32));
+  person.SetLogin(Fitting(args, "login", 32));
+  person.SetPassword(Fitting(args, "user-password", 32));
   if (const auto group = args.Value("group")) person.SetGroupId(GroupArgument(doc, *group));
-  person.SetCompany(args.Value("company").value_or(""));
-  person.SetEmail(args.Value("email").value_or(""));
+  person.SetCompany(Fitting(args, "company", 63));
+  person.SetEmail(Fitting(args, "email", 63));
   // A refusal has been told through the Ui, in the window's words.
   if (!window.OnAcceptButton()) return 1;
   c.out << person.GetName() << "\n";

@@ -10,6 +10,7 @@
 #include "session/db_doc.h"
 #include "session/record_notice.h"
 #include "store/bytes.h"
+#include "store/store_error.h"
 
 namespace qm {
 
@@ -224,8 +225,31 @@ std::optional<DefectCommand> SelectionAction::Run(DefectCommand command) {
   const std::optional<EventDialogResult> result = runDialog_(*event);
   if (!result || !AcceptsResult(event->kind(), *result)) return std::nullopt;
   const std::uint32_t now = clock_.Now();
+  const CommandRow& row = Row(command);
   for (CDefect* defect : defects) {
-    if (!Apply(*defect, *event, now) || preview_) continue;
+    // A defect is changed under its record lock, from its record as it stands now: another
+    // user may have saved it since this list last read it.
+    const bool locks = !preview_ && doc_.multiUser() && doc_.store() != nullptr;
+    if (locks && doc_.store()->LockRecord(kDefectTag, defect->GetId(), doc_.currentUserId()) !=
+                     DBStatus::kOk) {
+      ui_.Tell(std::string(row.lockedText), ui::Icon::kWarning);
+      continue;
+    }
+    bool applied = false;
+    try {
+      if (!preview_) table_.ReloadItem(*defect);
+      if (!In(row.filterOut, defect->status())) {
+        applied = Apply(*defect, *event, now);
+      } else {
+        ui_.Tell(std::string(row.filterText), ui::Icon::kWarning);
+      }
+    } catch (const StoreError& e) {
+      ui_.Tell(
+          "Cannot complete command. Database error " + std::to_string(static_cast<int>(e.status)),
+          ui::Icon::kError);
+    }
+    if (locks) (void)doc_.store()->UnlockRecord(kDefectTag, defect->GetId());
+    if (!applied || preview_) continue;
     // The notification of a changed defect goes here, with the change text as %CHNG%.
   }
   // Then the mail layer is told to send or queue what the notifications made.

@@ -434,7 +434,7 @@ bool CDBDoc::MayMakeProjectAt(const std::string& path) {
       "The project file " + path +
       " already exists. Replacing it deletes that project for good, with all its defects, "
       "users and settings.\nDo you want to replace it with a new, empty project?";
-  return ui_.Ask({warning, {}, ui::Icon::kWarning, ui::Buttons::kYesNo}) == ui::Answer::kYes;
+  return ui_.Ask({warning, {}, ui::Icon::kWarning, ui::Buttons::kYesNo, true}) == ui::Answer::kYes;
 }
 
 int CDBDoc::NewProject(const std::string& path, bool multiUser) {

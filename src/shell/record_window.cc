@@ -93,6 +93,9 @@ void CRecordWindow::LoadCurrent() {
   if (mode_ == kEdit) {
     if (TakeLock()) {
       LockTaken();
+      // What the list holds may be older than the record: another user may have saved it
+      // since the last check. The edit starts from the record as the lock found it.
+      Reload();
     } else {
       lockFailed_ = true;
       lockedBy_.visible = true;
@@ -113,6 +116,15 @@ bool CRecordWindow::TakeLock() {
     return false;
   }
   return true;
+}
+
+void CRecordWindow::Reload() {
+  if (!UsesStoreLocks()) return;
+  try {
+    table_.ReloadItem(*item_);
+  } catch (const StoreError& e) {
+    ui::DebugOutput(WithStatus("record window: reload failed with %d", e.status));
+  }
 }
 
 void CRecordWindow::LockTaken() {
@@ -145,11 +157,7 @@ void CRecordWindow::OnIdle() {
   LockTaken();
   EnableFields(editable());
   // Show what the other party saved while it held the lock.
-  try {
-    table_.ReloadItem(*item_);
-  } catch (const StoreError& e) {
-    ui::DebugOutput(WithStatus("record window: reload failed with %d", e.status));
-  }
+  Reload();
   LoadFields(*item_);
 }
 

@@ -168,6 +168,8 @@ class CRecordWindow {
   // elsewhere.
   bool TakeLock();
   void LockTaken();
+  // Reads the item again from its record, under the lock just taken.
+  void Reload();
   void ReleaseLock();
   bool Step(std::int32_t delta);
   // Writes the fields to the current item; false after the failure was shown.

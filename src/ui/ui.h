@@ -22,6 +22,8 @@ struct Message {
   std::string caption;  // empty: the program's name
   Icon icon = Icon::kNone;
   Buttons buttons = Buttons::kOk;
+  // No is the default of a Yes/No question that destroys something; Yes otherwise.
+  bool noByDefault = false;
 };
 
 // A file dialog: what it is for and which names it offers.

@@ -126,6 +126,12 @@ TEST(SingleInstance, ALaterStartsFileIsOpenedByTheFirstCopyOrRefusedWithItsReaso
   EXPECT_EQ(code, 0);
   EXPECT_TRUE(Within(10, [&] { return open(second) && !open(first); }))
       << "the first copy has the second project open instead";
+  // Killed only once it has noted the second project as the last one, after its login.
+  EXPECT_TRUE(Within(10, [&] {
+    std::stringstream text;
+    text << std::ifstream(dir.File("Corvane Software/Quillmark.conf")).rdbuf();
+    return text.str().find("Second.qmk") != std::string::npos;
+  }));
   kill(running, SIGTERM);
   EXPECT_TRUE(EndsWithin(running, 10, code));
 
