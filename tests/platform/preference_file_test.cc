@@ -30,38 +30,24 @@ TEST(PreferenceFile, ReadsHandWrittenText) {
   test::TempDir dir;
   const std::string path = dir.File("p.conf");
   WriteText(path,
-            "\xEF\xBB\xBF"
-            "# comment=string:no\n"
-            "\n"
-            "Path=string:/home/ann/Proj\\\\ects\\nTwo\\r\\x09\\xE9\\xfF=x\n"
-            "Flag=binary:0100A0ff\n"
-            "Crlf=string:windows\r\n"
-            "Empty=string:\n"
-            "NoBytes=binary:\n"
-            "NoEquals string:x\n"
-            "Number=number:1\n"
-            "BadEscape=string:a\\tb\n"
-            "Trailing=string:a\\\n"
-            "ShortHex=string:\\x4\n"
-            "OddHex=binary:010\n"
-            "NotHex=binary:0g\n"
-            "Caf\xC3\xA9=string:non-ASCII name\n"
-            "=string:no name\n"
-            "Lower=String:kind is case-sensitive\n"
-            "Flag=binary:02000000\n"
-            "Last=string:no LF at the end");
+            "\xEF\xBB\xBF# comment=string:no\n\nFlag=binary:0100A0ff\nCrlf=string:windows\r\n"
+            "Path=string:/home/ann/Proj\\\\ects\\nTwo\\r\\x09\\xE9\\xfF=x\nEmpty=string:\n"
+            "NoBytes=binary:\nNoEquals string:x\nNumber=number:1\nBadEscape=string:a\\tb\n"
+            "Trailing=string:a\\\nShortHex=string:\\x4\nOddHex=binary:010\nNotHex=binary:0g\n"
+            "Caf\xC3\xA9=string:non-ASCII name\n=string:no name\nFlag=binary:02000000\n"
+            "Lower=String:kind is case-sensitive\nLast=string:no LF at the end");
   PreferenceFile file(path);
   ASSERT_EQ(file.Load(), PreferenceFile::LoadResult::kRead);
+  // The later line of a name wins.
   const std::vector<PreferenceValue> expected = {
-      {"Path", Kind::kString, "/home/ann/Proj\\ects\nTwo\r\t\xE9\xFF=x"},
-      {"Flag", Kind::kBinary, std::string("\x02\x00\x00\x00", 4)},  // the later line wins
+      {"Flag", Kind::kBinary, std::string("\x02\x00\x00\x00", 4)},
       {"Crlf", Kind::kString, "windows"},
+      {"Path", Kind::kString, "/home/ann/Proj\\ects\nTwo\r\t\xE9\xFF=x"},
       {"Empty", Kind::kString, ""},
       {"NoBytes", Kind::kBinary, ""},
-      {"Last", Kind::kString, "no LF at the end"},
-  };
+      {"Last", Kind::kString, "no LF at the end"}};
   EXPECT_EQ(file.values(), expected);
-  EXPECT_EQ(file.GetString("Path"), expected[0].bytes);
+  EXPECT_EQ(file.GetString("Path"), expected[2].bytes);
   EXPECT_EQ(file.GetString("Flag"), std::nullopt) << "a binary value is not a string";
   EXPECT_EQ(file.GetBinary("Flag"), (std::vector<std::uint8_t>{2, 0, 0, 0}));
   EXPECT_EQ(file.GetBinary("Path"), std::nullopt);
@@ -82,13 +68,13 @@ TEST(PreferenceFile, WritesTheLineFormat) {
   file.SetString("Empty", "");
   file.SetBinary("Text", bytes);  // in place, the other kind
   ASSERT_TRUE(file.Save());
-  EXPECT_EQ(ReadText(path), std::string(kHeader) +
-                                "Text=binary:0100abff\n"
-                                "Escaped=string:C:\\\\Proj\\r\\nTab\\x09Del\\x7f|\\x01\n"
-                                "Utf8=string:caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x90\x9B\n"
-                                "NotUtf8=string:\\xe9|\\xc0\\xaf|\\xed\\xa0\\x80|\\xe2\\x82\n"
-                                "Bytes=binary:0100abff\n"
-                                "Empty=string:\n");
+  EXPECT_EQ(
+      ReadText(path),
+      std::string(kHeader) +
+          "Text=binary:0100abff\nEscaped=string:C:\\\\Proj\\r\\nTab\\x09Del\\x7f|\\x01\n"
+          "Utf8=string:caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x90\x9B\n"
+          "NotUtf8=string:\\xe9|\\xc0\\xaf|\\xed\\xa0\\x80|\\xe2\\x82\nBytes=binary:0100abff\n"
+          "Empty=string:\n");
 
   struct stat st;
   ASSERT_EQ(stat(path.c_str(), &st), 0);

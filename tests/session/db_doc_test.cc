@@ -34,6 +34,12 @@ class RecordingHost : public ProjectHost {
   std::vector<std::string> calls;
 };
 
+std::vector<std::string> Names(const ItemTable& table) {
+  std::vector<std::string> names;
+  for (std::uint32_t p = 1; p <= table.count(); ++p) names.push_back(table.ItemAt(p)->GetName());
+  return names;
+}
+
 std::vector<std::uint8_t> Misc(CProjectStore& store, std::uint32_t id) {
   std::vector<std::uint8_t> bytes;
   EXPECT_EQ(store.ReadRecord(kMiscTag, id, bytes), DBStatus::kOk) << "misc " << id;
@@ -54,6 +60,13 @@ TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) 
   ASSERT_EQ(doc.NewProject(path, true), 1);
   CProjectStore& store = *doc.store();
 
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("type"))),
+            (std::vector<std::string>{"Crash - Data Loss", "Crash - No Data Loss",
+                                      "Incorrect Functionality", "Cosmetic", "Feature Request"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("stat"))),
+            (std::vector<std::string>{"Open", "Fixed", "Verify Failed", "Verify Passed", "Closed",
+                                      "Re-opened"}));
+  EXPECT_EQ(Names(*doc.GetTable(MakeTag("prod"))), std::vector<std::string>{"Atlas"});
   // Each name's record holds its place from 1.
   std::vector<std::uint8_t> second;
   ASSERT_EQ(store.ReadRecord(MakeTag("sevr"), 2, second), DBStatus::kOk);
@@ -75,7 +88,6 @@ TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) 
   security.u16(256).u16(1).u8(0);
   EXPECT_EQ(Misc(store, 1), security.b);
   EXPECT_EQ(ProjectInfo::Decode(Misc(store, 2), 0).projectName, "Atlas");
-  EXPECT_EQ(doc.GetTable(MakeTag("prod"))->ItemAt(1)->GetName(), "Atlas");
   for (std::uint32_t id : {5u, 6u, 7u}) EXPECT_EQ(Misc(store, id), Bytes().u32(0).b);
   EXPECT_EQ(Misc(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
   std::uint32_t size = 0;
