@@ -103,8 +103,8 @@ TEST(PreferenceFile, WritesTheLineFormat) {
 }
 
 // A missing file and one that cannot be read are told apart, and both leave no values,
-// even those of an earlier Load. Save makes missing folders, and when it cannot write it
-// says so and leaves what was there as it was, with no temporary file beside it.
+// even those of an earlier Load. A save that cannot replace the file says so and leaves
+// what was there as it was, with no temporary file beside it.
 TEST(PreferenceFile, MissingUnreadableAndUnwritableFiles) {
   test::TempDir dir;
   const std::string path = dir.File("p.conf");
@@ -121,17 +121,6 @@ TEST(PreferenceFile, MissingUnreadableAndUnwritableFiles) {
   std::filesystem::create_directory(path);
   EXPECT_EQ(file.Load(), PreferenceFile::LoadResult::kUnreadable);
   EXPECT_TRUE(file.values().empty());
-
-  PreferenceFile deep(dir.File("a/b c/p.conf"));
-  deep.SetString("A", "a");
-  ASSERT_TRUE(deep.Save());
-  EXPECT_EQ(ReadText(dir.File("a/b c/p.conf")), std::string(kHeader) + "A=string:a\n");
-
-  WriteText(dir.File("plain"), "a file, not a folder");
-  PreferenceFile blocked(dir.File("plain/p.conf"));
-  blocked.SetString("A", "a");
-  EXPECT_FALSE(blocked.Save());
-  EXPECT_EQ(ReadText(dir.File("plain")), "a file, not a folder");
 
   std::filesystem::create_directories(dir.File("taken/p.conf/inside"));
   PreferenceFile taken(dir.File("taken/p.conf"));
