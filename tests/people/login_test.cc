@@ -50,8 +50,57 @@ class Login : public ::testing::Test {
   CUser* tess = nullptr;
 };
 
-// A user that another process has logged in is refused for that reason, and the dialog
-// offers another name.
+using Strings = std::vector<std::string>;
+const std::string kLastNotValid =
+    "The user name or password you last used for this project file is not valid.";
+const std::string kNotValid =
+    "Either the user name or password you entered is not valid. Please try again.";
+const std::string kElsewhere =
+    "That user is already logged in somewhere, please login under a different user name.";
+
+// A given login that names nobody is told of and the dialog asked, until a user is found: a
+// deleted user is none, names and passwords compare without regard to case. The rights are
+// nothing before a login, then what the group allows; 0 always.
+TEST_F(Login, TheDialogAsksUntilAUserIsFoundWhoGetsTheRightsOfTheGroup) {
+  AddUser("gone", "x", 1)->deleted = true;
+  LoginSession session(ui, store, users, groups, path);
+  EXPECT_FALSE(session.HasRight(3)) << "nobody logged in yet";
+  EXPECT_TRUE(session.HasRight(0));
+  ui.ScriptLogin(ui::LoginEntry{"gone", "x"});
+  ui.ScriptLogin(ui::LoginEntry{"tess", "nope"});
+  ui.ScriptLogin(ui::LoginEntry{"TESS", "secret"});
+  EXPECT_EQ(session.LogIn(ui::LoginEntry{"nobody", "pw"}), 0);
+  EXPECT_EQ(ui.Texts(), (Strings{kLastNotValid, kNotValid, kNotValid}));
+  EXPECT_EQ(ui.loginTexts.front(),
+            "Please enter your user name and password for the file: " + path);
+  EXPECT_EQ(session.currentUser(), tess);
+  EXPECT_EQ(session.access().user(), tess);
+  EXPECT_FALSE(session.HasRight(4)) << "the group denies it";
+  EXPECT_TRUE(session.HasRight(67));
+  EXPECT_FALSE(session.HasRight(68));
+  bool in = false;
+  ASSERT_EQ(store.IsUserLoggedIn(tess->GetId(), in), DBStatus::kOk);
+  EXPECT_TRUE(in);
+  EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 1) << "the same user again";
+
+  // A given login with a wrong password ends without the dialog, as does a cancel.
+  ui.shown.clear();
+  LoginSession second(ui, store, users, groups, path);
+  EXPECT_EQ(second.LogIn(ui::LoginEntry{"tess", "wrong"}), -1);
+  EXPECT_EQ(ui.Texts(), Strings{kLastNotValid});
+  EXPECT_EQ(ui.loginTexts.size(), 3u) << "no dialog";
+  ui.ScriptLogin(std::nullopt);
+  EXPECT_EQ(second.LogIn(std::nullopt), -1);
+
+  // Where logins are not asked for, every right is there; a user without a group keeps all.
+  EXPECT_TRUE(CAccess(false).IsAllowed(4));
+  CAccess alone(true);
+  alone.LogIn(*AddUser("loner", "", 99), nullptr);
+  EXPECT_TRUE(alone.IsAllowed(4));
+}
+
+// A user that another process has logged in is refused for that reason, given or typed,
+// and the dialog offers another name. A crashed client's slot is cleared by the refresh.
 TEST_F(Login, AUserLoggedInElsewhereIsRefusedForWhatItIs) {
   CUser* admin = AddUser("admin", "", 1);
   RecordItem* found = nullptr;
@@ -66,59 +115,14 @@ TEST_F(Login, AUserLoggedInElsewhereIsRefusedForWhatItIs) {
     return 0;
   });
   ASSERT_EQ(other.Receive(), "in");
-  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kLoggedInElsewhere);
   LoginSession session(ui, store, users, groups, path);
+  ui.ScriptLogin(ui::LoginEntry{"tess", "Secret"});
   ui.ScriptLogin(ui::LoginEntry{"admin", ""});
   EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 0);
-  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"That user is already logged in somewhere, "
-                                                 "please login under a different user name."});
+  EXPECT_EQ(ui.Texts(), (Strings{kElsewhere, kElsewhere}));
   EXPECT_EQ(session.currentUser(), admin);
   other.Kill();
-  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kFound)
-      << "the slot of a crashed client is cleared by the refresh";
-}
-
-TEST_F(Login, TheDialogAsksUntilAUserIsFound) {
-  LoginSession session(ui, store, users, groups, path);
-  ui.ScriptLogin(ui::LoginEntry{"tess", "nope"});
-  ui.ScriptLogin(ui::LoginEntry{"tess", "secret"});
-  EXPECT_EQ(session.LogIn(ui::LoginEntry{"nobody", "pw"}), 0);
-  EXPECT_EQ(ui.Texts().size(), 2u) << "the remembered login, then the first from the dialog";
-  EXPECT_EQ(ui.loginTexts.front(),
-            "Please enter your user name and password for the file: " + path);
-  EXPECT_EQ(session.currentUser(), tess);
-  EXPECT_FALSE(session.HasRight(4)) << "the group denies it";
-  EXPECT_TRUE(session.HasRight(3));
-  bool in = false;
-  ASSERT_EQ(store.IsUserLoggedIn(tess->GetId(), in), DBStatus::kOk);
-  EXPECT_TRUE(in);
-  EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 1) << "the same user again";
-
-  LoginSession second(ui, store, users, groups, path);
-  ui.ScriptLogin(std::nullopt);
-  EXPECT_EQ(second.LogIn(std::nullopt), -1) << "cancelled";
-}
-
-// The one test of a right: nothing before a login where logins are asked for, everything
-// where they are not, and after a login what the group allows; 0 always.
-TEST_F(Login, AccessFollowsTheGroupOfTheUserLoggedIn) {
-  const CAccess none(false);
-  EXPECT_TRUE(none.IsAllowed(4));
-  EXPECT_TRUE(none.IsAllowed(67));
-
-  LoginSession session(ui, store, users, groups, path);
-  EXPECT_FALSE(session.access().IsAllowed(3)) << "nobody logged in yet";
-  EXPECT_TRUE(session.access().IsAllowed(0));
-  ASSERT_EQ(session.LogIn(ui::LoginEntry{"tess", "secret"}), 0);
-  EXPECT_FALSE(session.access().IsAllowed(4)) << "the group denies it";
-  EXPECT_TRUE(session.access().IsAllowed(67));
-  EXPECT_FALSE(session.access().IsAllowed(68));
-  EXPECT_EQ(session.access().user(), tess);
-
-  CUser* loner = AddUser("loner", "", 99);
-  CAccess alone(true);
-  alone.LogIn(*loner, nullptr);
-  EXPECT_TRUE(alone.IsAllowed(4)) << "a user without a group keeps every right";
+  EXPECT_EQ(CheckLogin(users, &store, "tess", "Secret", &found), LoginCheck::kFound);
 }
 
 TEST(PasswordChange, OldThenNewTwice) {

@@ -3,10 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-#include <csignal>
-
+#include "support/child_process.h"
 #include "support/temp_dir.h"
 
 namespace qm::platform {
@@ -36,11 +33,12 @@ TEST(File, PositionedReadsAndWrites) {
 }
 
 // Two handles in one process conflict, a handle does not see its own lock as another's,
-// and closing a handle gives its locks up.
-TEST(File, LocksConflictBetweenHandles) {
+// and closing a handle gives its locks up. A lock of another process dies with it.
+TEST(File, LocksConflictBetweenHandlesAndDieWithTheirProcess) {
   test::TempDir dir;
-  auto a = FileSystem::Real().Open(dir.File("l"), OpenMode::kCreateReadWrite);
-  auto b = FileSystem::Real().Open(dir.File("l"), OpenMode::kReadWrite);
+  const std::string path = dir.File("l");
+  auto a = FileSystem::Real().Open(path, OpenMode::kCreateReadWrite);
+  auto b = FileSystem::Real().Open(path, OpenMode::kReadWrite);
   ASSERT_TRUE(a->TryLockByte(256));
   EXPECT_TRUE(a->TryLockByte(256)) << "a handle may take its own lock again";
   EXPECT_FALSE(b->TryLockByte(256));
@@ -53,35 +51,19 @@ TEST(File, LocksConflictBetweenHandles) {
   ASSERT_TRUE(b->TryLockByte(256));
   b.reset();
   EXPECT_TRUE(a->TryLockByte(256));
-}
 
-// A lock dies with its process, however the process ends.
-TEST(File, ALockDiesWithItsProcess) {
-  test::TempDir dir;
-  const std::string path = dir.File("p");
-  auto mine = FileSystem::Real().Open(path, OpenMode::kCreateReadWrite);
-  int ready[2];
-  ASSERT_EQ(pipe(ready), 0);
-  pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
+  test::Child other([&path](test::Child::Channel& c) {
     auto f = FileSystem::Real().Open(path, OpenMode::kReadWrite);
-    char ok = f->TryLockByte(300) ? 'y' : 'n';
-    (void)!write(ready[1], &ok, 1);
-    for (;;) pause();
-  }
-  char ok = 0;
-  ASSERT_EQ(read(ready[0], &ok, 1), 1);
-  EXPECT_EQ(ok, 'y');
-  EXPECT_TRUE(mine->IsRangeLockedByOther(300, 1));
-  EXPECT_FALSE(mine->TryLockByte(300));
-  kill(child, SIGKILL);
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_FALSE(mine->IsRangeLockedByOther(300, 1));
-  EXPECT_TRUE(mine->TryLockByte(300));
-  close(ready[0]);
-  close(ready[1]);
+    c.Send(f->TryLockByte(300) ? "y" : "n");
+    c.Receive();
+    return 0;
+  });
+  ASSERT_EQ(other.Receive(), "y");
+  EXPECT_TRUE(a->IsRangeLockedByOther(300, 1));
+  EXPECT_FALSE(a->TryLockByte(300));
+  other.Kill();
+  EXPECT_FALSE(a->IsRangeLockedByOther(300, 1));
+  EXPECT_TRUE(a->TryLockByte(300));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <set>
 
 #include "store/file_bytes.h"
@@ -31,29 +30,28 @@ TEST(Counters, ProcessesNeverGetTheSameNumber) {
             std::vector<std::uint8_t>({0, 0, 0, 99}));
   std::vector<std::unique_ptr<Child>> children;
   for (std::uint32_t user = 1; user <= 3; ++user) {
-    const std::string out = dir.File("numbers" + std::to_string(user));
-    children.push_back(std::make_unique<Child>([=](Child::Channel&) {
+    children.push_back(std::make_unique<Child>([=](Child::Channel& c) {
       ScriptedUi childUi;
       CProjectStore store(childUi);
       if (store.Open(path) != DBStatus::kOk || store.LoginUser(user) != DBStatus::kOk) return 1;
       StoreCounters counters(store, user);
-      std::ofstream numbers(out);
       for (int i = 0; i < 100; ++i) {
         std::uint32_t value = 0;
         // A record locked by another user at that moment refuses; the window would retry.
         if (counters.NextCounter(kMiscTag, kDefectCounterRecord, value) == DBStatus::kOk) {
-          numbers << value << "\n";
+          c.Send(std::to_string(value));
         }
       }
       return 0;
     }));
   }
-  for (auto& child : children) ASSERT_EQ(child->Wait(), 0);
   std::set<std::uint32_t> given;
   std::size_t count = 0;
-  for (std::uint32_t user = 1; user <= 3; ++user) {
-    std::ifstream numbers(dir.File("numbers" + std::to_string(user)));
-    for (std::uint32_t value = 0; numbers >> value; ++count) given.insert(value);
+  for (auto& child : children) {
+    for (std::string n = child->Receive(); !n.empty(); n = child->Receive(), ++count) {
+      given.insert(static_cast<std::uint32_t>(std::stoul(n)));
+    }
+    ASSERT_EQ(child->Wait(), 0);
   }
   EXPECT_EQ(given.size(), count) << "a number was given twice";
   ASSERT_FALSE(given.empty());

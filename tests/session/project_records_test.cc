@@ -18,9 +18,7 @@ TEST(ProjectRecords, SecurityRecordLayout) {
   Bytes expected;
   expected.u16(256).u16(1).u8(11).text("Open Sesame");
   EXPECT_EQ(s.Encode(), expected.b);
-  const ProjectSecurity back = ProjectSecurity::Decode(expected.b);
-  EXPECT_EQ(back.securityMode, 1);
-  EXPECT_EQ(back.projectPassword, "Open Sesame");
+  EXPECT_EQ(ProjectSecurity::Decode(expected.b).Encode(), expected.b);
   Bytes wrong;
   wrong.u16(257).u16(0).u8(0);
   EXPECT_THROW(ProjectSecurity::Decode(wrong.b), ItemError);
