@@ -3,63 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "defects/change_history.h"
-#include "defects/fake_lookups.h"
+#include "defects/fixtures.h"
 
 namespace qm::test {
 namespace {
 
-std::uint32_t Day(int month, int day, int hour = 0) {
-  return platform::StampFromCivil({2025, month, day, hour, 0, 0});
-}
-
-class ChangeHistory : public ::testing::Test {
+class ChangeHistory : public SampleDefect {
  protected:
-  void SetUp() override {
-    lookups.users[2].SetLastName("Smith");
-    lookups.users[2].SetFirstName("Ann");
-    lookups.users[3].SetLastName("Lee");
-    lookups.AddValues({{MakeTag("prod"), 1, "Atlas"},
-                       {MakeTag("prod"), 11, "Beacon"},
-                       {MakeTag("comp"), 2, "Parser"},
-                       {MakeTag("comp"), 12, "Lexer"},
-                       {MakeTag("type"), 3, "Cosmetic"},
-                       {MakeTag("type"), 13, "Crash"},
-                       {MakeTag("prio"), 4, "Immediate"},
-                       {MakeTag("sevr"), 5, "Workaround"},
-                       {MakeTag("reso"), 6, "Code Change"},
-                       {MakeTag("rpro"), 7, "Always"},
-                       {MakeTag("rpro"), 17, "Sometimes"}});
-    d.summary = "Crash <on> save";
-    d.productId = 1;
-    d.componentId = 2;
-    d.typeId = 3;
-    d.priorityId = 4;
-    d.severityId = 5;
-    d.reference = "R-1";
-    d.enteredById = 2;
-    d.dateEntered = Day(1, 2);
-    d.workaround = "Save\rtwice";
-    d.AddReportedBy(Row(2, Day(1, 2)));
-  }
-  static std::unique_ptr<CReportedBy> Row(std::uint32_t who, std::uint32_t date) {
-    auto row = std::make_unique<CReportedBy>();
-    row->foundById = who;
-    row->dateFound = date;
-    row->versionFound = "1.0";
-    row->description = "It crashes";
-    row->reproducedId = 7;
-    return row;
-  }
-  template <class Event>
-  Event& Add(int day, std::uint32_t user, const char* notes) {
-    auto e = std::make_unique<Event>();
-    e->date = Day(2, day);
-    e->userId = user;
-    e->notes = notes;
-    Event& raw = *e;
-    d.AddEvent(std::move(e));
-    return raw;
-  }
   template <class Event>
   Event& NewEvent(std::uint32_t n) {
     return dynamic_cast<Event&>(*edited->EventAt(n));
@@ -73,8 +23,6 @@ class ChangeHistory : public ::testing::Test {
     return text;
   }
 
-  FakeLookups lookups;
-  CDefect d{&lookups};
   std::unique_ptr<CDefect> edited;
 };
 

@@ -5,16 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "people/user.h"
-#include "session/db_doc.h"
+#include "defects/fixtures.h"
 #include "session/value_setup.h"
-#include "shell/project_item_kinds.h"
-#include "store/project_store.h"
-#include "support/child_process.h"
 #include "support/fake_files.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -76,29 +69,23 @@ TEST(DefectCommands, OfferedByStatusAsTheCommandTableSays) {
 
 // A multi-user project with its administrator logged in, a second user and three open
 // defects; another client of the file watches for notices.
-class SelectionActions : public ::testing::Test {
+class SelectionActions : public ProjectTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(doc.NewProject(path, true), 1);
+    ProjectTest::SetUp();
     auto user = std::make_unique<CUser>();
     user->SetFirstName("Tess");
     user->SetLastName("Ng");
-    user->SetLogin("tess");
     user->SetGroupId(1);
     const CUser* tess = user.get();
     std::unique_ptr<RecordItem> item = std::move(user);
     ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
     tessId = tess->GetId();
-    for (const char* summary : {"One", "Two", "Three"}) {
-      std::unique_ptr<RecordItem> d = defects().NewItem();
-      static_cast<CDefect&>(*d).summary = summary;
-      ASSERT_EQ(defects().AddItem(d), DBStatus::kOk);
-    }
+    for (const char* summary : {"One", "Two", "Three"}) AddDefect(summary);
     ASSERT_EQ(watcher.Open(path), DBStatus::kOk);
     ui.shown.clear();
   }
 
-  CDefectTable& defects() { return static_cast<CDefectTable&>(*doc.GetTable(kDefectTag)); }
   CDefect& Defect(std::uint32_t position) { return *defects().DefectAt(position); }
 
   // An action on `selection` whose dialog closes with `button`, after `fill` has set the
@@ -136,34 +123,22 @@ class SelectionActions : public ::testing::Test {
     return stored.status();
   }
 
-  // The notices the other client has not read yet, as "kind sender tag id".
-  std::vector<std::string> Notices() {
-    std::vector<std::string> texts;
+  // The notices the other client has not read yet: kind, sender and data.
+  using Notes = std::vector<std::tuple<std::uint32_t, std::uint32_t, std::vector<std::uint8_t>>>;
+  Notes Notices() {
+    Notes notes;
     Notice notice;
     while (watcher.GetNextMessage(notice) == DBStatus::kOk) {
-      std::string text = std::to_string(notice.kind) + " " + std::to_string(notice.sender);
-      for (std::size_t at = 0; at + 4 <= notice.data.size(); at += 4) {
-        std::uint32_t v = 0;
-        for (std::size_t b = 0; b < 4; ++b) v = (v << 8) | notice.data[at + b];
-        text += " " + std::to_string(v);
-      }
-      texts.push_back(text);
+      notes.emplace_back(notice.kind, notice.sender, notice.data);
       CProjectStore::FreeMessage(notice);
     }
-    return texts;
+    return notes;
+  }
+  // The notice that a defect was saved.
+  Notes::value_type Saved(const CDefect& defect) {
+    return {1002, doc.currentUserId(), Bytes().u32(kDefectTag).u32(defect.GetId()).b};
   }
 
-  std::string Notice1002(const CDefect& defect) {
-    return "1002 " + std::to_string(doc.currentUserId()) + " " + std::to_string(kDefectTag) + " " +
-           std::to_string(defect.GetId());
-  }
-
-  TempDir dir;
-  std::string path = dir.File("Atlas.qmk");
-  ScriptedUi ui;
-  QuietHost host;
-  ProjectItemKinds kinds;
-  CDBDoc doc{ui, kinds, host};
   FakeClock clock;
   ScriptedUi watcherUi;
   CProjectStore watcher{watcherUi};
@@ -195,7 +170,7 @@ TEST_F(SelectionActions, OneDialogGivesEachEligibleDefectItsOwnEvent) {
   }
   EXPECT_NE(Defect(1).EventAt(1), Defect(2).EventAt(1));
   EXPECT_EQ(Defect(3).EventCount(), 1u) << "the closed one is left alone";
-  EXPECT_EQ(Notices(), (std::vector<std::string>{Notice1002(Defect(1)), Notice1002(Defect(2))}));
+  EXPECT_EQ(Notices(), (Notes{Saved(Defect(1)), Saved(Defect(2))}));
 
   // Cancel, and a button the kind does not take, change nothing.
   SelectionAction cancelled = Action({&Defect(1)}, std::nullopt);
@@ -236,24 +211,7 @@ TEST_F(SelectionActions, NothingLeftMeansNoDialog) {
 }
 
 TEST_F(SelectionActions, DefectsLockedByAnotherClientAreLeftOut) {
-  const std::uint32_t first = Defect(1).GetId();
-  const std::uint32_t second = Defect(2).GetId();
-  const std::string file = path;
-  const std::uint32_t user = tessId;
-  Child other([file, user, first, second](Child::Channel& c) {
-    ScriptedUi childUi;
-    CProjectStore s(childUi);
-    if (s.Open(file) != DBStatus::kOk || s.LoginUser(user) != DBStatus::kOk ||
-        s.LockRecord(kDefectTag, first, user) != DBStatus::kOk ||
-        s.LockRecord(kDefectTag, second, user) != DBStatus::kOk) {
-      return 1;
-    }
-    c.Send("locked");
-    c.Receive();
-    return 0;
-  });
-  ASSERT_EQ(other.Receive(), "locked");
-
+  const auto other = LockingClient(kDefectTag, {Defect(1).GetId(), Defect(2).GetId()});
   SelectionAction assign = Action({&Defect(1), &Defect(2), &Defect(3)}, EventDialogResult::kOk,
                                   [this](CDefectEvent& e) { e.userId = tessId; });
   EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
@@ -266,7 +224,7 @@ TEST_F(SelectionActions, DefectsLockedByAnotherClientAreLeftOut) {
   EXPECT_EQ(assign.changed()[0].defect, &Defect(3));
   EXPECT_EQ(Defect(3).copies().assignedToId, tessId);
 
-  other.Kill();
+  other->Kill();
   ui.shown.clear();
   EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
   EXPECT_TRUE(ui.shown.empty()) << "the locks died with their process";
@@ -324,7 +282,7 @@ TEST_F(SelectionActions, AFailedSaveLeavesThatDefectAsStored) {
   EXPECT_EQ(Defect(2).EventCount(), 1u) << "the next one goes on";
   ASSERT_EQ(comment.changed().size(), 1u);
   EXPECT_EQ(comment.changed()[0].defect, &Defect(2));
-  EXPECT_EQ(Notices(), std::vector<std::string>{Notice1002(Defect(2))});
+  EXPECT_EQ(Notices(), Notes{Saved(Defect(2))});
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "defects/defect_table.h"
-#include "defects/fake_lookups.h"
+#include "defects/fixtures.h"
 #include "people/user.h"
 #include "session/item_error.h"
 #include "store/file_bytes.h"

@@ -4,115 +4,68 @@
 
 #include <gtest/gtest.h>
 
+#include "defects/fixtures.h"
 #include "defects/text_forms.h"
-#include "session/db_doc.h"
-#include "shell/project_item_kinds.h"
-#include "store/file_bytes.h"
-#include "support/child_process.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
 
-class SelectionCommands : public ::testing::Test {
+class SelectionCommands : public ProjectTest {
  protected:
-  void SetUp() override {
-    ASSERT_EQ(doc.NewProject(path, true), 1);
-    table = static_cast<CDefectTable*>(doc.GetTable(kDefectTag));
-  }
-  CDefect* Add(const char* summary, std::uint32_t number, std::uint32_t foundBy,
-               const char* description) {
-    std::unique_ptr<RecordItem> item = table->NewItem();
-    auto& d = static_cast<CDefect&>(*item);
-    d.summary = summary;
-    d.number = number;
+  CDefect* Add(const char* summary, std::uint32_t number, const char* description = "") {
+    CDefect& d = AddDefect(summary, number);
     auto row = std::make_unique<CReportedBy>();
-    row->foundById = foundBy;
+    row->foundById = 1;
     row->description = description;
     d.AddReportedBy(std::move(row));
-    EXPECT_EQ(table->AddItem(item), DBStatus::kOk);
     return &d;
   }
-
-  TempDir dir;
-  std::string path = dir.File("p.qmk");
-  ScriptedUi ui;
-  QuietHost host;
-  ProjectItemKinds kinds;
-  CDBDoc doc{ui, kinds, host};
-  CDefectTable* table = nullptr;
 };
 
 TEST_F(SelectionCommands, DuplicatesTakeTheNextNumberOnlyWhenTheSourceHasOne) {
   ASSERT_EQ(doc.SetCounter(kMiscTag, 7, 40), DBStatus::kOk);
-  CDefect* numbered = Add("Numbered", 40, 1, "one");
-  CDefect* unnumbered = Add("Not yet", 0, 1, "two");
-  auto assign = std::make_unique<CAssignEvent>();
-  assign->userId = 1;
-  assign->date = 3'000'000'000u;
-  numbered->AddEvent(std::move(assign));
-  const auto copies = DuplicateDefects(doc, *table, {numbered, unnumbered}, ui);
+  CDefect& numbered = AddDefect("Numbered", 40, 1);
+  const auto copies = DuplicateDefects(doc, defects(), {&numbered, &AddDefect("Not yet")}, ui);
   ASSERT_EQ(copies.size(), 2u);
   EXPECT_EQ(copies[0]->number, 41u);
   EXPECT_EQ(copies[1]->number, 0u) << "an un-numbered defect stays so";
   EXPECT_EQ(copies[0]->EventCount(), 1u);
-  EXPECT_NE(copies[0]->GetId(), numbered->GetId());
-  EXPECT_EQ(table->count(), 4u);
+  EXPECT_NE(copies[0]->GetId(), numbered.GetId());
+  EXPECT_EQ(defects().count(), 4u);
   EXPECT_TRUE(ui.shown.empty());
 }
 
 // Another client holds the first defect locked: it is left out, once said, and the rest go
 // after the question; the other client hears of each deletion.
 TEST_F(SelectionCommands, DeleteLeavesOutLockedDefectsAndTellsTheOthers) {
-  CDefect* held = Add("Held", 1, 1, "");
-  CDefect* free1 = Add("Free", 2, 1, "");
-  CDefect* free2 = Add("Also free", 3, 1, "");
+  CDefect* held = &AddDefect("Held", 1);
+  CDefect* free1 = &AddDefect("Free", 2);
+  CDefect* free2 = &AddDefect("Also free", 3);
   const std::uint32_t heldId = held->GetId();
-  const std::uint32_t freeId = free1->GetId();
-  const std::string file = path;
-  Child other([file, heldId, freeId](Child::Channel& c) {
-    ScriptedUi childUi;
-    CProjectStore store(childUi);
-    if (store.Open(file) != DBStatus::kOk || store.LoginUser(77) != DBStatus::kOk ||
-        store.LockRecord(kDefectTag, heldId, 77) != DBStatus::kOk) {
-      return 1;
-    }
-    c.Send("locked");
-    c.Receive();
-    Notice notice;
-    if (store.GetNextMessage(notice) != DBStatus::kOk) return 2;
-    std::vector<std::uint8_t> expected(8);
-    BeWriter out(expected.data());
-    out.U32(kDefectTag);
-    out.U32(freeId);
-    return notice.kind == kNoticeDeleted && notice.data == expected ? 0 : 3;
-  });
-  ASSERT_EQ(other.Receive(), "locked");
+  const auto other = LockingClient(kDefectTag, {heldId}, free1->GetId());
 
   // The first answer closes the message on the locked defect.
   ui.Script({ui::Answer::kOk, ui::Answer::kCancel});
-  EXPECT_EQ(DeleteDefects(doc, *table, {held, free1, free2}, ui), 0u);
-  EXPECT_EQ(table->count(), 3u) << "Cancel deletes nothing";
+  EXPECT_EQ(DeleteDefects(doc, defects(), {held, free1, free2}, ui), 0u);
+  EXPECT_EQ(defects().count(), 3u) << "Cancel deletes nothing";
   ui.shown.clear();
   ui.Script({ui::Answer::kOk, ui::Answer::kOk});
-  EXPECT_EQ(DeleteDefects(doc, *table, {held, free1, free2}, ui), 2u);
+  EXPECT_EQ(DeleteDefects(doc, defects(), {held, free1, free2}, ui), 2u);
   EXPECT_EQ(ui.Texts(),
             (std::vector<std::string>{
                 "One or more defects will not be deleted because they are in use by another "
                 "user.",
                 "Are you sure that you want to delete the selected items(s)? There is no undo "
                 "available."}));
-  EXPECT_EQ(table->count(), 1u);
-  EXPECT_EQ(table->DefectAt(1)->GetId(), heldId);
-  other.Send("look");
-  EXPECT_EQ(other.Wait(), 0);
+  EXPECT_EQ(defects().count(), 1u);
+  EXPECT_EQ(defects().DefectAt(1)->GetId(), heldId);
+  other->Send("look");
+  EXPECT_EQ(other->Wait(), 0);
 }
 
 TEST_F(SelectionCommands, ClipboardAndReply) {
-  CDefect* first = Add("Crash on save", 1, 1, "It crashes\rwhen saving");
-  CDefect* second = Add("Slow list", 2, 1, "");
+  CDefect* first = Add("Crash on save", 1, "It crashes\rwhen saving");
+  CDefect* second = Add("Slow list", 2);
   second->AddReportedBy(std::make_unique<CReportedBy>());
   second->ReportedByAt(2)->foundById = 9;
 

@@ -7,26 +7,14 @@
 
 #include <algorithm>
 
-#include "defects/fake_lookups.h"
-#include "session/db_doc.h"
+#include "defects/fixtures.h"
 #include "session/item_error.h"
-#include "session/record_notice.h"
-#include "shell/project_item_kinds.h"
-#include "store/file_bytes.h"
-#include "support/child_process.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 constexpr Tag kPrio = MakeTag("prio");
-
-std::uint32_t Day(int month, int day, int hour = 0) {
-  return platform::StampFromCivil({2025, month, day, hour, 0, 0});
-}
 
 std::vector<std::uint8_t> Record(std::uint16_t version) {
   Bytes b;
@@ -43,18 +31,12 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   const std::vector<std::uint8_t> bytes = Record(1);
   PayloadReader in(bytes);
   task.ReadFrom(in);
-  EXPECT_TRUE(task.deleted);
-  EXPECT_EQ(task.kind, kTaskNotification) << "kind comes before status in the record";
-  EXPECT_EQ(task.status, kTaskOnHold);
-  EXPECT_EQ(task.priorityId, 0x01020304u);
-  EXPECT_EQ(task.toDo.str(), "Write the manual");
-  EXPECT_EQ(task.versionNeeded.str(), "2.1");
-  EXPECT_EQ(task.dateNeeded, Day(3, 7));
-  EXPECT_EQ(task.dateEntered, kNone);
-  EXPECT_EQ(task.ownerId, 12u);
-  EXPECT_EQ(task.reservedId, 99u);
-  EXPECT_EQ(task.access, 1u);
-  EXPECT_EQ(task.description, "two\rlines");
+  // The kind comes before the status in the record.
+  EXPECT_EQ(std::tuple(task.deleted, task.kind, task.status, task.priorityId, task.toDo.str(),
+                       task.versionNeeded.str(), task.dateNeeded, task.dateEntered, task.ownerId,
+                       task.reservedId, task.access, task.description),
+            std::tuple(true, kTaskNotification, kTaskOnHold, 0x01020304u, "Write the manual", "2.1",
+                       Day(3, 7), kNone, 12u, 99u, 1, "two\rlines"));
   EXPECT_EQ(task.Pack(), Record(1));
 
   // A new task: open, a reminder, private, nobody's; the version needed keeps 35 bytes.
@@ -66,15 +48,14 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0);
   EXPECT_EQ(fresh.Pack(), b.b);
 
-  for (const std::uint16_t version : {std::uint16_t{0}, std::uint16_t{2}, std::uint16_t{0x100}}) {
-    CTask other;
-    const std::vector<std::uint8_t> otherBytes = Record(version);
+  for (const int version : {0, 2, 0x100}) {
+    const std::vector<std::uint8_t> otherBytes = Record(static_cast<std::uint16_t>(version));
     PayloadReader bad(otherBytes);
     try {
-      other.ReadFrom(bad);
+      CTask().ReadFrom(bad);
       ADD_FAILURE() << "version " << version << " was read";
     } catch (const ItemError& e) {
-      EXPECT_EQ(e.code(), 1u);
+      EXPECT_EQ(e.code(), kItemFailed);
     }
   }
 }
@@ -236,35 +217,18 @@ TEST_F(TaskForms, WhichTasksAListShows) {
   }
 }
 
-class Workbook : public ::testing::Test {
+class Workbook : public ProjectTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(doc.NewProject(path, true), 1);
-    defects = static_cast<CDefectTable*>(doc.GetTable(kDefectTag));
+    ProjectTest::SetUp();
     tasks = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
     ASSERT_NE(tasks, nullptr) << "the project makes the task table";
     me = doc.currentUserId();
-    ASSERT_NE(me, 0u);
   }
-  CDefect* AddDefect(const char* summary, std::uint32_t number, std::uint32_t assignee) {
-    std::unique_ptr<RecordItem> item = defects->NewItem();
-    auto& d = static_cast<CDefect&>(*item);
-    d.summary = summary;
-    d.number = number;
-    if (assignee != 0) {
-      auto assign = std::make_unique<CAssignEvent>();
-      assign->userId = assignee;
-      assign->date = Day(5, 1);
-      d.AddEvent(std::move(assign));
-    }
-    EXPECT_EQ(defects->AddItem(item), DBStatus::kOk);
-    return &d;
-  }
-  CTask* AddTask(const char* toDo, std::uint16_t kind = kTaskReminder) {
+  CTask* AddTask(const char* toDo) {
     std::unique_ptr<RecordItem> item = tasks->NewItem();
     auto& t = static_cast<CTask&>(*item);
     t.toDo = toDo;
-    t.kind = kind;
     t.ownerId = me;
     EXPECT_EQ(tasks->AddItem(item), DBStatus::kOk);
     return &t;
@@ -275,13 +239,6 @@ class Workbook : public ::testing::Test {
     return rows;
   }
 
-  TempDir dir;
-  std::string path = dir.File("p.qmk");
-  ScriptedUi ui;
-  QuietHost host;
-  ProjectItemKinds kinds;
-  CDBDoc doc{ui, kinds, host};
-  CDefectTable* defects = nullptr;
   CTaskTable* tasks = nullptr;
   std::uint32_t me = 0;
 };
@@ -291,22 +248,21 @@ TEST_F(Workbook, RebuildAtLoginMakesOneRowPerAssignedDefect) {
   AddDefect("Mine", 7, me);
   AddDefect("Someone else's", 8, me + 100);
   AddDefect("Nobody's", 9, 0);
-  CDefect* gone = AddDefect("Marked deleted", 10, me);
-  gone->deleted = true;
-  CDefect* second = AddDefect("Also mine", 11, me);
+  AddDefect("Marked deleted", 10, me).deleted = true;
+  CDefect& second = AddDefect("Also mine", 11, me);
 
   using Rows = std::vector<std::string>;
-  RebuildWorkbook(*tasks, *defects, me);
+  RebuildWorkbook(*tasks, defects(), me);
   EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine", "#11 - Also mine"}));
-  RebuildWorkbook(*tasks, *defects, me);
+  RebuildWorkbook(*tasks, defects(), me);
   EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine", "#11 - Also mine"}))
       << "a second login makes no double rows";
   EXPECT_EQ(tasks->TaskAt(2)->GetId(), 0u) << "never stored";
 
-  EXPECT_EQ(DropDefectTasks(*tasks, *second), 1u);
+  EXPECT_EQ(DropDefectTasks(*tasks, second), 1u);
   EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine"}));
 
-  RebuildWorkbook(*tasks, *defects, 0);
+  RebuildWorkbook(*tasks, defects(), 0);
   EXPECT_EQ(Names(), (Rows{"Own reminder"}));
 }
 
@@ -330,28 +286,11 @@ TEST_F(Workbook, DeleteLeavesOutDefectsAndLockedTasks) {
   CTask* held = AddTask("Held");
   CTask* free = AddTask("Free");
   AddDefect("Mine", 7, me);
-  RebuildWorkbook(*tasks, *defects, me);
+  RebuildWorkbook(*tasks, defects(), me);
   CTask* derived = tasks->TaskAt(3);
   ASSERT_EQ(derived->kind, kTaskDefect);
-  const std::uint32_t heldId = held->GetId();
   const std::uint32_t freeId = free->GetId();
-  const std::string file = path;
-  Child other([file, heldId, freeId](Child::Channel& c) {
-    ScriptedUi childUi;
-    CProjectStore store(childUi);
-    if (store.Open(file) != DBStatus::kOk || store.LoginUser(77) != DBStatus::kOk ||
-        store.LockRecord(kTasksTag, heldId, 77) != DBStatus::kOk) {
-      return 1;
-    }
-    c.Send("locked");
-    c.Receive();
-    Notice notice;
-    if (store.GetNextMessage(notice) != DBStatus::kOk) return 2;
-    Bytes expected;
-    expected.tag("task").u32(freeId);
-    return notice.kind == kNoticeDeleted && notice.data == expected.b ? 0 : 3;
-  });
-  ASSERT_EQ(other.Receive(), "locked");
+  const auto other = LockingClient(kTasksTag, {held->GetId()}, freeId);
 
   ui.Script({ui::Answer::kOk, ui::Answer::kOk, ui::Answer::kCancel});
   EXPECT_EQ(DeleteTasks(doc, *tasks, {derived, held, free}, ui), 0u);
@@ -371,8 +310,8 @@ TEST_F(Workbook, DeleteLeavesOutDefectsAndLockedTasks) {
   EXPECT_EQ(ui.shown.back().buttons, ui::Buttons::kOkCancel);
   EXPECT_EQ(tasks->count(), 2u);
   EXPECT_EQ(tasks->ItemById(freeId), nullptr);
-  other.Send("look");
-  EXPECT_EQ(other.Wait(), 0);
+  other->Send("look");
+  EXPECT_EQ(other->Wait(), 0);
 }
 
 }  // namespace
