@@ -60,6 +60,7 @@ TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
   edited->dateEntered = platform::kNoStamp;
   edited->summary = "Crash on load";
   edited->workaround = "Reload";
+  edited->SetNotifyList({3});
   EXPECT_EQ(Changes(),
             "Type: [Cosmetic] to [Crash]\r"
             "Priority: [Immediate] to [<not set>]\r"
@@ -70,7 +71,8 @@ TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
             "Entered by: [Smith, Ann] to [Unknown]\r"
             "Date Entered: [1/2/2025] to [<not set>]\r"
             "Summary: [Crash <on> save] to [Crash on load]\r"
-            "Workaround: [Save\rtwice] to [Reload]\r");
+            "Workaround: [Save\rtwice] to [Reload]\r"
+            "1 name added the notification list: Lee\r");
 }
 
 TEST_F(ChangeHistory, ChangedReportedByRows) {
@@ -143,26 +145,6 @@ TEST_F(ChangeHistory, DeletedAndAddedReportedByRows) {
   EXPECT_EQ(Changes(),
             block("Deleted", "Smith, Ann", "1/2/2025") + block("Added", "Lee", "1/5/2025"))
       << "the second row, now first, is looked for among as many old rows as are left";
-}
-
-TEST_F(ChangeHistory, NotificationList) {
-  d.SetNotifyList({2});
-  Edit();
-  edited->SetNotifyList({2, 3});
-  EXPECT_EQ(Changes(), "1 name added the notification list: Lee\r");
-
-  d.SetNotifyList({});
-  Edit();
-  edited->SetNotifyList({2, 3});
-  EXPECT_EQ(Changes(), "2 names added the notification list: Smith, Ann, Lee\r");
-
-  d.SetNotifyList({44, 2});
-  Edit();
-  edited->SetNotifyList({3, 55});
-  EXPECT_EQ(Changes(),
-            "2 names added the notification list: Lee, \r"
-            "2 names removed the notification list: Smith, Ann\r")
-      << "an id without a user gives no name but counts for the count and the separator";
 }
 
 TEST_F(ChangeHistory, ChangedEventsOfEveryKind) {
@@ -244,11 +226,14 @@ TEST_F(ChangeHistory, DeletedAndAddedEventsComeLastInTheText) {
   verify->date = Day(2, 3);
   verify->userId = 3;
   edited->AddEvent(std::move(verify));
-  edited->SetNotifyList({3});
+  // An id without a user gives no name but counts for the count and the separator.
+  d.SetNotifyList({44, 2});
+  edited->SetNotifyList({3, 55});
   edited->summary = "Crash on load";
   EXPECT_EQ(Changes(),
             "Summary: [Crash <on> save] to [Crash on load]\r"
-            "1 name added the notification list: Lee\r"
+            "2 names added the notification list: Lee, \r"
+            "2 names removed the notification list: Smith, Ann\r"
             "**** Deleted Comment dated 2/7/2025 ****\r"
             "Comment by: Lee\r"
             "Date Entered: 2/7/2025\r"
