@@ -8,12 +8,7 @@
 
 #include "defects/defect_table.h"
 #include "defects/fixtures.h"
-#include "people/user.h"
 #include "session/item_error.h"
-#include "store/file_bytes.h"
-#include "store/project_store.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -114,22 +109,16 @@ TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
     d.SetId(77);
     EXPECT_EQ(d.number, 77u) << "numbered by its record id";
     EXPECT_EQ(d.status(), 1) << "status comes from the events";
-    EXPECT_EQ(d.copies().assignedToId, 12u);
-    EXPECT_EQ(d.EventAt(1)->notes, "hi");
-    EXPECT_EQ(d.dateModified, d.dateCreated);
-    EXPECT_TRUE(d.isDuplicate);
+    EXPECT_EQ(std::tuple(d.copies().assignedToId, d.EventAt(1)->notes, d.dateModified,
+                         d.isDuplicate, d.reproducedId, d.testConfigId, d.copies().hoursToFix),
+              std::tuple(12u, "hi", d.dateCreated, true, 4u, 13u, -1.0));
     ASSERT_EQ(d.ReportedByCount(), 1u);
     const CReportedBy& row = *d.ReportedByAt(1);
-    EXPECT_EQ(row.foundById, foundBy);
-    EXPECT_EQ(row.contact.str(), contact);
-    EXPECT_EQ(row.versionFound, "1.0");
     EXPECT_EQ(row.description, "Desc. cfg") << "the old description goes first";
-    EXPECT_EQ(row.configKind(), CReportedBy::kStoredConfig);
-    EXPECT_EQ(row.testConfigId(), 13u);
     EXPECT_EQ(row.reproducedId, 4u) << "not reproducible";
-    EXPECT_EQ(d.reproducedId, 4u);
-    EXPECT_EQ(d.testConfigId, 13u);
-    EXPECT_EQ(d.copies().hoursToFix, -1.0);
+    EXPECT_EQ(std::tuple(row.foundById, row.contact.str(), row.versionFound, row.configKind(),
+                         row.testConfigId()),
+              std::tuple(foundBy, contact, "1.0", CReportedBy::kStoredConfig, 13u));
   }
 }
 
@@ -183,18 +172,17 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
     const auto read = Read(b.b);
     CDefect& d = *read;
     d.SetId(50);
-    EXPECT_EQ(d.deleted, v >= 0x103);
     EXPECT_EQ(d.status(), 2);
     EXPECT_EQ(d.copies().resolutionId, 7u) << "from the fix, not the record";
     EXPECT_EQ(d.copies().hoursToFix, v < 0x104 ? -1.0 : 2.0) << "hours of 0 add nothing";
     ASSERT_EQ(d.ReportedByCount(), 1u);
     EXPECT_EQ(d.ReportedByAt(1)->description,
               v < 0x105 ? "Old. " : (v == 0x105 ? "Old. New." : "New."));
-    EXPECT_EQ(d.componentId, v >= 0x105 ? 24u : 0u);
-    EXPECT_EQ(d.severityId, v >= 0x107 ? 33u : 0u);
-    EXPECT_EQ(d.dateModified, v >= 0x109 ? 3'000'000'500u : 3'000'000'000u);
-    EXPECT_EQ(d.number, v >= 0x10A ? 6u : 50u);
-    EXPECT_EQ(d.enteredById, v >= 0x105 ? 9u : 0u);
+    EXPECT_EQ(
+        std::tuple(d.deleted, d.componentId, d.severityId, d.dateModified, d.number, d.enteredById),
+        std::tuple(v >= 0x103, v >= 0x105 ? 24u : 0u, v >= 0x107 ? 33u : 0u,
+                   v >= 0x109 ? 3'000'000'500u : 3'000'000'000u, v >= 0x10A ? 6u : 50u,
+                   v >= 0x105 ? 9u : 0u));
   }
 }
 
@@ -301,20 +289,13 @@ TEST(DefectTable, SortsByNumberThenTypeThenRecord) {
 
 // A defect deleted for good takes the attachments stored in the project with it; those in
 // the attachments folder are the folder's business.
-TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
-  TempDir dir;
-  ScriptedUi ui;
-  CProjectStore store(ui);
-  ASSERT_EQ(store.Create(dir.File("p.qmk"), 0), DBStatus::kOk);
-  ASSERT_EQ(store.AddTable(kDefectTag, {}), DBStatus::kOk);
-  ASSERT_EQ(store.AddTable(MakeTag("atch"), {}), DBStatus::kOk);
+TEST_F(ProjectTest, DeletingADefectDeletesItsStoredAttachments) {
+  CProjectStore& store = *doc.store();
   std::uint32_t first = 0;
   std::uint32_t second = 0;
   ASSERT_EQ(store.AddRecord(MakeTag("atch"), std::vector<std::uint8_t>{1}, &first), DBStatus::kOk);
   ASSERT_EQ(store.AddRecord(MakeTag("atch"), std::vector<std::uint8_t>{2}, &second), DBStatus::kOk);
-  CDefectTable table(&store, ui, nullptr);
-  std::unique_ptr<RecordItem> item = table.NewItem();
-  auto& defect = static_cast<CDefect&>(*item);
+  CDefect& defect = AddDefect("Gone");
   for (const std::uint32_t id : {first, 0u, CFileAttachment::kInFolder, second}) {
     auto row = std::make_unique<CReportedBy>();
     auto attachment = std::make_unique<CFileAttachment>();
@@ -322,14 +303,13 @@ TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
     row->AddAttachment(std::move(attachment));
     defect.AddReportedBy(std::move(row));
   }
-  ASSERT_EQ(table.AddItem(item), DBStatus::kOk);
-  ASSERT_EQ(table.DeleteItem(defect, false), DBStatus::kOk);
+  ASSERT_EQ(defects().SaveItem(defect), DBStatus::kOk);
+  ASSERT_EQ(defects().DeleteItem(defect, false), DBStatus::kOk);
   std::uint32_t count = 1;
   ASSERT_EQ(store.CountRecords(MakeTag("atch"), count), DBStatus::kOk);
   EXPECT_EQ(count, 0u);
   ASSERT_EQ(store.CountRecords(kDefectTag, count), DBStatus::kOk);
   EXPECT_EQ(count, 0u);
-  EXPECT_EQ(table.count(), 0u);
 }
 
 }  // namespace
