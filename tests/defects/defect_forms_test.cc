@@ -13,12 +13,25 @@ const std::string kTable = "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=10
 const std::string kRow = "<TR BGCOLOR=#FFFFFF>";
 const std::string kEnd = "</TR>\n";
 
+std::string Cell(const std::string& label, const std::string& value) {
+  return "<TD><B>" + label + "</B> " + value + "</TD>";
+}
+std::string Wide(int columns, const std::string& label, const std::string& value) {
+  return "<TD COLSPAN=" + std::to_string(columns) + "><B>" + label + "</B> " + value + "</TD>";
+}
+
 class DefectForms : public SampleDefect {
  protected:
   std::string Field(std::uint16_t n) {
     std::string text;
     EXPECT_TRUE(d.GetFieldText(n, text)) << n;
     return text;
+  }
+  // The texts of fields, each ended by "|".
+  std::string Fields(std::initializer_list<std::uint16_t> numbers) {
+    std::string texts;
+    for (const std::uint16_t n : numbers) texts += Field(n) + "|";
+    return texts;
   }
 
   // One event of each kind, in kind order, each with some field the others lack: notes
@@ -62,36 +75,23 @@ class DefectForms : public SampleDefect {
 TEST_F(DefectForms, FieldTextsFollowTheEvents) {
   d.AddReportedBy(Row(9, Day(1, 2)));
   d.RefreshFromFirstReport();
-  EXPECT_EQ(Field(6), "Open, not assigned");
+  EXPECT_EQ(Fields({6, 3, 11, 9, 39, 26, 8}),
+            "Open, not assigned|Atlas|Always|Smith, Ann|Acme|2|1/2/2025|");
   d.number = 0;
-  EXPECT_EQ(Field(1), "-");
-  d.number = 7;
+  d.productId = 99;
+  EXPECT_EQ(Fields({1, 3}), "-|<not set>|");
   Add<CAssignEvent>(1, 3, "look");
   EXPECT_EQ(Field(6), "Open, assigned to Lee");
   Add<CAssignEvent>(2, 44, "");
-  EXPECT_EQ(Field(6), "Open, assigned to Unknown");
-  EXPECT_EQ(Field(15), "Unknown");
+  EXPECT_EQ(Fields({6, 15}), "Open, assigned to Unknown|Unknown|");
   auto& fix = Add<CFixEvent>(3, 2, "done");
   fix.hours = 2;
   fix.resolutionId = 6;
   d.Replay();
-  EXPECT_EQ(Field(6), "Fixed, not assigned");
-  EXPECT_EQ(Field(7), "Code Change");
-  EXPECT_EQ(Field(19), " 2.00");
+  EXPECT_EQ(Fields({6, 7, 19}), "Fixed, not assigned|Code Change| 2.00|");
   Add<CVerifyEvent>(4, 3, "");
-  EXPECT_EQ(Field(6), "Passed verification, closed") << "no assignment tail";
-  EXPECT_EQ(Field(41), "Lee");
-  EXPECT_EQ(Field(42), "") << "a passed verification gives no close resolution";
-  EXPECT_EQ(Field(3), "Atlas");
-  d.productId = 99;
-  EXPECT_EQ(Field(3), "<not set>");
-  EXPECT_EQ(Field(11), "Always");
-  EXPECT_EQ(Field(9), "Smith, Ann");
-  EXPECT_EQ(Field(39), "Acme");
-  EXPECT_EQ(Field(26), "2");
-  EXPECT_EQ(Field(22), "2/4/2025");
-  EXPECT_EQ(Field(8), "1/2/2025");
-  EXPECT_EQ(Field(34), "Yes");
+  // No assignment tail, and a passed verification gives no close resolution.
+  EXPECT_EQ(Fields({6, 41, 42, 22, 34}), "Passed verification, closed|Lee||2/4/2025|Yes|");
   Add<CCommentEvent>(5, 2, "first");
   Add<CCommentEvent>(6, 3, "second");
   std::string text;
@@ -181,44 +181,38 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
   comment.WriteHtml(history, lookups);
   history += "<HR>\n";
   d.EventAt(2)->WriteHtml(history, lookups);
-  const auto cell = [](const std::string& label, const std::string& value) {
-    return "<TD><B>" + label + "</B> " + value + "</TD>";
-  };
-  const auto wide = [](int columns, const std::string& label, const std::string& value) {
-    return "<TD COLSPAN=" + std::to_string(columns) + "><B>" + label + "</B> " + value + "</TD>";
-  };
   std::string html;
   d.WriteHtml(html);
   EXPECT_EQ(
       html,
       "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%><TR><TD>\n" + kTable + kRow +
-          cell("Defect No:", "7") + cell("Date Entered:", "1/2/2025") + cell("Product:", "Atlas") +
-          kEnd + kRow + "<TD>&nbsp;</TD>" + cell("Entered by:", "Smith, Ann") +
-          cell("Component:", "Parser") + kEnd + kRow + "<TD COLSPAN=3><HR></TD>" + kEnd + kRow +
-          wide(2, "Status:", "Open, not assigned") + "<TD>&nbsp;</TD>" + kEnd + kRow +
-          cell("Type:", "Cosmetic") + cell("Priority:", "Immediate") +
-          cell("Severity:", "Workaround") + kEnd + kRow + wide(2, "Reference:", "R-1") +
-          cell("Is Duplicate:", "No") + kEnd + kRow + "<TD COLSPAN=3><HR></TD>" + kEnd + kRow +
-          wide(3, "Summary:", "Crash &lt;on&gt; save") + kEnd + kRow +
-          wide(3, "Release Notes:", "Fixed &lt;it&gt;") + kEnd + kRow +
-          wide(3, "Work Around:", "Save\rtwice") + kEnd + "</TABLE>\n" + kTable + kRow +
+          Cell("Defect No:", "7") + Cell("Date Entered:", "1/2/2025") + Cell("Product:", "Atlas") +
+          kEnd + kRow + "<TD>&nbsp;</TD>" + Cell("Entered by:", "Smith, Ann") +
+          Cell("Component:", "Parser") + kEnd + kRow + "<TD COLSPAN=3><HR></TD>" + kEnd + kRow +
+          Wide(2, "Status:", "Open, not assigned") + "<TD>&nbsp;</TD>" + kEnd + kRow +
+          Cell("Type:", "Cosmetic") + Cell("Priority:", "Immediate") +
+          Cell("Severity:", "Workaround") + kEnd + kRow + Wide(2, "Reference:", "R-1") +
+          Cell("Is Duplicate:", "No") + kEnd + kRow + "<TD COLSPAN=3><HR></TD>" + kEnd + kRow +
+          Wide(3, "Summary:", "Crash &lt;on&gt; save") + kEnd + kRow +
+          Wide(3, "Release Notes:", "Fixed &lt;it&gt;") + kEnd + kRow +
+          Wide(3, "Work Around:", "Save\rtwice") + kEnd + "</TABLE>\n" + kTable + kRow +
           "<TD ALIGN=CENTER><HR><BR>--- Reported By ---</TD></TR>" + kRow + "<TD>" + kTable + kRow +
-          cell("Reported by:", "Smith, Ann") + cell("Date Reported:", "1/2/2025") + kEnd + kRow +
-          cell("Found in Version:", "1.0") + kEnd + kRow +
-          wide(2, "Comments:", "It &quot;crashes&quot;\rat once") + kEnd + kRow +
-          wide(2, "Reproduced:", "Always") + kEnd + kRow +
-          wide(2, "Steps to Reproduce:", "&nbsp;") + kEnd + kRow +
-          wide(2, "Standard Test Configuration:", "Lab &lt;PC&gt;") + kEnd + kRow +
-          wide(2, "Other Hardware and Software:", "16 MB") + kEnd + kRow +
-          wide(2, "Attachments:", "<BR>&nbsp;&nbsp;log.txt<BR>&nbsp;&nbsp;shot.png") + kEnd +
-          "</TABLE>\n<HR>\n" + kTable + kRow + cell("Reported by:", "") +
-          cell("Date Reported:", "1/3/2025") + kEnd + kRow + cell("Found in Version:", "1.0") +
-          kEnd + kRow + wide(2, "Comments:", "It crashes") + kEnd + kRow +
-          wide(2, "Reproduced:", "Always") + kEnd + kRow +
-          wide(2, "Steps to Reproduce:", "&nbsp;") + kEnd + kRow +
+          Cell("Reported by:", "Smith, Ann") + Cell("Date Reported:", "1/2/2025") + kEnd + kRow +
+          Cell("Found in Version:", "1.0") + kEnd + kRow +
+          Wide(2, "Comments:", "It &quot;crashes&quot;\rat once") + kEnd + kRow +
+          Wide(2, "Reproduced:", "Always") + kEnd + kRow +
+          Wide(2, "Steps to Reproduce:", "&nbsp;") + kEnd + kRow +
+          Wide(2, "Standard Test Configuration:", "Lab &lt;PC&gt;") + kEnd + kRow +
+          Wide(2, "Other Hardware and Software:", "16 MB") + kEnd + kRow +
+          Wide(2, "Attachments:", "<BR>&nbsp;&nbsp;log.txt<BR>&nbsp;&nbsp;shot.png") + kEnd +
+          "</TABLE>\n<HR>\n" + kTable + kRow + Cell("Reported by:", "") +
+          Cell("Date Reported:", "1/3/2025") + kEnd + kRow + Cell("Found in Version:", "1.0") +
+          kEnd + kRow + Wide(2, "Comments:", "It crashes") + kEnd + kRow +
+          Wide(2, "Reproduced:", "Always") + kEnd + kRow +
+          Wide(2, "Steps to Reproduce:", "&nbsp;") + kEnd + kRow +
           "<TD COLSPAN=2><B>Custom Computer Configuration</B></TD>" + kEnd + kRow +
-          wide(2, "Other Hardware and Software:", "&nbsp;") + kEnd + kRow +
-          wide(2, "Attachments:", "<BR>&nbsp;&nbsp;none") + kEnd + "</TABLE>\n" +
+          Wide(2, "Other Hardware and Software:", "&nbsp;") + kEnd + kRow +
+          Wide(2, "Attachments:", "<BR>&nbsp;&nbsp;none") + kEnd + "</TABLE>\n" +
           "</TD></TR>\n</TABLE>\n" + history + "</TD></TR>\n</TABLE>\n</TD></TR></TABLE>\n");
 
   // A stored configuration that is gone.
@@ -228,28 +222,56 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
   EXPECT_NE(text.find("\r\nStandard Test Configuration: <not set>\r\n"), std::string::npos);
 }
 
-TEST_F(DefectForms, TextOfEachEventKind) {
-  const std::vector<std::string> expected = {
-      "Assigned to: Lee\r\nDate Assigned: 12/31/2025\r\nComments: Take it\r\nplease\r\n",
-      "Fixed by: Smith, Ann\r\nDate Fixed: 1/5/2025\r\nVersion: 2.1\r\n"
-      "Resolution: As \"designed\" <x> & y\r\n"
-      "Affects Documentation: Yes\r\nAffects Test Plan: No\r\nNotes: a\r\nb\r\nc\r\n",
-      "Verified by: Lee\r\nDate Verified: 12/31/2025\r\nResult: Failed\r\n",
-      "Closed by: \r\nDate Closed: 1/5/2025\r\nResolution: <not set>\r\nNotes: done\r\n",
-      "Re-opened by:Smith, Ann\r\nDate Re-opened:12/31/2025\r\nNotes: again\r\n",
-      "Estimated by: Lee\r\nDate Estimated: 12/31/2025\r\nHours to Fix:  2.50\r\n"
-      "Estimated completion date: 1/5/2025  or version: 3.0\r\nEstimate Notes: guess\r\n",
-      "Comment by: Smith, Ann\r\nDate Entered: \r\nComments: Say \"hi\" <b>\r\n",
-      "Entered by: Lee\r\nDate Entered: 1/5/2025\r\nReleased in Version: 3.1\r\n"
-      "Release Notes: x > y\r\n",
+// Each kind's text appends to what is there; its HTML is a table of its own, where the
+// notes row stands even without notes, and notes keep their lone CRs.
+TEST_F(DefectForms, TextAndHtmlOfEachEventKind) {
+  const std::pair<std::string, std::string> expected[] = {
+      {"Assigned to: Lee\r\nDate Assigned: 12/31/2025\r\nComments: Take it\r\nplease\r\n",
+       kRow + Cell("Assigned to:", "Lee") + Cell("Date Assigned:", "12/31/2025") + kEnd + kRow +
+           Wide(2, "Comments:", "Take it\rplease") + kEnd},
+      {"Fixed by: Smith, Ann\r\nDate Fixed: 1/5/2025\r\nVersion: 2.1\r\n"
+       "Resolution: As \"designed\" <x> & y\r\n"
+       "Affects Documentation: Yes\r\nAffects Test Plan: No\r\nNotes: a\r\nb\r\nc\r\n",
+       kRow + Cell("Fixed by:", "Smith, Ann") + Wide(2, "Date Fixed:", "1/5/2025") + kEnd + kRow +
+           Cell("Version:", "2.1") + Cell("Resolution:", "As &quot;designed&quot; &lt;x&gt; & y") +
+           Cell("Hours to Fix:", "") + kEnd + kRow + Cell("Affects Documentation:", "Yes") +
+           Wide(2, "Affects Test Plan:", "No") + kEnd + kRow + Wide(3, "Notes:", "a\r\nb\rc") +
+           kEnd},
+      {"Verified by: Lee\r\nDate Verified: 12/31/2025\r\nResult: Failed\r\n",
+       kRow + Cell("Verified by:", "Lee") + Cell("Date Verified:", "12/31/2025") +
+           Cell("Result:", "Failed") + kEnd + kRow + Wide(3, "Notes:", "") + kEnd},
+      {"Closed by: \r\nDate Closed: 1/5/2025\r\nResolution: <not set>\r\nNotes: done\r\n",
+       kRow + Cell("Closed by:", "") + Cell("Date Closed:", "1/5/2025") +
+           Cell("Resolution:", "&lt;not set&gt;") + kEnd + kRow + Wide(3, "Comments:", "done") +
+           kEnd},
+      {"Re-opened by:Smith, Ann\r\nDate Re-opened:12/31/2025\r\nNotes: again\r\n",
+       kRow + Cell("Re-opened by:", "Smith, Ann") + Cell("Date Re-opened:", "12/31/2025") + kEnd +
+           kRow + Wide(2, "Notes:", "again") + kEnd},
+      {"Estimated by: Lee\r\nDate Estimated: 12/31/2025\r\nHours to Fix:  2.50\r\n"
+       "Estimated completion date: 1/5/2025  or version: 3.0\r\nEstimate Notes: guess\r\n",
+       kRow + Cell("Estimated by:", "Lee") + Cell("Date Estimated:", "12/31/2025") + kEnd + kRow +
+           Cell("Hours to Fix:", " 2.50") +
+           Cell("Estimated completion date:", "1/5/2025 or version: 3.0") + kEnd + kRow +
+           Wide(2, "Notes:", "guess") + kEnd},
+      {"Comment by: Smith, Ann\r\nDate Entered: \r\nComments: Say \"hi\" <b>\r\n",
+       kRow + Cell("Comment by:", "Smith, Ann") + Cell("Date Entered:", "") + kEnd + kRow +
+           Wide(2, "Comments:", "Say &quot;hi&quot; &lt;b&gt;") + kEnd},
+      {"Entered by: Lee\r\nDate Entered: 1/5/2025\r\nReleased in Version: 3.1\r\n"
+       "Release Notes: x > y\r\n",
+       kRow + Cell("Entered by:", "Lee") + Cell("Date Released:", "1/5/2025") +
+           Cell("Released in Version:", "3.1") + kEnd + kRow +
+           Wide(3, "Release Notes:", "x &gt; y") + kEnd},
   };
   const auto events = Events();
-  ASSERT_EQ(events.size(), expected.size());
+  ASSERT_EQ(events.size(), std::size(expected));
   for (std::size_t i = 0; i < events.size(); ++i) {
     SCOPED_TRACE(events[i]->ActionText());
-    std::string out = "before\r\n";
-    events[i]->WriteText(out, lookups);
-    EXPECT_EQ(out, "before\r\n" + expected[i]) << "appends to what is there";
+    std::string text = "before\r\n";
+    events[i]->WriteText(text, lookups);
+    EXPECT_EQ(text, "before\r\n" + expected[i].first);
+    std::string html;
+    events[i]->WriteHtml(html, lookups);
+    EXPECT_EQ(html, kTable + expected[i].second + "</TABLE>\n");
   }
 
   // Hours not given leave their line out.
@@ -260,48 +282,6 @@ TEST_F(DefectForms, TextOfEachEventKind) {
   EXPECT_EQ(out,
             "Estimated by: Lee\r\nDate Estimated: 12/31/2025\r\n"
             "Estimated completion date: 1/5/2025  or version: 3.0\r\nEstimate Notes: guess\r\n");
-}
-
-TEST_F(DefectForms, HtmlOfEachEventKind) {
-  const auto cell = [](const std::string& label, const std::string& value) {
-    return "<TD><B>" + label + "</B> " + value + "</TD>";
-  };
-  const auto wide = [](int columns, const std::string& label, const std::string& value) {
-    return "<TD COLSPAN=" + std::to_string(columns) + "><B>" + label + "</B> " + value + "</TD>";
-  };
-  // The notes row stands there even without notes, and notes keep their lone CRs.
-  const std::vector<std::string> expected = {
-      kRow + cell("Assigned to:", "Lee") + cell("Date Assigned:", "12/31/2025") + kEnd + kRow +
-          wide(2, "Comments:", "Take it\rplease") + kEnd,
-      kRow + cell("Fixed by:", "Smith, Ann") + wide(2, "Date Fixed:", "1/5/2025") + kEnd + kRow +
-          cell("Version:", "2.1") + cell("Resolution:", "As &quot;designed&quot; &lt;x&gt; & y") +
-          cell("Hours to Fix:", "") + kEnd + kRow + cell("Affects Documentation:", "Yes") +
-          wide(2, "Affects Test Plan:", "No") + kEnd + kRow + wide(3, "Notes:", "a\r\nb\rc") + kEnd,
-      kRow + cell("Verified by:", "Lee") + cell("Date Verified:", "12/31/2025") +
-          cell("Result:", "Failed") + kEnd + kRow + wide(3, "Notes:", "") + kEnd,
-      kRow + cell("Closed by:", "") + cell("Date Closed:", "1/5/2025") +
-          cell("Resolution:", "&lt;not set&gt;") + kEnd + kRow + wide(3, "Comments:", "done") +
-          kEnd,
-      kRow + cell("Re-opened by:", "Smith, Ann") + cell("Date Re-opened:", "12/31/2025") + kEnd +
-          kRow + wide(2, "Notes:", "again") + kEnd,
-      kRow + cell("Estimated by:", "Lee") + cell("Date Estimated:", "12/31/2025") + kEnd + kRow +
-          cell("Hours to Fix:", " 2.50") +
-          cell("Estimated completion date:", "1/5/2025 or version: 3.0") + kEnd + kRow +
-          wide(2, "Notes:", "guess") + kEnd,
-      kRow + cell("Comment by:", "Smith, Ann") + cell("Date Entered:", "") + kEnd + kRow +
-          wide(2, "Comments:", "Say &quot;hi&quot; &lt;b&gt;") + kEnd,
-      kRow + cell("Entered by:", "Lee") + cell("Date Released:", "1/5/2025") +
-          cell("Released in Version:", "3.1") + kEnd + kRow +
-          wide(3, "Release Notes:", "x &gt; y") + kEnd,
-  };
-  const auto events = Events();
-  ASSERT_EQ(events.size(), expected.size());
-  for (std::size_t i = 0; i < events.size(); ++i) {
-    SCOPED_TRACE(events[i]->ActionText());
-    std::string out;
-    events[i]->WriteHtml(out, lookups);
-    EXPECT_EQ(out, kTable + expected[i] + "</TABLE>\n");
-  }
 }
 
 // An event and a reported-by row on one page form: the second goes on from the line the
