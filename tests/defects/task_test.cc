@@ -60,20 +60,14 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   }
 }
 
-class TaskForms : public ::testing::Test {
+// Sample defect 7 assigned to Smith, Ann; priorities Immediate and Low in that order.
+class TaskForms : public SampleDefect {
  protected:
   void SetUp() override {
-    lookups.AddValues({{kPrio, 5, "High"}, {kPrio, 6, "Low"}});
-    lookups.positions[{kPrio, 5}] = 1;
+    lookups.AddValues({{kPrio, 6, "Low"}});
+    lookups.positions[{kPrio, 4}] = 1;
     lookups.positions[{kPrio, 6}] = 2;
-    lookups.users[1].SetLastName("Zeller");
-    lookups.users[2].SetLastName("Adams");
-    defect.number = 42;
-    defect.summary = "Crash on save";
-    auto assign = std::make_unique<CAssignEvent>();
-    assign->userId = 2;
-    assign->date = Day(1, 2);
-    defect.AddEvent(std::move(assign));
+    Add<CAssignEvent>(1, 2, "");
   }
   // A task of the table, made as the table makes one.
   std::unique_ptr<CTask> Task(std::uint16_t kind, const char* toDo) {
@@ -81,7 +75,7 @@ class TaskForms : public ::testing::Test {
     auto task = std::unique_ptr<CTask>(static_cast<CTask*>(item.release()));
     task->kind = kind;
     task->toDo = toDo;
-    if (kind == kTaskDefect) task->defect = &defect;
+    if (kind == kTaskDefect) task->defect = &d;
     return task;
   }
   // The to-do texts of the tasks in the order the table sorts them.
@@ -95,10 +89,8 @@ class TaskForms : public ::testing::Test {
     return names;
   }
 
-  FakeLookups lookups;
   ScriptedUi ui;
   CTaskTable table{nullptr, ui, &lookups};
-  CDefect defect;
 };
 
 TEST_F(TaskForms, TextFormNamesAndColumns) {
@@ -120,10 +112,10 @@ TEST_F(TaskForms, TextFormNamesAndColumns) {
             "Description: First\r\nSecond\r\n");
   EXPECT_EQ(task->GetName(), "Call the printer people");
   auto derived = Task(kTaskDefect, "");
-  EXPECT_EQ(derived->GetName(), "#42 - Crash on save");
+  EXPECT_EQ(derived->GetName(), "#7 - Crash <on> save");
   EXPECT_EQ(derived->OwnerId(), 2u) << "the defect's assignee, whatever ownerId says";
-  task->ownerId = 1;
-  EXPECT_EQ(task->OwnerId(), 1u);
+  task->ownerId = 3;
+  EXPECT_EQ(task->OwnerId(), 3u);
 
   // The columns 1 to 8, "?" where there is none; a priority that is gone is not set.
   task->priorityId = 77;
@@ -132,10 +124,10 @@ TEST_F(TaskForms, TextFormNamesAndColumns) {
     std::string cell;
     cells += (task->GetColumnText(column, cell) ? cell : "?") + "|";
   }
-  EXPECT_EQ(cells, "Done|Reminder|<not set>|Call the printer people||2/3/2025|Zeller|?|");
+  EXPECT_EQ(cells, "Done|Reminder|<not set>|Call the printer people||2/3/2025|Lee|?|");
   std::string cell;
   EXPECT_TRUE(derived->GetColumnText(7, cell));
-  EXPECT_EQ(cell, "Adams");
+  EXPECT_EQ(cell, "Smith, Ann");
   EXPECT_EQ(TaskKindText(3), "Notification");
   EXPECT_EQ(TaskStatusText(1), "On Hold");
   EXPECT_EQ(TaskStatusText(4), "");
@@ -145,12 +137,12 @@ TEST_F(TaskForms, SortByColumnCode) {
   auto a = Task(kTaskReminder, "a");
   auto b = Task(kTaskNotification, "B");
   auto c = Task(kTaskDefect, "c");
-  auto d = Task(kTaskReminder, "d");
+  auto e = Task(kTaskReminder, "d");
   a->status = kTaskOpen;
   b->status = kTaskDone;
   c->status = kTaskOnHold;
-  d->status = kTaskDone;
-  const std::vector<CTask*> all = {a.get(), b.get(), c.get(), d.get()};
+  e->status = kTaskDone;
+  const std::vector<CTask*> all = {a.get(), b.get(), c.get(), e.get()};
 
   using Names = std::vector<std::string>;
   EXPECT_EQ(Sorted(all, 1), (Names{"B", "d", "a", "c"})) << "status, the higher first";
@@ -160,13 +152,13 @@ TEST_F(TaskForms, SortByColumnCode) {
 
   // By the priority's place in its list, not by its id; none at all comes first.
   a->priorityId = 6;
-  b->priorityId = 5;
-  d->priorityId = 5;
+  b->priorityId = 4;
+  e->priorityId = 4;
   EXPECT_EQ(Sorted(all, 3), (Names{"c", "B", "d", "a"}));
 
   // Date needed: not set first, two not set by the version needed, set ones by day.
   a->dateNeeded = Day(4, 1, 20);
-  d->dateNeeded = Day(3, 9);
+  e->dateNeeded = Day(3, 9);
   b->versionNeeded = "2.0";
   c->versionNeeded = "1.5";
   EXPECT_EQ(Sorted(all, 5), (Names{"c", "B", "d", "a"}));
@@ -174,9 +166,9 @@ TEST_F(TaskForms, SortByColumnCode) {
   EXPECT_EQ(table.CompareItems(*a, *b, {5, 1}), 0) << "the same day";
   EXPECT_EQ(Sorted(all, 5, 2), (Names{"a", "B", "d", "c"}));
 
-  // The owner by name: c's is the defect's assignee Adams, d's Zeller, a and b nobody.
-  d->ownerId = 1;
-  EXPECT_EQ(Sorted(all, 7), (Names{"a", "B", "c", "d"}));
+  // The owner by name: c's is the defect's assignee Smith, e's Lee, a and b nobody.
+  e->ownerId = 3;
+  EXPECT_EQ(Sorted(all, 7), (Names{"a", "B", "d", "c"}));
 
   c->dateEntered = Day(1, 1);
   EXPECT_EQ(Sorted(all, 6), (Names{"a", "B", "d", "c"}));
