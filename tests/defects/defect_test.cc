@@ -38,51 +38,6 @@ Bytes& Row(Bytes& b, std::uint32_t foundBy, const std::string& description) {
   return b.str16("");
 }
 
-// The newest form read field by field and written back unchanged, with an assignment and a
-// fix whose copies the record holds, and one reported-by row.
-TEST(DefectRecord, TheNewestFormBothWays) {
-  Bytes b;
-  b.u16(0x10B).u8(0).u32(3'000'000'000u).u32(4).u32(7).u32(5);
-  b.str8("Crash on save").u8(0).u8(0).u32(3).u32(9).u32(3'000'000'100u);
-  b.u32(0).u32(kNone).u32(9).u32(3'000'000'400u);  // the assignee was cleared by the fix
-  F64(b, 1.5);
-  b.str8("2.1").u8(0).u8(0).u32(0).u32(kNone);
-  b.str8("").u32(0);
-  b.u16(2);
-  b.u16(2).u32(12).u32(3'000'000'300u);
-  b.str16("yours");
-  b.u16(3).u32(9).u32(3'000'000'400u);
-  b.str16("");
-  F64(b, 1.5).u8(0).u8(0).u32(7);
-  b.fixed33("2.1");
-  b.u16(2).u32(24);
-  b.str8("REF-1").u16(1);
-  Row(b, 9, "It crashes");
-  b.u32(33);
-  b.str16("Save twice").u32(3'000'000'200u).u32(41);
-  b.u32(4).u32(2).u32(7).u32(8).u32(43).u32(4).u32(2).u32(7).u32(8);
-  const auto read = Read(b.b);
-  const CDefect& d = *read;
-  EXPECT_EQ(d.Pack(), b.b);
-  EXPECT_EQ(
-      std::tuple(d.dateCreated, d.typeId, d.priorityId, d.summary, d.productId, d.enteredById,
-                 d.dateEntered, d.componentId, d.reference, d.severityId, d.workaround,
-                 d.dateModified, d.number, d.dispositionId, d.notifyList()),
-      std::tuple(3'000'000'000u, 4u, 5u, "Crash on save", 3u, 9u, 3'000'000'100u, 24u, "REF-1", 33u,
-                 "Save twice", 3'000'000'200u, 41u, 43u, std::vector<std::uint32_t>{7, 8}));
-  EXPECT_EQ(d.status(), 2);
-  EXPECT_EQ(d.copies().fixedById, 9u);
-  ASSERT_EQ(d.EventCount(), 2u);
-  EXPECT_EQ(d.EventAt(1)->notes, "yours");
-  ASSERT_EQ(d.ReportedByCount(), 1u);
-  EXPECT_EQ(d.foundById, 9u) << "copied from the first report";
-  EXPECT_EQ(d.reproducedId, 2u);
-
-  // A record that ends behind the first list has no disposition, and says nothing of it.
-  std::vector<std::uint8_t> cut(b.b.begin(), b.b.end() - 20);
-  EXPECT_EQ(Read(cut)->dispositionId, 0u);
-}
-
 // Version 0x100: no deleted flag, the found-by block and the description of old, text8
 // notes, the hours as a whole number; no numbers, no modification date.
 TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
@@ -122,14 +77,17 @@ TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
   }
 }
 
-// The versions between: what each adds, read from records built field by field.
+// The versions from 0x102: what each adds, read from records built field by field; the
+// newest is written back unchanged, with the copies of its fix that the record holds.
 TEST(DefectRecord, EachVersionReadsItsOwnFields) {
-  for (const std::uint16_t v : std::vector<std::uint16_t>{0x102, 0x104, 0x105, 0x109, 0x10A}) {
+  for (const std::uint16_t v :
+       std::vector<std::uint16_t>{0x102, 0x104, 0x105, 0x109, 0x10A, 0x10B}) {
     SCOPED_TRACE(v);
+    const bool newest = v == 0x10B;
     Bytes b;
     b.u16(v);
     if (v >= 0x103) b.u8(1);
-    b.u32(3'000'000'000u).u32(4).u32(0).u32(5);
+    b.u32(3'000'000'000u).u32(4).u32(newest ? 7 : 0).u32(5);
     b.str8("Mid").u8(0).u8(0).u32(3);
     if (v < 0x105) {
       b.u32(9).u32(3'000'000'050u).u8(1);
@@ -141,13 +99,13 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
       b.str8("1.0").u32(0);
       b.str16("");
     }
-    b.u32(0).u32(kNone).u32(0).u32(kNone);
+    b.u32(0).u32(kNone).u32(newest ? 9 : 0).u32(newest ? 3'000'000'070u : kNone);
     if (v < 0x104) {
       b.zeros(12);
     } else {
-      F64(b, 3.0);
+      F64(b, newest ? 2.0 : 3.0);
     }
-    b.str8("").u8(0).u8(0).u32(0).u32(kNone);
+    b.str8(newest ? "1.1" : "").u8(newest ? 1 : 0).u8(0).u32(0).u32(kNone);
     b.str8("").u32(0);
     b.u16(1).u16(3).u32(9).u32(3'000'000'070u);
     b.str16("fixed");
@@ -167,22 +125,35 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
     if (v >= 0x107) b.u32(33);
     if (v >= 0x108) b.str16("wa");
     if (v >= 0x109) b.u32(3'000'000'500u);
-    if (v >= 0x10A) b.u32(6).u32(4).u32(0);
+    if (v >= 0x10A) b.u32(6).u32(4).u32(1).u32(7);
+    if (newest) b.u32(43).u32(4).u32(1).u32(7);  // the list again: written, never read
 
     const auto read = Read(b.b);
     CDefect& d = *read;
     d.SetId(50);
+    if (newest) {
+      EXPECT_EQ(d.Pack(), b.b);
+    }
     EXPECT_EQ(d.status(), 2);
     EXPECT_EQ(d.copies().resolutionId, 7u) << "from the fix, not the record";
     EXPECT_EQ(d.copies().hoursToFix, v < 0x104 ? -1.0 : 2.0) << "hours of 0 add nothing";
     ASSERT_EQ(d.ReportedByCount(), 1u);
     EXPECT_EQ(d.ReportedByAt(1)->description,
               v < 0x105 ? "Old. " : (v == 0x105 ? "Old. New." : "New."));
+    EXPECT_EQ(std::tuple(d.dateCreated, d.typeId, d.priorityId, d.summary, d.productId,
+                         d.EventAt(1)->notes, d.foundById),
+              std::tuple(3'000'000'000u, 4u, 5u, "Mid", 3u, "fixed", 9u));
     EXPECT_EQ(
-        std::tuple(d.deleted, d.componentId, d.severityId, d.dateModified, d.number, d.enteredById),
-        std::tuple(v >= 0x103, v >= 0x105 ? 24u : 0u, v >= 0x107 ? 33u : 0u,
-                   v >= 0x109 ? 3'000'000'500u : 3'000'000'000u, v >= 0x10A ? 6u : 50u,
-                   v >= 0x105 ? 9u : 0u));
+        std::tuple(d.deleted, d.componentId, d.reference, d.severityId, d.workaround,
+                   d.dateModified, d.number, d.enteredById, d.notifyList(), d.dispositionId),
+        std::tuple(v >= 0x103, v >= 0x105 ? 24u : 0u, v >= 0x105 ? "R" : "", v >= 0x107 ? 33u : 0u,
+                   v >= 0x108 ? "wa" : "", v >= 0x109 ? 3'000'000'500u : 3'000'000'000u,
+                   v >= 0x10A ? 6u : 50u, v >= 0x105 ? 9u : 0u,
+                   std::vector<std::uint32_t>(v >= 0x10A ? 1 : 0, 7), newest ? 43u : 0u));
+    if (!newest) continue;
+    // A record that ends behind the first list has no disposition, and says nothing of it.
+    const std::vector<std::uint8_t> cut(b.b.begin(), b.b.end() - 16);
+    EXPECT_EQ(Read(cut)->dispositionId, 0u);
   }
 }
 
