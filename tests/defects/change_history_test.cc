@@ -48,7 +48,11 @@ TEST_F(ChangeHistory, ChangesThatAreNoneLogNothing) {
   EXPECT_EQ(Changes(), "") << "case and the time of day are no change";
 }
 
-TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
+// The field lines in their order, the changed reported-by rows, then the notification list.
+TEST_F(ChangeHistory, ChangedFieldsAndReportedByRows) {
+  d.AddReportedBy(Row(3, Day(1, 5)));
+  d.AddReportedBy(Row(3, Day(1, 6)));
+  d.ReportedByAt(2)->AddAttachment(std::make_unique<CFileAttachment>());
   Edit();
   edited->typeId = 13;
   edited->priorityId = 99;
@@ -61,25 +65,6 @@ TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
   edited->summary = "Crash on load";
   edited->workaround = "Reload";
   edited->SetNotifyList({3});
-  EXPECT_EQ(Changes(),
-            "Type: [Cosmetic] to [Crash]\r"
-            "Priority: [Immediate] to [<not set>]\r"
-            "Product: [Atlas] to [Beacon]\r"
-            "Component: [Parser] to [Lexer]\r"
-            "Reference: [R-1] to [R-2]\r"
-            "Severity: [Workaround] to [<not set>]\r"
-            "Entered by: [Smith, Ann] to [Unknown]\r"
-            "Date Entered: [1/2/2025] to [<not set>]\r"
-            "Summary: [Crash <on> save] to [Crash on load]\r"
-            "Workaround: [Save\rtwice] to [Reload]\r"
-            "1 name added the notification list: Lee\r");
-}
-
-TEST_F(ChangeHistory, ChangedReportedByRows) {
-  d.AddReportedBy(Row(3, Day(1, 5)));
-  d.AddReportedBy(Row(3, Day(1, 6)));
-  d.ReportedByAt(2)->AddAttachment(std::make_unique<CFileAttachment>());
-  Edit();
   CReportedBy& first = *edited->ReportedByAt(1);
   first.dateFound = Day(1, 3);
   first.foundById = 3;
@@ -94,6 +79,16 @@ TEST_F(ChangeHistory, ChangedReportedByRows) {
   second.RemoveAttachment(second.AttachmentAt(1));
   edited->ReportedByAt(3)->contact = "not compared";
   EXPECT_EQ(Changes(),
+            "Type: [Cosmetic] to [Crash]\r"
+            "Priority: [Immediate] to [<not set>]\r"
+            "Product: [Atlas] to [Beacon]\r"
+            "Component: [Parser] to [Lexer]\r"
+            "Reference: [R-1] to [R-2]\r"
+            "Severity: [Workaround] to [<not set>]\r"
+            "Entered by: [Smith, Ann] to [Unknown]\r"
+            "Date Entered: [1/2/2025] to [<not set>]\r"
+            "Summary: [Crash <on> save] to [Crash on load]\r"
+            "Workaround: [Save\rtwice] to [Reload]\r"
             "**** Changed reported by dated 1/2/2025 ****\r"
             "Date found changed from [1/2/2025] to [1/3/2025]\r"
             "Found by changed from [Smith, Ann] to [Lee]\r"
@@ -106,7 +101,8 @@ TEST_F(ChangeHistory, ChangedReportedByRows) {
             "\r"
             "**** Changed reported by dated 1/5/2025 ****\r"
             "Removed 1 attachments\r"
-            "\r");
+            "\r"
+            "1 name added the notification list: Lee\r");
 }
 
 TEST_F(ChangeHistory, DeletedAndAddedReportedByRows) {
