@@ -179,11 +179,12 @@ TEST(EventDialog, FixFieldsAreWritten) {
   dialog.resolutionId = 3;
   dialog.affectsTestPlan = true;
   dialog.hoursText = "1.5";
-  dialog.versionText = "2.0";
+  // 31 bytes and a two-byte character: the version keeps whole characters only.
+  dialog.versionText = std::string(31, 'v') + "\xC3\xA9";
   ASSERT_EQ(Closed(dialog), EventDialogResult::kOk);
   EXPECT_EQ(
       std::tuple(fix.hours, fix.resolutionId, fix.affectsDocs, fix.affectsTestPlan, fix.fixVersion),
-      std::tuple(1.5, 3u, false, true, "2.0"));
+      std::tuple(1.5, 3u, false, true, std::string(31, 'v')));
 
   // A typed "-0" is the 0 every view shows as " 0.00".
   dialog.hoursText = "-0";
