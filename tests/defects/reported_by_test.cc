@@ -155,6 +155,7 @@ TEST(ReportedBy, ConfigKindsAttachmentsAndClone) {
   row.SetCustomConfig(std::make_unique<CTestConfig>());
   row.SetTestConfigId(4);
   EXPECT_EQ(row.customConfig(), nullptr) << "a stored id gives up the custom one";
+  EXPECT_EQ(row.configKind(), CReportedBy::kCustomConfig) << "the kind is the caller's";
   row.SetCustomConfig(std::make_unique<CTestConfig>());
   row.SetConfigKind(CReportedBy::kNoConfig);
   EXPECT_EQ(row.customConfig(), nullptr);
