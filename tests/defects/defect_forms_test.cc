@@ -92,6 +92,10 @@ TEST_F(DefectForms, FieldTextsFollowTheEvents) {
   Add<CVerifyEvent>(4, 3, "");
   // No assignment tail, and a passed verification gives no close resolution.
   EXPECT_EQ(Fields({6, 41, 42, 22, 34}), "Passed verification, closed|Lee||2/4/2025|Yes|");
+  EXPECT_EQ(Fields({35, 36}), "No||");
+  Add<CReleaseNotesEvent>(4, 2, "").releaseVersion = "1.2";
+  d.Replay();
+  EXPECT_EQ(Fields({35, 36}), "Yes|1.2|");
   Add<CCommentEvent>(5, 2, "first");
   Add<CCommentEvent>(6, 3, "second");
   std::string text;
