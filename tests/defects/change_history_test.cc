@@ -3,63 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "defects/change_history.h"
-#include "defects/fake_lookups.h"
+#include "defects/fixtures.h"
 
 namespace qm::test {
 namespace {
 
-std::uint32_t Day(int month, int day, int hour = 0) {
-  return platform::StampFromCivil({2025, month, day, hour, 0, 0});
-}
-
-class ChangeHistory : public ::testing::Test {
+class ChangeHistory : public SampleDefect {
  protected:
-  void SetUp() override {
-    lookups.users[2].SetLastName("Smith");
-    lookups.users[2].SetFirstName("Ann");
-    lookups.users[3].SetLastName("Lee");
-    lookups.AddValues({{MakeTag("prod"), 1, "Atlas"},
-                       {MakeTag("prod"), 11, "Beacon"},
-                       {MakeTag("comp"), 2, "Parser"},
-                       {MakeTag("comp"), 12, "Lexer"},
-                       {MakeTag("type"), 3, "Cosmetic"},
-                       {MakeTag("type"), 13, "Crash"},
-                       {MakeTag("prio"), 4, "Immediate"},
-                       {MakeTag("sevr"), 5, "Workaround"},
-                       {MakeTag("reso"), 6, "Code Change"},
-                       {MakeTag("rpro"), 7, "Always"},
-                       {MakeTag("rpro"), 17, "Sometimes"}});
-    d.summary = "Crash <on> save";
-    d.productId = 1;
-    d.componentId = 2;
-    d.typeId = 3;
-    d.priorityId = 4;
-    d.severityId = 5;
-    d.reference = "R-1";
-    d.enteredById = 2;
-    d.dateEntered = Day(1, 2);
-    d.workaround = "Save\rtwice";
-    d.AddReportedBy(Row(2, Day(1, 2)));
-  }
-  static std::unique_ptr<CReportedBy> Row(std::uint32_t who, std::uint32_t date) {
-    auto row = std::make_unique<CReportedBy>();
-    row->foundById = who;
-    row->dateFound = date;
-    row->versionFound = "1.0";
-    row->description = "It crashes";
-    row->reproducedId = 7;
-    return row;
-  }
-  template <class Event>
-  Event& Add(int day, std::uint32_t user, const char* notes) {
-    auto e = std::make_unique<Event>();
-    e->date = Day(2, day);
-    e->userId = user;
-    e->notes = notes;
-    Event& raw = *e;
-    d.AddEvent(std::move(e));
-    return raw;
-  }
   template <class Event>
   Event& NewEvent(std::uint32_t n) {
     return dynamic_cast<Event&>(*edited->EventAt(n));
@@ -73,8 +23,6 @@ class ChangeHistory : public ::testing::Test {
     return text;
   }
 
-  FakeLookups lookups;
-  CDefect d{&lookups};
   std::unique_ptr<CDefect> edited;
 };
 
@@ -100,7 +48,11 @@ TEST_F(ChangeHistory, ChangesThatAreNoneLogNothing) {
   EXPECT_EQ(Changes(), "") << "case and the time of day are no change";
 }
 
-TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
+// The field lines in their order, the changed reported-by rows, then the notification list.
+TEST_F(ChangeHistory, ChangedFieldsAndReportedByRows) {
+  d.AddReportedBy(Row(3, Day(1, 5)));
+  d.AddReportedBy(Row(3, Day(1, 6)));
+  d.ReportedByAt(2)->AddAttachment(std::make_unique<CFileAttachment>());
   Edit();
   edited->typeId = 13;
   edited->priorityId = 99;
@@ -112,24 +64,7 @@ TEST_F(ChangeHistory, FieldLinesInTheirOrder) {
   edited->dateEntered = platform::kNoStamp;
   edited->summary = "Crash on load";
   edited->workaround = "Reload";
-  EXPECT_EQ(Changes(),
-            "Type: [Cosmetic] to [Crash]\r"
-            "Priority: [Immediate] to [<not set>]\r"
-            "Product: [Atlas] to [Beacon]\r"
-            "Component: [Parser] to [Lexer]\r"
-            "Reference: [R-1] to [R-2]\r"
-            "Severity: [Workaround] to [<not set>]\r"
-            "Entered by: [Smith, Ann] to [Unknown]\r"
-            "Date Entered: [1/2/2025] to [<not set>]\r"
-            "Summary: [Crash <on> save] to [Crash on load]\r"
-            "Workaround: [Save\rtwice] to [Reload]\r");
-}
-
-TEST_F(ChangeHistory, ChangedReportedByRows) {
-  d.AddReportedBy(Row(3, Day(1, 5)));
-  d.AddReportedBy(Row(3, Day(1, 6)));
-  d.ReportedByAt(2)->AddAttachment(std::make_unique<CFileAttachment>());
-  Edit();
+  edited->SetNotifyList({3});
   CReportedBy& first = *edited->ReportedByAt(1);
   first.dateFound = Day(1, 3);
   first.foundById = 3;
@@ -144,6 +79,16 @@ TEST_F(ChangeHistory, ChangedReportedByRows) {
   second.RemoveAttachment(second.AttachmentAt(1));
   edited->ReportedByAt(3)->contact = "not compared";
   EXPECT_EQ(Changes(),
+            "Type: [Cosmetic] to [Crash]\r"
+            "Priority: [Immediate] to [<not set>]\r"
+            "Product: [Atlas] to [Beacon]\r"
+            "Component: [Parser] to [Lexer]\r"
+            "Reference: [R-1] to [R-2]\r"
+            "Severity: [Workaround] to [<not set>]\r"
+            "Entered by: [Smith, Ann] to [Unknown]\r"
+            "Date Entered: [1/2/2025] to [<not set>]\r"
+            "Summary: [Crash <on> save] to [Crash on load]\r"
+            "Workaround: [Save\rtwice] to [Reload]\r"
             "**** Changed reported by dated 1/2/2025 ****\r"
             "Date found changed from [1/2/2025] to [1/3/2025]\r"
             "Found by changed from [Smith, Ann] to [Lee]\r"
@@ -156,27 +101,22 @@ TEST_F(ChangeHistory, ChangedReportedByRows) {
             "\r"
             "**** Changed reported by dated 1/5/2025 ****\r"
             "Removed 1 attachments\r"
-            "\r");
+            "\r"
+            "1 name added the notification list: Lee\r");
 }
 
 TEST_F(ChangeHistory, DeletedAndAddedReportedByRows) {
   // The block of a deleted or added row: its header, its text form in CR lines, a CR.
-  const auto block = [](const std::string& header, const std::string& who,
-                        const std::string& date) {
-    return "**** " + header + " reported by dated " + date + " ****\r" + "Reported by: " + who +
-           "\rDate Found: " + date +
-           "\rFound in Version: 1.0\r"
-           "Comments: It crashes\r"
-           "Reproduced: Always\r"
-           "Steps to Reproduce: none\r"
-           "Custom Computer Configuration\r"
-           "Other Hardware and Software: none\r"
-           "Attachments: none\r"
-           "\r";
+  const auto block = [this](const std::string& header, std::uint32_t who, int day) {
+    std::string text;
+    Row(who, Day(1, day))->WriteText(text, lookups);
+    for (std::size_t at; (at = text.find("\r\n")) != std::string::npos;) text.erase(at + 1, 1);
+    return "**** " + header + " reported by dated 1/" + std::to_string(day) + "/2025 ****\r" +
+           text + "\r";
   };
   Edit();
   edited->RemoveReportedBy(edited->ReportedByAt(1));
-  EXPECT_EQ(Changes(), block("Deleted", "Smith, Ann", "1/2/2025")) << "the only row deleted";
+  EXPECT_EQ(Changes(), block("Deleted", 2, 2)) << "the only row deleted";
 
   Edit();
   edited->AddReportedBy(Row(3, Day(1, 9)));
@@ -185,36 +125,13 @@ TEST_F(ChangeHistory, DeletedAndAddedReportedByRows) {
   Edit();
   edited->RemoveReportedBy(edited->ReportedByAt(1));
   edited->AddReportedBy(Row(3, Day(1, 9)));
-  EXPECT_EQ(Changes(),
-            block("Deleted", "Smith, Ann", "1/2/2025") + block("Added", "Lee", "1/9/2025"))
-      << "the row replaced";
+  EXPECT_EQ(Changes(), block("Deleted", 2, 2) + block("Added", 3, 9)) << "the row replaced";
 
   d.AddReportedBy(Row(3, Day(1, 5)));
   Edit();
   edited->RemoveReportedBy(edited->ReportedByAt(1));
-  EXPECT_EQ(Changes(),
-            block("Deleted", "Smith, Ann", "1/2/2025") + block("Added", "Lee", "1/5/2025"))
+  EXPECT_EQ(Changes(), block("Deleted", 2, 2) + block("Added", 3, 5))
       << "the second row, now first, is looked for among as many old rows as are left";
-}
-
-TEST_F(ChangeHistory, NotificationList) {
-  d.SetNotifyList({2});
-  Edit();
-  edited->SetNotifyList({2, 3});
-  EXPECT_EQ(Changes(), "1 name added the notification list: Lee\r");
-
-  d.SetNotifyList({});
-  Edit();
-  edited->SetNotifyList({2, 3});
-  EXPECT_EQ(Changes(), "2 names added the notification list: Smith, Ann, Lee\r");
-
-  d.SetNotifyList({44, 2});
-  Edit();
-  edited->SetNotifyList({3, 55});
-  EXPECT_EQ(Changes(),
-            "2 names added the notification list: Lee, \r"
-            "2 names removed the notification list: Smith, Ann\r")
-      << "an id without a user gives no name but counts for the count and the separator";
 }
 
 TEST_F(ChangeHistory, ChangedEventsOfEveryKind) {
@@ -296,11 +213,14 @@ TEST_F(ChangeHistory, DeletedAndAddedEventsComeLastInTheText) {
   verify->date = Day(2, 3);
   verify->userId = 3;
   edited->AddEvent(std::move(verify));
-  edited->SetNotifyList({3});
+  // An id without a user gives no name but counts for the count and the separator.
+  d.SetNotifyList({44, 2});
+  edited->SetNotifyList({3, 55});
   edited->summary = "Crash on load";
   EXPECT_EQ(Changes(),
             "Summary: [Crash <on> save] to [Crash on load]\r"
-            "1 name added the notification list: Lee\r"
+            "2 names added the notification list: Lee, \r"
+            "2 names removed the notification list: Smith, Ann\r"
             "**** Deleted Comment dated 2/7/2025 ****\r"
             "Comment by: Lee\r"
             "Date Entered: 2/7/2025\r"

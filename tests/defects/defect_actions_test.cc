@@ -1,20 +1,14 @@
 // The defect commands: the statuses that offer each, and a command run on a selection of
 // a real project, with records locked by another process and notices read by another
-// client.
+// client; duplicate, delete, the clipboard block and the reply to submitters.
 #include "defects/defect_actions.h"
 
 #include <gtest/gtest.h>
 
-#include "people/user.h"
-#include "session/db_doc.h"
-#include "session/value_setup.h"
-#include "shell/project_item_kinds.h"
-#include "store/project_store.h"
-#include "support/child_process.h"
+#include "defects/fixtures.h"
+#include "defects/selection_commands.h"
+#include "defects/text_forms.h"
 #include "support/fake_files.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -76,29 +70,23 @@ TEST(DefectCommands, OfferedByStatusAsTheCommandTableSays) {
 
 // A multi-user project with its administrator logged in, a second user and three open
 // defects; another client of the file watches for notices.
-class SelectionActions : public ::testing::Test {
+class SelectionActions : public ProjectTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(doc.NewProject(path, true), 1);
+    ProjectTest::SetUp();
     auto user = std::make_unique<CUser>();
     user->SetFirstName("Tess");
     user->SetLastName("Ng");
-    user->SetLogin("tess");
     user->SetGroupId(1);
     const CUser* tess = user.get();
     std::unique_ptr<RecordItem> item = std::move(user);
     ASSERT_EQ(doc.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
     tessId = tess->GetId();
-    for (const char* summary : {"One", "Two", "Three"}) {
-      std::unique_ptr<RecordItem> d = defects().NewItem();
-      static_cast<CDefect&>(*d).summary = summary;
-      ASSERT_EQ(defects().AddItem(d), DBStatus::kOk);
-    }
+    for (const char* summary : {"One", "Two", "Three"}) AddDefect(summary);
     ASSERT_EQ(watcher.Open(path), DBStatus::kOk);
     ui.shown.clear();
   }
 
-  CDefectTable& defects() { return static_cast<CDefectTable&>(*doc.GetTable(kDefectTag)); }
   CDefect& Defect(std::uint32_t position) { return *defects().DefectAt(position); }
 
   // An action on `selection` whose dialog closes with `button`, after `fill` has set the
@@ -118,8 +106,8 @@ class SelectionActions : public ::testing::Test {
   }
 
   // Puts a defect in a status through its events, as saved earlier.
-  void Give(CDefect& defect, std::int16_t kind) {
-    std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(kind);
+  void Give(CDefect& defect, EventKind kind) {
+    std::unique_ptr<CDefectEvent> event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
     event->userId = tessId;
     event->date = 100;
     defect.AddEvent(std::move(event));
@@ -136,34 +124,22 @@ class SelectionActions : public ::testing::Test {
     return stored.status();
   }
 
-  // The notices the other client has not read yet, as "kind sender tag id".
-  std::vector<std::string> Notices() {
-    std::vector<std::string> texts;
+  // The notices the other client has not read yet: kind, sender and data.
+  using Notes = std::vector<std::tuple<std::uint32_t, std::uint32_t, std::vector<std::uint8_t>>>;
+  Notes Notices() {
+    Notes notes;
     Notice notice;
     while (watcher.GetNextMessage(notice) == DBStatus::kOk) {
-      std::string text = std::to_string(notice.kind) + " " + std::to_string(notice.sender);
-      for (std::size_t at = 0; at + 4 <= notice.data.size(); at += 4) {
-        std::uint32_t v = 0;
-        for (std::size_t b = 0; b < 4; ++b) v = (v << 8) | notice.data[at + b];
-        text += " " + std::to_string(v);
-      }
-      texts.push_back(text);
+      notes.emplace_back(notice.kind, notice.sender, notice.data);
       CProjectStore::FreeMessage(notice);
     }
-    return texts;
+    return notes;
+  }
+  // The notice that a defect was saved.
+  Notes::value_type Saved(const CDefect& defect) {
+    return {1002, doc.currentUserId(), Bytes().u32(kDefectTag).u32(defect.GetId()).b};
   }
 
-  std::string Notice1002(const CDefect& defect) {
-    return "1002 " + std::to_string(doc.currentUserId()) + " " + std::to_string(kDefectTag) + " " +
-           std::to_string(defect.GetId());
-  }
-
-  TempDir dir;
-  std::string path = dir.File("Atlas.qmk");
-  ScriptedUi ui;
-  QuietHost host;
-  ProjectItemKinds kinds;
-  CDBDoc doc{ui, kinds, host};
   FakeClock clock;
   ScriptedUi watcherUi;
   CProjectStore watcher{watcherUi};
@@ -172,88 +148,65 @@ class SelectionActions : public ::testing::Test {
 };
 
 TEST_F(SelectionActions, OneDialogGivesEachEligibleDefectItsOwnEvent) {
-  Give(Defect(3), static_cast<std::int16_t>(EventKind::kClose));
+  EXPECT_EQ(Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk).Run(DefectCommand::kReOpen),
+            std::nullopt);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{
+                "One or more defects will not be re-opened because they are not closed."});
+  EXPECT_TRUE(dialogs.empty()) << "nothing left, no dialog";
+  ui.shown.clear();
+  EXPECT_EQ(Action({}, EventDialogResult::kOk).Run(DefectCommand::kAssign), std::nullopt);
+  EXPECT_TRUE(ui.shown.empty()) << "an empty selection shows nothing";
+
+  Give(Defect(3), EventKind::kClose);
   clock.now = 3'100'000'000u;
   SelectionAction close = Action({&Defect(1), &Defect(2), &Defect(3)}, EventDialogResult::kOk,
                                  [](CDefectEvent& e) { e.notes = "Shipped"; });
   EXPECT_EQ(close.Run(DefectCommand::kClose), std::nullopt);
-
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{
                             "One or more defects will not be closed because they are not open."});
   EXPECT_EQ(dialogs, std::vector<EventKind>{EventKind::kClose});
   ASSERT_EQ(close.changed().size(), 2u);
-  EXPECT_EQ(close.changed()[0].defect, &Defect(1));
   EXPECT_EQ(close.changed()[1].defect, &Defect(2));
   EXPECT_EQ(close.changed()[0].changeText, "");
   for (std::uint32_t p = 1; p <= 2; ++p) {
-    EXPECT_EQ(Defect(p).status(), 5);
     EXPECT_EQ(StoredStatus(Defect(p)), 5) << "saved";
     ASSERT_EQ(Defect(p).EventCount(), 1u);
     EXPECT_EQ(Defect(p).EventAt(1)->notes, "Shipped");
-    EXPECT_EQ(Defect(p).EventAt(1)->date, clock.now);
     EXPECT_EQ(Defect(p).dateModified, clock.now);
   }
   EXPECT_NE(Defect(1).EventAt(1), Defect(2).EventAt(1));
   EXPECT_EQ(Defect(3).EventCount(), 1u) << "the closed one is left alone";
-  EXPECT_EQ(Notices(), (std::vector<std::string>{Notice1002(Defect(1)), Notice1002(Defect(2))}));
+  EXPECT_EQ(Notices(), (Notes{Saved(Defect(1)), Saved(Defect(2))}));
 
   // Cancel, and a button the kind does not take, change nothing.
-  SelectionAction cancelled = Action({&Defect(1)}, std::nullopt);
-  EXPECT_EQ(cancelled.Run(DefectCommand::kComment), std::nullopt);
-  SelectionAction wrongButton = Action({&Defect(1)}, EventDialogResult::kSaveAndAssign);
-  EXPECT_EQ(wrongButton.Run(DefectCommand::kComment), std::nullopt);
+  for (const auto button : {std::optional<EventDialogResult>(),
+                            std::optional<EventDialogResult>(EventDialogResult::kSaveAndAssign)}) {
+    SelectionAction comment = Action({&Defect(1)}, button);
+    EXPECT_EQ(comment.Run(DefectCommand::kComment), std::nullopt);
+    EXPECT_TRUE(comment.changed().empty());
+  }
   EXPECT_EQ(dialogs.size(), 3u);
   EXPECT_EQ(Defect(1).EventCount(), 1u);
-  EXPECT_TRUE(cancelled.changed().empty());
   EXPECT_TRUE(Notices().empty());
 }
 
-TEST_F(SelectionActions, TheProjectsRuleAssignsAfterAFix) {
+TEST_F(SelectionActions, SaveAndAssignAsksForTheNextCommandAndTheProjectsRuleAssigns) {
+  ASSERT_EQ(
+      Action({&Defect(1), &Defect(2)}, EventDialogResult::kSaveAndAssign).Run(DefectCommand::kFix),
+      DefectCommand::kAssign);
+  EXPECT_EQ(StoredStatus(Defect(2)), 2);
+
   ASSERT_TRUE(doc.SetAssignRules({0, 0, 3, tessId}));  // "Assign it to the following user:"
-  SelectionAction fix = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk);
-  EXPECT_EQ(fix.Run(DefectCommand::kFix), std::nullopt);
-  for (std::uint32_t p = 1; p <= 2; ++p) {
-    EXPECT_EQ(Defect(p).status(), 2);
-    EXPECT_EQ(Defect(p).copies().assignedToId, tessId);
-  }
-  SelectionAction comment = Action({&Defect(3)}, EventDialogResult::kOk);
-  (void)comment.Run(DefectCommand::kComment);
+  EXPECT_EQ(Action({&Defect(3)}, EventDialogResult::kOk).Run(DefectCommand::kComment),
+            std::nullopt);
   EXPECT_EQ(Defect(3).copies().assignedToId, 0u) << "a comment is no work on the defect";
-}
-
-TEST_F(SelectionActions, NothingLeftMeansNoDialog) {
-  SelectionAction none = Action({}, EventDialogResult::kOk);
-  EXPECT_EQ(none.Run(DefectCommand::kAssign), std::nullopt);
-  EXPECT_TRUE(ui.shown.empty()) << "an empty selection shows nothing";
-
-  SelectionAction reopen = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk);
-  EXPECT_EQ(reopen.Run(DefectCommand::kReOpen), std::nullopt);
-  EXPECT_EQ(ui.Texts(),
-            std::vector<std::string>{
-                "One or more defects will not be re-opened because they are not closed."});
-  EXPECT_TRUE(dialogs.empty());
-  EXPECT_TRUE(Notices().empty());
+  EXPECT_EQ(Action({&Defect(3)}, EventDialogResult::kOk).Run(DefectCommand::kFix), std::nullopt);
+  EXPECT_EQ(Defect(3).copies().assignedToId, tessId);
 }
 
 TEST_F(SelectionActions, DefectsLockedByAnotherClientAreLeftOut) {
-  const std::uint32_t first = Defect(1).GetId();
-  const std::uint32_t second = Defect(2).GetId();
-  const std::string file = path;
-  const std::uint32_t user = tessId;
-  Child other([file, user, first, second](Child::Channel& c) {
-    ScriptedUi childUi;
-    CProjectStore s(childUi);
-    if (s.Open(file) != DBStatus::kOk || s.LoginUser(user) != DBStatus::kOk ||
-        s.LockRecord(kDefectTag, first, user) != DBStatus::kOk ||
-        s.LockRecord(kDefectTag, second, user) != DBStatus::kOk) {
-      return 1;
-    }
-    c.Send("locked");
-    c.Receive();
-    return 0;
-  });
-  ASSERT_EQ(other.Receive(), "locked");
-
+  const auto other = LockingClient(kDefectTag, {Defect(1).GetId(), Defect(2).GetId()});
   SelectionAction assign = Action({&Defect(1), &Defect(2), &Defect(3)}, EventDialogResult::kOk,
                                   [this](CDefectEvent& e) { e.userId = tessId; });
   EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
@@ -261,56 +214,23 @@ TEST_F(SelectionActions, DefectsLockedByAnotherClientAreLeftOut) {
                                                  "because they are in use by another user."})
       << "once for the whole selection";
   EXPECT_EQ(Defect(1).EventCount(), 0u);
-  EXPECT_EQ(Defect(2).EventCount(), 0u);
   ASSERT_EQ(assign.changed().size(), 1u);
   EXPECT_EQ(assign.changed()[0].defect, &Defect(3));
-  EXPECT_EQ(Defect(3).copies().assignedToId, tessId);
 
-  other.Kill();
+  // The locks die with their process; an assignment tells the old and the new assignee.
+  other->Kill();
   ui.shown.clear();
-  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
-  EXPECT_TRUE(ui.shown.empty()) << "the locks died with their process";
-  EXPECT_EQ(assign.changed().size(), 3u);
-}
-
-TEST_F(SelectionActions, AnAssignmentTellsTheOldAndTheNewAssignee) {
-  Give(Defect(2), static_cast<std::int16_t>(EventKind::kAssign));
   const std::uint32_t admin = doc.currentUserId();
-  SelectionAction assign = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk,
-                                  [admin](CDefectEvent& e) { e.userId = admin; });
-  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
-  ASSERT_EQ(assign.changed().size(), 2u);
-  EXPECT_EQ(assign.changed()[0].changeText,
+  SelectionAction again = Action({&Defect(1), &Defect(3)}, EventDialogResult::kOk,
+                                 [admin](CDefectEvent& e) { e.userId = admin; });
+  EXPECT_EQ(again.Run(DefectCommand::kAssign), std::nullopt);
+  EXPECT_TRUE(ui.shown.empty());
+  ASSERT_EQ(again.changed().size(), 2u);
+  EXPECT_EQ(again.changed()[0].changeText,
             "The following fields changed:\r\rDefect assignment:  [not assigned] to [Project "
             "Admin]");
-  EXPECT_EQ(assign.changed()[1].changeText,
+  EXPECT_EQ(again.changed()[1].changeText,
             "The following fields changed:\r\rDefect assignment:  [Ng, Tess] to [Project Admin]");
-}
-
-TEST_F(SelectionActions, SaveButtonsAskForTheNextCommand) {
-  SelectionAction fix =
-      Action({&Defect(1), &Defect(2)}, EventDialogResult::kSaveAndAssign,
-             [](CDefectEvent& e) { static_cast<CFixEvent&>(e).resolutionId = 1; });
-  ASSERT_EQ(fix.Run(DefectCommand::kFix), DefectCommand::kAssign);
-  EXPECT_EQ(Defect(1).status(), 2);
-  EXPECT_EQ(Defect(2).status(), 2);
-  SelectionAction assign = Action({&Defect(1), &Defect(2)}, EventDialogResult::kOk,
-                                  [this](CDefectEvent& e) { e.userId = tessId; });
-  EXPECT_EQ(assign.Run(DefectCommand::kAssign), std::nullopt);
-  EXPECT_EQ(dialogs, (std::vector<EventKind>{EventKind::kFix, EventKind::kAssign}))
-      << "Save & Assign after a fix assigns all of them in a second dialog";
-  EXPECT_EQ(Defect(1).copies().assignedToId, tessId);
-  EXPECT_EQ(Defect(2).copies().assignedToId, tessId);
-
-  SelectionAction pass = Action({&Defect(1)}, EventDialogResult::kSaveAndRelease);
-  EXPECT_EQ(pass.Run(DefectCommand::kVerify), DefectCommand::kReleaseNotes);
-  EXPECT_EQ(Defect(1).status(), 4);
-  SelectionAction fail =
-      Action({&Defect(2)}, EventDialogResult::kSaveAndAssign,
-             [](CDefectEvent& e) { static_cast<CVerifyEvent&>(e).passed = false; });
-  EXPECT_EQ(fail.Run(DefectCommand::kVerify), DefectCommand::kAssign);
-  EXPECT_EQ(Defect(2).status(), 3);
-  EXPECT_EQ(StoredStatus(Defect(2)), 3);
 }
 
 TEST_F(SelectionActions, AFailedSaveLeavesThatDefectAsStored) {
@@ -321,10 +241,79 @@ TEST_F(SelectionActions, AFailedSaveLeavesThatDefectAsStored) {
   EXPECT_EQ(comment.Run(DefectCommand::kComment), std::nullopt);
   EXPECT_EQ(Defect(1).EventCount(), 0u);
   EXPECT_EQ(Defect(1).dateModified, modified);
-  EXPECT_EQ(Defect(2).EventCount(), 1u) << "the next one goes on";
   ASSERT_EQ(comment.changed().size(), 1u);
   EXPECT_EQ(comment.changed()[0].defect, &Defect(2));
-  EXPECT_EQ(Notices(), std::vector<std::string>{Notice1002(Defect(2))});
+  EXPECT_EQ(Notices(), Notes{Saved(Defect(2))}) << "the next one goes on";
+}
+
+TEST_F(SelectionActions, DuplicatesTakeTheNextNumberOnlyWhenTheSourceHasOne) {
+  ASSERT_EQ(doc.SetCounter(kMiscTag, 7, 40), DBStatus::kOk);
+  Defect(1).number = 40;
+  Give(Defect(1), EventKind::kAssign);
+  const auto copies = DuplicateDefects(doc, defects(), {&Defect(1), &Defect(2)}, ui);
+  ASSERT_EQ(copies.size(), 2u);
+  EXPECT_EQ(copies[0]->number, 41u);
+  EXPECT_EQ(copies[1]->number, 0u) << "an un-numbered defect stays so";
+  EXPECT_EQ(copies[0]->EventCount(), 1u);
+  EXPECT_NE(copies[0]->GetId(), Defect(1).GetId());
+  EXPECT_EQ(defects().count(), 5u);
+  EXPECT_TRUE(ui.shown.empty());
+}
+
+// Another client holds the first defect locked: it is left out, once said, and the rest go
+// after the question; the other client hears of each deletion.
+TEST_F(SelectionActions, DeleteLeavesOutLockedDefectsAndTellsTheOthers) {
+  const std::vector<CDefect*> all = {&Defect(1), &Defect(2), &Defect(3)};
+  const std::uint32_t heldId = Defect(1).GetId();
+  const auto other = LockingClient(kDefectTag, {heldId}, Defect(2).GetId());
+
+  // The first answer closes the message on the locked defect.
+  ui.Script({ui::Answer::kOk, ui::Answer::kCancel});
+  EXPECT_EQ(DeleteDefects(doc, defects(), all, ui), 0u);
+  EXPECT_EQ(defects().count(), 3u) << "Cancel deletes nothing";
+  ui.shown.clear();
+  ui.Script({ui::Answer::kOk, ui::Answer::kOk});
+  EXPECT_EQ(DeleteDefects(doc, defects(), all, ui), 2u);
+  EXPECT_EQ(ui.Texts(),
+            (std::vector<std::string>{
+                "One or more defects will not be deleted because they are in use by another "
+                "user.",
+                "Are you sure that you want to delete the selected items(s)? There is no undo "
+                "available."}));
+  EXPECT_EQ(defects().count(), 1u);
+  EXPECT_EQ(defects().DefectAt(1)->GetId(), heldId);
+  other->Send("look");
+  EXPECT_EQ(other->Wait(), 0);
+}
+
+TEST_F(SelectionActions, ClipboardAndReply) {
+  for (const auto& [p, who, description] : {std::tuple(1u, 1u, "It crashes\rwhen saving"),
+                                            std::tuple(2u, 1u, ""), std::tuple(2u, 9u, "")}) {
+    auto row = std::make_unique<CReportedBy>();
+    row->foundById = who;
+    row->description = description;
+    Defect(p).AddReportedBy(std::move(row));
+  }
+  const SubmitterReply reply = ReplyToSubmitters({&Defect(1), &Defect(2)});
+  EXPECT_EQ(reply.recipients, (std::vector<std::uint32_t>{1, 9})) << "each person once";
+  EXPECT_EQ(reply.subject, "Re: " + Defect(1).summary + ", etc.");
+  EXPECT_EQ(reply.body, ">It crashes\r\n>when saving\r\n>\r\n\r\n>\r\n");
+  EXPECT_EQ(ReplyToSubmitters({&Defect(2)}).subject, "Re: " + Defect(2).summary);
+  EXPECT_EQ(QuoteText(""), "");
+  EXPECT_EQ(QuoteText("a\rb\r\n"), ">a\r>b\r\n");
+
+  Bytes expected;
+  expected.u16(1).u32(1);
+  for (const std::string& text : {Defect(1).summary, std::string("Crash - Data Loss")}) {
+    expected.u16(static_cast<std::uint16_t>(text.size())).text(text);
+  }
+  Defect(1).number = 1;
+  Defect(1).typeId = doc.GetTable(MakeTag("type"))->ItemAt(1)->GetId();
+  const std::vector<std::uint8_t> block = ClipboardBlock({&Defect(1)});
+  ASSERT_GE(block.size(), expected.size());
+  EXPECT_EQ(std::vector<std::uint8_t>(block.begin(),
+                                      block.begin() + static_cast<std::ptrdiff_t>(expected.size())),
+            expected.b);
 }
 
 }  // namespace

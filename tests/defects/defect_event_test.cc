@@ -160,21 +160,15 @@ TEST(DefectEvent, ReplayCopiesWhatEachKindSets) {
   copies.dateAssigned = 100;
   CFixEvent fix;
   fix.userId = 8;
-  fix.date = 200;
-  fix.resolutionId = 4;
-  fix.fixVersion = "1.1";
   fix.hours = 0;
   fix.Apply(copies, 0);
   EXPECT_EQ(copies.hoursToFix, -1.0) << "no hours spent is none";
   EXPECT_EQ(copies.dateAssigned, platform::kNoStamp) << "a fix ends the assignment";
-  fix.hours = 2;
-  fix.Apply(copies, 0);
-  fix.hours = 3;
-  fix.Apply(copies, 0);
-  fix.hours = -1;
-  fix.Apply(copies, 0);
+  for (const double hours : {2.0, 3.0, -1.0}) {
+    fix.hours = hours;
+    fix.Apply(copies, 0);
+  }
   EXPECT_EQ(copies.hoursToFix, 5.0);
-
   CEstimateEvent estimate;
   estimate.hours = 6;
   estimate.Apply(copies, 0);
@@ -189,15 +183,11 @@ TEST(DefectEvent, ReplayCopiesWhatEachKindSets) {
   EXPECT_EQ(copies.closedById, 0u);
   verify.passed = true;
   verify.Apply(copies, 0);
-  EXPECT_EQ(copies.verifiedById, 10u);
-  EXPECT_EQ(copies.closedById, 10u);
-  EXPECT_EQ(copies.dateClosed, 300u);
-  EXPECT_EQ(copies.closeResolutionId, 12u);
+  EXPECT_EQ(std::tuple(copies.verifiedById, copies.closedById, copies.dateClosed,
+                       copies.closeResolutionId),
+            std::tuple(10u, 10u, 300u, 12u));
 
-  CReOpenEvent reopen;
-  reopen.userId = 11;
-  reopen.date = 400;
-  reopen.Apply(copies, 0);
+  CReOpenEvent().Apply(copies, 0);
   EXPECT_EQ((std::vector<std::uint32_t>{copies.resolutionId, copies.fixedById, copies.dateFixed,
                                         copies.verifiedById, copies.closedById,
                                         copies.closeResolutionId, copies.dateClosed}),
@@ -208,15 +198,11 @@ TEST(DefectEvent, ReplayCopiesWhatEachKindSets) {
   // Whether the defect is mine is only known with someone logged in.
   CAssignEvent assign;
   assign.userId = 5;
-  assign.Apply(copies, 5);
-  EXPECT_TRUE(copies.assignedToMe);
-  assign.Apply(copies, 0);
-  EXPECT_TRUE(copies.assignedToMe);
-  assign.Apply(copies, 6);
-  EXPECT_FALSE(copies.assignedToMe);
-
+  for (const auto& [me, mine] : {std::pair(5u, true), std::pair(0u, true), std::pair(6u, false)}) {
+    assign.Apply(copies, me);
+    EXPECT_EQ(copies.assignedToMe, mine) << me;
+  }
   CReleaseNotesEvent release;
-  release.releaseVersion = "2.0";
   release.Apply(copies, 0);
   EXPECT_TRUE(copies.hasReleaseNotes);
   EXPECT_EQ(copies.releaseNotes, &release.notes);

@@ -7,13 +7,8 @@
 #include <cstring>
 
 #include "defects/defect_table.h"
-#include "defects/fake_lookups.h"
-#include "people/user.h"
+#include "defects/fixtures.h"
 #include "session/item_error.h"
-#include "store/file_bytes.h"
-#include "store/project_store.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -43,82 +38,6 @@ Bytes& Row(Bytes& b, std::uint32_t foundBy, const std::string& description) {
   return b.str16("");
 }
 
-TEST(DefectRecord, TheNewestFormWholeAndBack) {
-  CDefect d;
-  d.dateCreated = 3'000'000'000u;
-  d.typeId = 4;
-  d.priorityId = 5;
-  d.summary = "Crash on save";
-  d.productId = 3;
-  d.enteredById = 9;
-  d.dateEntered = 3'000'000'100u;
-  d.componentId = 24;
-  d.reference = "REF-1";
-  d.severityId = 33;
-  d.workaround = "Save twice";
-  d.dateModified = 3'000'000'200u;
-  d.number = 41;
-  d.dispositionId = 43;
-  d.SetNotifyList({7, 8});
-  auto row = std::make_unique<CReportedBy>();
-  row->foundById = 9;
-  row->contact = "Acme";
-  row->dateFound = 3'000'000'000u;
-  row->versionFound = "2.0";
-  row->description = "It crashes";
-  row->reproducedId = 2;
-  row->steps = "Click twice";
-  d.AddReportedBy(std::move(row));
-  auto fix = std::make_unique<CFixEvent>();
-  fix->userId = 9;
-  fix->date = 3'000'000'400u;
-  fix->hours = 1.5;
-  fix->resolutionId = 7;
-  fix->fixVersion = "2.1";
-  d.AddEvent(std::move(fix));
-  auto assign = std::make_unique<CAssignEvent>();
-  assign->userId = 12;
-  assign->date = 3'000'000'300u;
-  assign->notes = "yours";
-  d.AddEvent(std::move(assign));
-
-  Bytes b;
-  b.u16(0x10B).u8(0).u32(3'000'000'000u).u32(4).u32(7).u32(5);
-  b.str8("Crash on save").u8(0).u8(0).u32(3).u32(9).u32(3'000'000'100u);
-  b.u32(0).u32(kNone).u32(9).u32(3'000'000'400u);  // the assignee was cleared by the fix
-  F64(b, 1.5);
-  b.str8("2.1").u8(0).u8(0).u32(0).u32(kNone);
-  b.str8("").u32(0);
-  b.u16(2);
-  b.u16(2).u32(12).u32(3'000'000'300u);
-  b.str16("yours");
-  b.u16(3).u32(9).u32(3'000'000'400u);
-  b.str16("");
-  F64(b, 1.5).u8(0).u8(0).u32(7);
-  b.fixed33("2.1");
-  b.u16(2).u32(24);
-  b.str8("REF-1").u16(1);
-  Row(b, 9, "It crashes");
-  b.u32(33);
-  b.str16("Save twice").u32(3'000'000'200u).u32(41);
-  b.u32(4).u32(2).u32(7).u32(8).u32(43).u32(4).u32(2).u32(7).u32(8);
-  EXPECT_EQ(d.Pack(), b.b);
-
-  const auto read = Read(b.b);
-  const CDefect& back = *read;
-  EXPECT_EQ(back.Pack(), b.b);
-  EXPECT_EQ(back.status(), 2);
-  EXPECT_EQ(back.copies().fixedById, 9u);
-  EXPECT_EQ(back.foundById, 9u) << "copied from the first report";
-  EXPECT_EQ(back.reproducedId, 2u);
-  EXPECT_EQ(back.dispositionId, 43u);
-  EXPECT_EQ(back.notifyList(), (std::vector<std::uint32_t>{7, 8}));
-
-  // A record that ends behind the first list has no disposition, and says nothing of it.
-  std::vector<std::uint8_t> cut(b.b.begin(), b.b.end() - 20);
-  EXPECT_EQ(Read(cut)->dispositionId, 0u);
-}
-
 // Version 0x100: no deleted flag, the found-by block and the description of old, text8
 // notes, the hours as a whole number; no numbers, no modification date.
 TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
@@ -145,33 +64,30 @@ TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
     d.SetId(77);
     EXPECT_EQ(d.number, 77u) << "numbered by its record id";
     EXPECT_EQ(d.status(), 1) << "status comes from the events";
-    EXPECT_EQ(d.copies().assignedToId, 12u);
-    EXPECT_EQ(d.EventAt(1)->notes, "hi");
-    EXPECT_EQ(d.dateModified, d.dateCreated);
-    EXPECT_TRUE(d.isDuplicate);
+    EXPECT_EQ(std::tuple(d.copies().assignedToId, d.EventAt(1)->notes, d.dateModified,
+                         d.isDuplicate, d.reproducedId, d.testConfigId, d.copies().hoursToFix),
+              std::tuple(12u, "hi", d.dateCreated, true, 4u, 13u, -1.0));
     ASSERT_EQ(d.ReportedByCount(), 1u);
     const CReportedBy& row = *d.ReportedByAt(1);
-    EXPECT_EQ(row.foundById, foundBy);
-    EXPECT_EQ(row.contact.str(), contact);
-    EXPECT_EQ(row.versionFound, "1.0");
     EXPECT_EQ(row.description, "Desc. cfg") << "the old description goes first";
-    EXPECT_EQ(row.configKind(), CReportedBy::kStoredConfig);
-    EXPECT_EQ(row.testConfigId(), 13u);
     EXPECT_EQ(row.reproducedId, 4u) << "not reproducible";
-    EXPECT_EQ(d.reproducedId, 4u);
-    EXPECT_EQ(d.testConfigId, 13u);
-    EXPECT_EQ(d.copies().hoursToFix, -1.0);
+    EXPECT_EQ(std::tuple(row.foundById, row.contact.str(), row.versionFound, row.configKind(),
+                         row.testConfigId()),
+              std::tuple(foundBy, contact, "1.0", CReportedBy::kStoredConfig, 13u));
   }
 }
 
-// The versions between: what each adds, read from records built field by field.
+// The versions from 0x102: what each adds, read from records built field by field; the
+// newest is written back unchanged, with the copies of its fix that the record holds.
 TEST(DefectRecord, EachVersionReadsItsOwnFields) {
-  for (const std::uint16_t v : std::vector<std::uint16_t>{0x102, 0x104, 0x105, 0x109, 0x10A}) {
+  for (const std::uint16_t v :
+       std::vector<std::uint16_t>{0x102, 0x104, 0x105, 0x109, 0x10A, 0x10B}) {
     SCOPED_TRACE(v);
+    const bool newest = v == 0x10B;
     Bytes b;
     b.u16(v);
     if (v >= 0x103) b.u8(1);
-    b.u32(3'000'000'000u).u32(4).u32(0).u32(5);
+    b.u32(3'000'000'000u).u32(4).u32(newest ? 7 : 0).u32(5);
     b.str8("Mid").u8(0).u8(0).u32(3);
     if (v < 0x105) {
       b.u32(9).u32(3'000'000'050u).u8(1);
@@ -183,13 +99,13 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
       b.str8("1.0").u32(0);
       b.str16("");
     }
-    b.u32(0).u32(kNone).u32(0).u32(kNone);
+    b.u32(0).u32(kNone).u32(newest ? 9 : 0).u32(newest ? 3'000'000'070u : kNone);
     if (v < 0x104) {
       b.zeros(12);
     } else {
-      F64(b, 3.0);
+      F64(b, newest ? 2.0 : 3.0);
     }
-    b.str8("").u8(0).u8(0).u32(0).u32(kNone);
+    b.str8(newest ? "1.1" : "").u8(newest ? 1 : 0).u8(0).u32(0).u32(kNone);
     b.str8("").u32(0);
     b.u16(1).u16(3).u32(9).u32(3'000'000'070u);
     b.str16("fixed");
@@ -209,23 +125,35 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
     if (v >= 0x107) b.u32(33);
     if (v >= 0x108) b.str16("wa");
     if (v >= 0x109) b.u32(3'000'000'500u);
-    if (v >= 0x10A) b.u32(6).u32(4).u32(0);
+    if (v >= 0x10A) b.u32(6).u32(4).u32(1).u32(7);
+    if (newest) b.u32(43).u32(4).u32(1).u32(7);  // the list again: written, never read
 
     const auto read = Read(b.b);
     CDefect& d = *read;
     d.SetId(50);
-    EXPECT_EQ(d.deleted, v >= 0x103);
+    if (newest) {
+      EXPECT_EQ(d.Pack(), b.b);
+    }
     EXPECT_EQ(d.status(), 2);
     EXPECT_EQ(d.copies().resolutionId, 7u) << "from the fix, not the record";
     EXPECT_EQ(d.copies().hoursToFix, v < 0x104 ? -1.0 : 2.0) << "hours of 0 add nothing";
     ASSERT_EQ(d.ReportedByCount(), 1u);
     EXPECT_EQ(d.ReportedByAt(1)->description,
               v < 0x105 ? "Old. " : (v == 0x105 ? "Old. New." : "New."));
-    EXPECT_EQ(d.componentId, v >= 0x105 ? 24u : 0u);
-    EXPECT_EQ(d.severityId, v >= 0x107 ? 33u : 0u);
-    EXPECT_EQ(d.dateModified, v >= 0x109 ? 3'000'000'500u : 3'000'000'000u);
-    EXPECT_EQ(d.number, v >= 0x10A ? 6u : 50u);
-    EXPECT_EQ(d.enteredById, v >= 0x105 ? 9u : 0u);
+    EXPECT_EQ(std::tuple(d.dateCreated, d.typeId, d.priorityId, d.summary, d.productId,
+                         d.EventAt(1)->notes, d.foundById),
+              std::tuple(3'000'000'000u, 4u, 5u, "Mid", 3u, "fixed", 9u));
+    EXPECT_EQ(
+        std::tuple(d.deleted, d.componentId, d.reference, d.severityId, d.workaround,
+                   d.dateModified, d.number, d.enteredById, d.notifyList(), d.dispositionId),
+        std::tuple(v >= 0x103, v >= 0x105 ? 24u : 0u, v >= 0x105 ? "R" : "", v >= 0x107 ? 33u : 0u,
+                   v >= 0x108 ? "wa" : "", v >= 0x109 ? 3'000'000'500u : 3'000'000'000u,
+                   v >= 0x10A ? 6u : 50u, v >= 0x105 ? 9u : 0u,
+                   std::vector<std::uint32_t>(v >= 0x10A ? 1 : 0, 7), newest ? 43u : 0u));
+    if (!newest) continue;
+    // A record that ends behind the first list has no disposition, and says nothing of it.
+    const std::vector<std::uint8_t> cut(b.b.begin(), b.b.end() - 16);
+    EXPECT_EQ(Read(cut)->dispositionId, 0u);
   }
 }
 
@@ -332,20 +260,13 @@ TEST(DefectTable, SortsByNumberThenTypeThenRecord) {
 
 // A defect deleted for good takes the attachments stored in the project with it; those in
 // the attachments folder are the folder's business.
-TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
-  TempDir dir;
-  ScriptedUi ui;
-  CProjectStore store(ui);
-  ASSERT_EQ(store.Create(dir.File("p.qmk"), 0), DBStatus::kOk);
-  ASSERT_EQ(store.AddTable(kDefectTag, {}), DBStatus::kOk);
-  ASSERT_EQ(store.AddTable(MakeTag("atch"), {}), DBStatus::kOk);
+TEST_F(ProjectTest, DeletingADefectDeletesItsStoredAttachments) {
+  CProjectStore& store = *doc.store();
   std::uint32_t first = 0;
   std::uint32_t second = 0;
   ASSERT_EQ(store.AddRecord(MakeTag("atch"), std::vector<std::uint8_t>{1}, &first), DBStatus::kOk);
   ASSERT_EQ(store.AddRecord(MakeTag("atch"), std::vector<std::uint8_t>{2}, &second), DBStatus::kOk);
-  CDefectTable table(&store, ui, nullptr);
-  std::unique_ptr<RecordItem> item = table.NewItem();
-  auto& defect = static_cast<CDefect&>(*item);
+  CDefect& defect = AddDefect("Gone");
   for (const std::uint32_t id : {first, 0u, CFileAttachment::kInFolder, second}) {
     auto row = std::make_unique<CReportedBy>();
     auto attachment = std::make_unique<CFileAttachment>();
@@ -353,14 +274,13 @@ TEST(DefectTable, DeletingADefectDeletesItsStoredAttachments) {
     row->AddAttachment(std::move(attachment));
     defect.AddReportedBy(std::move(row));
   }
-  ASSERT_EQ(table.AddItem(item), DBStatus::kOk);
-  ASSERT_EQ(table.DeleteItem(defect, false), DBStatus::kOk);
+  ASSERT_EQ(defects().SaveItem(defect), DBStatus::kOk);
+  ASSERT_EQ(defects().DeleteItem(defect, false), DBStatus::kOk);
   std::uint32_t count = 1;
   ASSERT_EQ(store.CountRecords(MakeTag("atch"), count), DBStatus::kOk);
   EXPECT_EQ(count, 0u);
   ASSERT_EQ(store.CountRecords(kDefectTag, count), DBStatus::kOk);
   EXPECT_EQ(count, 0u);
-  EXPECT_EQ(table.count(), 0u);
 }
 
 }  // namespace

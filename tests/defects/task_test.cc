@@ -7,26 +7,14 @@
 
 #include <algorithm>
 
-#include "defects/fake_lookups.h"
-#include "session/db_doc.h"
+#include "defects/fixtures.h"
 #include "session/item_error.h"
-#include "session/record_notice.h"
-#include "shell/project_item_kinds.h"
-#include "store/file_bytes.h"
-#include "support/child_process.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 constexpr Tag kPrio = MakeTag("prio");
-
-std::uint32_t Day(int month, int day, int hour = 0) {
-  return platform::StampFromCivil({2025, month, day, hour, 0, 0});
-}
 
 std::vector<std::uint8_t> Record(std::uint16_t version) {
   Bytes b;
@@ -43,18 +31,12 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   const std::vector<std::uint8_t> bytes = Record(1);
   PayloadReader in(bytes);
   task.ReadFrom(in);
-  EXPECT_TRUE(task.deleted);
-  EXPECT_EQ(task.kind, kTaskNotification) << "kind comes before status in the record";
-  EXPECT_EQ(task.status, kTaskOnHold);
-  EXPECT_EQ(task.priorityId, 0x01020304u);
-  EXPECT_EQ(task.toDo.str(), "Write the manual");
-  EXPECT_EQ(task.versionNeeded.str(), "2.1");
-  EXPECT_EQ(task.dateNeeded, Day(3, 7));
-  EXPECT_EQ(task.dateEntered, kNone);
-  EXPECT_EQ(task.ownerId, 12u);
-  EXPECT_EQ(task.reservedId, 99u);
-  EXPECT_EQ(task.access, 1u);
-  EXPECT_EQ(task.description, "two\rlines");
+  // The kind comes before the status in the record.
+  EXPECT_EQ(std::tuple(task.deleted, task.kind, task.status, task.priorityId, task.toDo.str(),
+                       task.versionNeeded.str(), task.dateNeeded, task.dateEntered, task.ownerId,
+                       task.reservedId, task.access, task.description),
+            std::tuple(true, kTaskNotification, kTaskOnHold, 0x01020304u, "Write the manual", "2.1",
+                       Day(3, 7), kNone, 12u, 99u, 1, "two\rlines"));
   EXPECT_EQ(task.Pack(), Record(1));
 
   // A new task: open, a reminder, private, nobody's; the version needed keeps 35 bytes.
@@ -66,33 +48,26 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0);
   EXPECT_EQ(fresh.Pack(), b.b);
 
-  for (const std::uint16_t version : {std::uint16_t{0}, std::uint16_t{2}, std::uint16_t{0x100}}) {
-    CTask other;
-    const std::vector<std::uint8_t> otherBytes = Record(version);
+  for (const int version : {0, 2, 0x100}) {
+    const std::vector<std::uint8_t> otherBytes = Record(static_cast<std::uint16_t>(version));
     PayloadReader bad(otherBytes);
     try {
-      other.ReadFrom(bad);
+      CTask().ReadFrom(bad);
       ADD_FAILURE() << "version " << version << " was read";
     } catch (const ItemError& e) {
-      EXPECT_EQ(e.code(), 1u);
+      EXPECT_EQ(e.code(), kItemFailed);
     }
   }
 }
 
-class TaskForms : public ::testing::Test {
+// Sample defect 7 assigned to Smith, Ann; priorities Immediate and Low in that order.
+class TaskForms : public SampleDefect {
  protected:
   void SetUp() override {
-    lookups.AddValues({{kPrio, 5, "High"}, {kPrio, 6, "Low"}});
-    lookups.positions[{kPrio, 5}] = 1;
+    lookups.AddValues({{kPrio, 6, "Low"}});
+    lookups.positions[{kPrio, 4}] = 1;
     lookups.positions[{kPrio, 6}] = 2;
-    lookups.users[1].SetLastName("Zeller");
-    lookups.users[2].SetLastName("Adams");
-    defect.number = 42;
-    defect.summary = "Crash on save";
-    auto assign = std::make_unique<CAssignEvent>();
-    assign->userId = 2;
-    assign->date = Day(1, 2);
-    defect.AddEvent(std::move(assign));
+    Add<CAssignEvent>(1, 2, "");
   }
   // A task of the table, made as the table makes one.
   std::unique_ptr<CTask> Task(std::uint16_t kind, const char* toDo) {
@@ -100,7 +75,7 @@ class TaskForms : public ::testing::Test {
     auto task = std::unique_ptr<CTask>(static_cast<CTask*>(item.release()));
     task->kind = kind;
     task->toDo = toDo;
-    if (kind == kTaskDefect) task->defect = &defect;
+    if (kind == kTaskDefect) task->defect = &d;
     return task;
   }
   // The to-do texts of the tasks in the order the table sorts them.
@@ -114,10 +89,8 @@ class TaskForms : public ::testing::Test {
     return names;
   }
 
-  FakeLookups lookups;
   ScriptedUi ui;
   CTaskTable table{nullptr, ui, &lookups};
-  CDefect defect;
 };
 
 TEST_F(TaskForms, TextFormNamesAndColumns) {
@@ -137,29 +110,24 @@ TEST_F(TaskForms, TextFormNamesAndColumns) {
             "Date Needed: \r\n"
             "Version Needed: 3.0\r\n"
             "Description: First\r\nSecond\r\n");
-  task->priorityId = 77;
-  text.clear();
-  task->WriteText(text);
-  EXPECT_NE(text.find("Priority: <not set>\r\n"), std::string::npos);
-
   EXPECT_EQ(task->GetName(), "Call the printer people");
   auto derived = Task(kTaskDefect, "");
-  EXPECT_EQ(derived->GetName(), "#42 - Crash on save");
+  EXPECT_EQ(derived->GetName(), "#7 - Crash <on> save");
   EXPECT_EQ(derived->OwnerId(), 2u) << "the defect's assignee, whatever ownerId says";
-  task->ownerId = 1;
-  EXPECT_EQ(task->OwnerId(), 1u);
+  task->ownerId = 3;
+  EXPECT_EQ(task->OwnerId(), 3u);
 
-  const std::vector<std::string> expected = {
-      "Done", "Reminder", "<not set>", "Call the printer people", "", "2/3/2025", "Zeller"};
-  for (std::uint16_t column = 1; column <= 7; ++column) {
+  // The columns 1 to 8, "?" where there is none; a priority that is gone is not set.
+  task->priorityId = 77;
+  std::string cells;
+  for (std::uint16_t column = 1; column <= 8; ++column) {
     std::string cell;
-    EXPECT_TRUE(task->GetColumnText(column, cell));
-    EXPECT_EQ(cell, expected[column - 1]) << "column " << column;
+    cells += (task->GetColumnText(column, cell) ? cell : "?") + "|";
   }
+  EXPECT_EQ(cells, "Done|Reminder|<not set>|Call the printer people||2/3/2025|Lee|?|");
   std::string cell;
   EXPECT_TRUE(derived->GetColumnText(7, cell));
-  EXPECT_EQ(cell, "Adams");
-  EXPECT_FALSE(task->GetColumnText(8, cell));
+  EXPECT_EQ(cell, "Smith, Ann");
   EXPECT_EQ(TaskKindText(3), "Notification");
   EXPECT_EQ(TaskStatusText(1), "On Hold");
   EXPECT_EQ(TaskStatusText(4), "");
@@ -169,12 +137,12 @@ TEST_F(TaskForms, SortByColumnCode) {
   auto a = Task(kTaskReminder, "a");
   auto b = Task(kTaskNotification, "B");
   auto c = Task(kTaskDefect, "c");
-  auto d = Task(kTaskReminder, "d");
+  auto e = Task(kTaskReminder, "d");
   a->status = kTaskOpen;
   b->status = kTaskDone;
   c->status = kTaskOnHold;
-  d->status = kTaskDone;
-  const std::vector<CTask*> all = {a.get(), b.get(), c.get(), d.get()};
+  e->status = kTaskDone;
+  const std::vector<CTask*> all = {a.get(), b.get(), c.get(), e.get()};
 
   using Names = std::vector<std::string>;
   EXPECT_EQ(Sorted(all, 1), (Names{"B", "d", "a", "c"})) << "status, the higher first";
@@ -184,13 +152,13 @@ TEST_F(TaskForms, SortByColumnCode) {
 
   // By the priority's place in its list, not by its id; none at all comes first.
   a->priorityId = 6;
-  b->priorityId = 5;
-  d->priorityId = 5;
+  b->priorityId = 4;
+  e->priorityId = 4;
   EXPECT_EQ(Sorted(all, 3), (Names{"c", "B", "d", "a"}));
 
   // Date needed: not set first, two not set by the version needed, set ones by day.
   a->dateNeeded = Day(4, 1, 20);
-  d->dateNeeded = Day(3, 9);
+  e->dateNeeded = Day(3, 9);
   b->versionNeeded = "2.0";
   c->versionNeeded = "1.5";
   EXPECT_EQ(Sorted(all, 5), (Names{"c", "B", "d", "a"}));
@@ -198,9 +166,9 @@ TEST_F(TaskForms, SortByColumnCode) {
   EXPECT_EQ(table.CompareItems(*a, *b, {5, 1}), 0) << "the same day";
   EXPECT_EQ(Sorted(all, 5, 2), (Names{"a", "B", "d", "c"}));
 
-  // The owner by name: c's is the defect's assignee Adams, d's Zeller, a and b nobody.
-  d->ownerId = 1;
-  EXPECT_EQ(Sorted(all, 7), (Names{"a", "B", "c", "d"}));
+  // The owner by name: c's is the defect's assignee Smith, e's Lee, a and b nobody.
+  e->ownerId = 3;
+  EXPECT_EQ(Sorted(all, 7), (Names{"a", "B", "d", "c"}));
 
   c->dateEntered = Day(1, 1);
   EXPECT_EQ(Sorted(all, 6), (Names{"a", "B", "d", "c"}));
@@ -220,108 +188,74 @@ TEST_F(TaskForms, WhichTasksAListShows) {
   gone->ownerId = 2;
   gone->deleted = true;
 
-  struct Case {
-    const CTask* task;
-    bool toUser2, toUser1, toNobody;
-  };
-  const Case cases[] = {{mine.get(), true, false, false},
-                        {shared.get(), true, true, true},
-                        {nobodys.get(), false, false, true},
-                        {derived.get(), true, true, false},
-                        {gone.get(), false, false, false}};
-  for (const Case& c : cases) {
-    EXPECT_EQ(ShownInWorkbook(*c.task, 2), c.toUser2) << c.task->GetName();
-    EXPECT_EQ(ShownInWorkbook(*c.task, 1), c.toUser1) << c.task->GetName();
-    EXPECT_EQ(ShownInWorkbook(*c.task, 0), c.toNobody) << c.task->GetName();
+  // Shown to users 2 and 1 and to nobody logged in.
+  const std::pair<const CTask*, const char*> cases[] = {{mine.get(), "x.."},
+                                                        {shared.get(), "xxx"},
+                                                        {nobodys.get(), "..x"},
+                                                        {derived.get(), "xx."},
+                                                        {gone.get(), "..."}};
+  for (const auto& [task, expected] : cases) {
+    std::string shown;
+    for (const std::uint32_t user : {2u, 1u, 0u}) shown += ShownInWorkbook(*task, user) ? 'x' : '.';
+    EXPECT_EQ(shown, expected) << task->GetName();
   }
 }
 
-class Workbook : public ::testing::Test {
+class Workbook : public ProjectTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(doc.NewProject(path, true), 1);
-    defects = static_cast<CDefectTable*>(doc.GetTable(kDefectTag));
+    ProjectTest::SetUp();
     tasks = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
     ASSERT_NE(tasks, nullptr) << "the project makes the task table";
     me = doc.currentUserId();
-    ASSERT_NE(me, 0u);
   }
-  CDefect* AddDefect(const char* summary, std::uint32_t number, std::uint32_t assignee) {
-    std::unique_ptr<RecordItem> item = defects->NewItem();
-    auto& d = static_cast<CDefect&>(*item);
-    d.summary = summary;
-    d.number = number;
-    if (assignee != 0) {
-      auto assign = std::make_unique<CAssignEvent>();
-      assign->userId = assignee;
-      assign->date = Day(5, 1);
-      d.AddEvent(std::move(assign));
-    }
-    EXPECT_EQ(defects->AddItem(item), DBStatus::kOk);
-    return &d;
-  }
-  CTask* AddTask(const char* toDo, std::uint16_t kind = kTaskReminder) {
+  CTask* AddTask(const char* toDo) {
     std::unique_ptr<RecordItem> item = tasks->NewItem();
     auto& t = static_cast<CTask&>(*item);
     t.toDo = toDo;
-    t.kind = kind;
     t.ownerId = me;
     EXPECT_EQ(tasks->AddItem(item), DBStatus::kOk);
     return &t;
   }
-  std::vector<std::string> Names() const {
-    std::vector<std::string> rows;
-    for (std::uint32_t p = 1; p <= tasks->count(); ++p) rows.push_back(tasks->TaskAt(p)->GetName());
+  // The names of the workbook's rows, each ended by "|".
+  std::string Names() const {
+    std::string rows;
+    for (std::uint32_t p = 1; p <= tasks->count(); ++p) rows += tasks->TaskAt(p)->GetName() + "|";
     return rows;
   }
 
-  TempDir dir;
-  std::string path = dir.File("p.qmk");
-  ScriptedUi ui;
-  QuietHost host;
-  ProjectItemKinds kinds;
-  CDBDoc doc{ui, kinds, host};
-  CDefectTable* defects = nullptr;
   CTaskTable* tasks = nullptr;
   std::uint32_t me = 0;
 };
 
-TEST_F(Workbook, RebuildAtLoginMakesOneRowPerAssignedDefect) {
-  AddTask("Own reminder");
+// The rows of the user's defects are made at login and never stored; the user's own tasks
+// are stored and load with the project.
+TEST_F(Workbook, RebuildAtLoginAndStoredTasks) {
+  CTask* own = AddTask("Own reminder");
+  own->description = "weekly";
+  ASSERT_EQ(tasks->SaveItem(*own), DBStatus::kOk);
   AddDefect("Mine", 7, me);
   AddDefect("Someone else's", 8, me + 100);
   AddDefect("Nobody's", 9, 0);
-  CDefect* gone = AddDefect("Marked deleted", 10, me);
-  gone->deleted = true;
-  CDefect* second = AddDefect("Also mine", 11, me);
+  AddDefect("Marked deleted", 10, me).deleted = true;
+  CDefect& second = AddDefect("Also mine", 11, me);
 
-  using Rows = std::vector<std::string>;
-  RebuildWorkbook(*tasks, *defects, me);
-  EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine", "#11 - Also mine"}));
-  RebuildWorkbook(*tasks, *defects, me);
-  EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine", "#11 - Also mine"}))
-      << "a second login makes no double rows";
+  RebuildWorkbook(*tasks, defects(), me);
+  EXPECT_EQ(Names(), "Own reminder|#7 - Mine|#11 - Also mine|");
+  RebuildWorkbook(*tasks, defects(), me);
+  EXPECT_EQ(Names(), "Own reminder|#7 - Mine|#11 - Also mine|") << "no double rows";
   EXPECT_EQ(tasks->TaskAt(2)->GetId(), 0u) << "never stored";
+  EXPECT_EQ(DropDefectTasks(*tasks, second), 1u);
+  EXPECT_EQ(Names(), "Own reminder|#7 - Mine|");
+  RebuildWorkbook(*tasks, defects(), 0);
+  EXPECT_EQ(Names(), "Own reminder|");
 
-  EXPECT_EQ(DropDefectTasks(*tasks, *second), 1u);
-  EXPECT_EQ(Names(), (Rows{"Own reminder", "#7 - Mine"}));
-
-  RebuildWorkbook(*tasks, *defects, 0);
-  EXPECT_EQ(Names(), (Rows{"Own reminder"}));
-}
-
-TEST_F(Workbook, StoredTasksLoadWithTheProject) {
-  CTask* task = AddTask("Back up the file");
-  task->description = "weekly";
-  ASSERT_EQ(tasks->SaveItem(*task), DBStatus::kOk);
   doc.CloseProject();
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
-  const auto* loaded = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
-  ASSERT_NE(loaded, nullptr);
-  ASSERT_EQ(loaded->count(), 1u);
-  EXPECT_EQ(loaded->TaskAt(1)->toDo.str(), "Back up the file");
-  EXPECT_EQ(loaded->TaskAt(1)->description, "weekly");
-  EXPECT_NE(loaded->TaskAt(1)->lookups(), nullptr);
+  tasks = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
+  ASSERT_NE(tasks, nullptr);
+  EXPECT_EQ(tasks->TaskAt(1)->description, "weekly");
+  EXPECT_NE(tasks->TaskAt(1)->lookups(), nullptr);
 }
 
 // Another client holds one task locked: the task of a defect and the locked one are left
@@ -330,28 +264,11 @@ TEST_F(Workbook, DeleteLeavesOutDefectsAndLockedTasks) {
   CTask* held = AddTask("Held");
   CTask* free = AddTask("Free");
   AddDefect("Mine", 7, me);
-  RebuildWorkbook(*tasks, *defects, me);
+  RebuildWorkbook(*tasks, defects(), me);
   CTask* derived = tasks->TaskAt(3);
   ASSERT_EQ(derived->kind, kTaskDefect);
-  const std::uint32_t heldId = held->GetId();
   const std::uint32_t freeId = free->GetId();
-  const std::string file = path;
-  Child other([file, heldId, freeId](Child::Channel& c) {
-    ScriptedUi childUi;
-    CProjectStore store(childUi);
-    if (store.Open(file) != DBStatus::kOk || store.LoginUser(77) != DBStatus::kOk ||
-        store.LockRecord(kTasksTag, heldId, 77) != DBStatus::kOk) {
-      return 1;
-    }
-    c.Send("locked");
-    c.Receive();
-    Notice notice;
-    if (store.GetNextMessage(notice) != DBStatus::kOk) return 2;
-    Bytes expected;
-    expected.tag("task").u32(freeId);
-    return notice.kind == kNoticeDeleted && notice.data == expected.b ? 0 : 3;
-  });
-  ASSERT_EQ(other.Receive(), "locked");
+  const auto other = LockingClient(kTasksTag, {held->GetId()}, freeId);
 
   ui.Script({ui::Answer::kOk, ui::Answer::kOk, ui::Answer::kCancel});
   EXPECT_EQ(DeleteTasks(doc, *tasks, {derived, held, free}, ui), 0u);
@@ -371,8 +288,8 @@ TEST_F(Workbook, DeleteLeavesOutDefectsAndLockedTasks) {
   EXPECT_EQ(ui.shown.back().buttons, ui::Buttons::kOkCancel);
   EXPECT_EQ(tasks->count(), 2u);
   EXPECT_EQ(tasks->ItemById(freeId), nullptr);
-  other.Send("look");
-  EXPECT_EQ(other.Wait(), 0);
+  other->Send("look");
+  EXPECT_EQ(other->Wait(), 0);
 }
 
 }  // namespace
