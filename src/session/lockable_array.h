@@ -1,6 +1,5 @@
 // LockableArray, the one container of the program: 1-based positions, a lock count that
-// keeps loops safe from structural change, sorting by a key object, and iterators that
-// survive the removal of their current element.
+// keeps loops safe from structural change, and sorting by a key object.
 #pragma once
 
 #include <algorithm>
@@ -18,9 +17,6 @@ namespace qm {
 inline constexpr std::uint32_t kArrayEnd = 0x7FFFFFFF;
 
 template <class T>
-class ArrayIterator;
-
-template <class T>
 class LockableArray {
  public:
   // Compares by the shared default key of T.
@@ -32,9 +28,6 @@ class LockableArray {
       : ownedKey_(std::move(key)), key_(ownedKey_.get()) {}
   LockableArray(const LockableArray&) = delete;
   LockableArray& operator=(const LockableArray&) = delete;
-  ~LockableArray() {
-    for (ArrayIterator<T>* it : iterators_) it->ArrayGone();
-  }
 
   std::uint32_t count() const { return static_cast<std::uint32_t>(elements_.size()); }
   const ArrayKey<T>& key() const { return *key_; }
@@ -62,9 +55,6 @@ class LockableArray {
   }
   // The element at a position, valid until the next insertion or removal; null when
   // there is none.
-  T* GetElementAddress(std::uint32_t position) {
-    return const_cast<T*>(std::as_const(*this).ElementAt(position));
-  }
   const T* ElementAt(std::uint32_t position) const {
     const std::uint32_t p = Resolve(position);
     return p == 0 ? nullptr : &elements_[p - 1];
@@ -81,7 +71,6 @@ class LockableArray {
     position = std::clamp<std::uint32_t>(position, 1, count() + 1);
     elements_.insert(elements_.begin() + (position - 1), n, value);
     isSorted_ = keepSorted_;
-    for (ArrayIterator<T>* it : iterators_) it->Inserted(position, n);
     return position;
   }
 
@@ -95,7 +84,6 @@ class LockableArray {
     if (p == 0) return 0;
     n = std::min(n, count() - p + 1);
     elements_.erase(elements_.begin() + (p - 1), elements_.begin() + (p - 1 + n));
-    for (ArrayIterator<T>* it : iterators_) it->Removed(p, n);
     return n;
   }
 
@@ -114,46 +102,9 @@ class LockableArray {
     return true;
   }
 
-  // Exchanges two elements; refused with keepSorted.
-  bool Swap(std::uint32_t a, std::uint32_t b) {
-    const std::uint32_t pa = Resolve(a);
-    const std::uint32_t pb = Resolve(b);
-    if (keepSorted_ || pa == 0 || pb == 0) return false;
-    std::swap(elements_[pa - 1], elements_[pb - 1]);
-    isSorted_ = false;
-    return true;
-  }
-
-  // Takes the element at `from` to `to`; the elements between shift by one. Refused with
-  // keepSorted.
-  bool Move(std::uint32_t from, std::uint32_t to) {
-    const std::uint32_t pf = Resolve(from);
-    const std::uint32_t pt = Resolve(to);
-    if (keepSorted_ || pf == 0 || pt == 0) return false;
-    const auto first = elements_.begin();
-    if (pf < pt) {
-      std::rotate(first + (pf - 1), first + pf, first + pt);
-    } else {
-      std::rotate(first + (pt - 1), first + (pf - 1), first + pf);
-    }
-    isSorted_ = false;
-    return true;
-  }
-
-  // The position of an element equal to `value` by the key, or 0. A sorted array is
-  // searched by halves, so among equal elements any one may be found; else the first.
-  std::uint32_t Find(const T& value) const {
-    if (isSorted_) {
-      const std::uint32_t p = FindSortedPosition(value);
-      return p >= 1 && p <= count() && key_->Equal(elements_[p - 1], value) ? p : 0;
-    }
-    for (std::uint32_t p = 1; p <= count(); ++p) {
-      if (key_->Equal(elements_[p - 1], value)) return p;
-    }
-    return 0;
-  }
-
-  // As Find, by the key's CompareToKey.
+  // The position of an element equal to key `k` by the key's CompareToKey, or 0. A sorted
+  // array is searched by halves, so among equal elements any one may be found; else the
+  // first.
   std::uint32_t FindKey(const KeyRef& k) const {
     if (isSorted_) {
       const std::uint32_t p = FindSortedPositionForKey(k);
@@ -163,12 +114,6 @@ class LockableArray {
       if (key_->EqualToKey(elements_[p - 1], k)) return p;
     }
     return 0;
-  }
-
-  // Finds and removes one element equal to `value`; false when there is none.
-  bool RemoveValue(const T& value) {
-    const std::uint32_t p = Find(value);
-    return p != 0 && Remove(p) != 0;
   }
 
   // Where `value` belongs in a sorted array: the position of an equal element, else the
@@ -212,8 +157,6 @@ class LockableArray {
   }
 
  private:
-  friend class ArrayIterator<T>;
-
   // A 1-based position of an existing element, or 0.
   std::uint32_t Resolve(std::uint32_t position) const {
     if (position == kArrayEnd) return count();
@@ -260,77 +203,12 @@ class LockableArray {
     }
   }
 
-  void Register(ArrayIterator<T>* it) const { iterators_.push_back(it); }
-  void Leave(ArrayIterator<T>* it) const { std::erase(iterators_, it); }
-
   std::unique_ptr<const ArrayKey<T>> ownedKey_;
   const ArrayKey<T>* key_;
   std::vector<T> elements_;
   std::uint32_t lockCount_ = 0;
-  mutable std::vector<ArrayIterator<T>*> iterators_;
   bool isSorted_ = false;
   bool keepSorted_ = false;
-};
-
-// Walks an array from the first element to the last. Elements inserted at or before the
-// current one are not visited; when the current element is removed, Next goes on with
-// the one that followed it. So a loop may delete what it visits. An iterator whose array
-// is destroyed answers false.
-template <class T>
-class ArrayIterator {
- public:
-  explicit ArrayIterator(const LockableArray<T>& array) : array_(&array) { array.Register(this); }
-  ArrayIterator(const ArrayIterator&) = delete;
-  ArrayIterator& operator=(const ArrayIterator&) = delete;
-  ~ArrayIterator() {
-    if (array_ != nullptr) array_->Leave(this);
-  }
-
-  // Moves on and copies out the element; false at the end.
-  bool Next(T& out) {
-    if (array_ == nullptr || state_ == State::kEnd) return false;
-    const std::uint32_t next = state_ == State::kRemoved ? next_ : current_ + 1;
-    if (next > array_->count()) {
-      state_ = State::kEnd;
-      current_ = 0;
-      return false;
-    }
-    state_ = State::kOn;
-    current_ = next;
-    out = array_->elements_[next - 1];
-    return true;
-  }
-
-  // The position of the element last given out; 0 before the first, at the end, after
-  // its removal and when the array is gone.
-  std::uint32_t position() const { return state_ == State::kOn ? current_ : 0; }
-
- private:
-  friend class LockableArray<T>;
-  enum class State { kOn, kEnd, kRemoved };
-
-  void Inserted(std::uint32_t position, std::uint32_t n) {
-    if (state_ == State::kOn && current_ != 0 && position <= current_) current_ += n;
-    if (state_ == State::kRemoved && position <= next_) next_ += n;
-  }
-  void Removed(std::uint32_t position, std::uint32_t n) {
-    if (state_ == State::kOn && current_ >= position) {
-      if (current_ < position + n) {
-        state_ = State::kRemoved;
-        next_ = position;
-      } else {
-        current_ -= n;
-      }
-    } else if (state_ == State::kRemoved && next_ > position) {
-      next_ = next_ >= position + n ? next_ - n : position;
-    }
-  }
-  void ArrayGone() { array_ = nullptr; }
-
-  const LockableArray<T>* array_;
-  State state_ = State::kOn;
-  std::uint32_t current_ = 0;  // 0: before the first element
-  std::uint32_t next_ = 0;     // after a removal: the element that followed the hole
 };
 
 }  // namespace qm

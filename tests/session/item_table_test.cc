@@ -297,11 +297,10 @@ TEST_F(ItemTableTest, WorkingCopiesHoldButDoNotOwn) {
   }
   EXPECT_EQ(At(table, 1).owners().size(), 2u) << "a destroyed copy leaves the items be";
 
-  // Deleting while iterating: each deleted item also leaves the copy.
-  ArrayIterator<RecordItem*> it(table.items());
-  for (RecordItem* item = nullptr; it.Next(item);) {
-    if (static_cast<Note*>(item)->number % 2 == 0) {
-      ASSERT_EQ(table.DeleteItem(*item, false), DBStatus::kOk);
+  // Each deleted item also leaves the copy.
+  for (std::uint32_t p = table.count(); p >= 1; --p) {
+    if (static_cast<Note&>(At(table, p)).number % 2 == 0) {
+      ASSERT_EQ(table.DeleteItem(At(table, p), false), DBStatus::kOk);
     }
   }
   EXPECT_EQ(Names(*copy), "b d f");
