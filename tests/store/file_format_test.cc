@@ -54,18 +54,12 @@ TEST_F(FileFormat, NewFileHasEveryBlockAtItsOffset) {
   EXPECT_TRUE(ui.shown.empty());
 }
 
-// Checksum table values of the bytes used below: 00 -> 0001, 01 -> 0004, FF -> E902,
-// 41 -> 4844, 42 -> 2421, 78 -> 8001.
+// The table values of the bytes are checked in the records below; here the sums of long
+// payloads, taken whole, in pieces, and both ways.
 TEST_F(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
   EXPECT_EQ(Checksum::Of(nullptr, 0), 0);
-  const std::vector<std::uint8_t> ff(1001, 0xFF);
+  const std::vector<std::uint8_t> ff(1001, 0xFF);  // table value E902
   EXPECT_EQ(Checksum::Of(ff.data(), ff.size()), static_cast<std::uint16_t>(1001u * 0xE902));
-  const std::vector<std::uint8_t> mixed = {0x00, 0x01, 0xFF, 0x41, 0x42, 0x78, 0x00, 0x01, 0xFF,
-                                           0x41, 0x42, 0x78, 0x00, 0x01, 0xFF, 0x41, 0x42};
-  const unsigned six = 0x0001 + 0x0004 + 0xE902 + 0x4844 + 0x2421 + 0x8001;
-  EXPECT_EQ(Checksum::Of(mixed.data(), mixed.size()),
-            static_cast<std::uint16_t>(2 * six + 0x0001 + 0x0004 + 0xE902 + 0x4844 + 0x2421));
-  // Both ways of summing agree with the sum byte by byte, at every length.
   std::vector<std::uint8_t> noise(300);
   for (std::size_t i = 0; i < noise.size(); ++i) noise[i] = static_cast<std::uint8_t>(i * 167 + 13);
   for (std::size_t n = 0; n <= noise.size(); n += 7) {
@@ -79,10 +73,10 @@ TEST_F(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
           << n;
     }
   }
-  Checksum pieces;  // the sum may be taken in pieces of any length
-  pieces.Add(mixed.data(), 5);
-  pieces.Add(mixed.data() + 5, 12);
-  EXPECT_EQ(pieces.value(), Checksum::Of(mixed.data(), mixed.size()));
+  Checksum pieces;
+  pieces.Add(noise.data(), 5);
+  pieces.Add(noise.data() + 5, 12);
+  EXPECT_EQ(pieces.value(), Checksum::Of(noise.data(), 17));
 }
 
 TEST_F(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
@@ -198,23 +192,48 @@ std::vector<std::uint8_t> OldFile(std::uint16_t version, const std::vector<std::
   return f.b;
 }
 
-// The long user block goes to the end of the file; the version says whether records carry
-// headers, so 352 becomes 358 and the versions without headers become 357.
-TEST_F(FileFormat, OlderFilesGainTheLongUserBlock) {
-  for (const auto& [before, after] :
+// A file of an older version is read and extended in its own form. Upgraded, it gains the
+// long user block at the end of the file; the version says whether records carry headers,
+// so 352 becomes 358 and the versions without headers become 357.
+TEST_F(FileFormat, OlderFilesAreReadExtendedAndUpgraded) {
+  // Payloads of 'x' (table value 8001) and NUL (0001) so the headers' sums are easy.
+  const std::vector<std::string> payloads = {"xx", std::string("x\0x", 3)};
+  for (const auto& [version, upgraded] :
        std::vector<std::pair<std::uint16_t, std::uint16_t>>{{336, 357}, {352, 358}, {357, 357}}) {
-    SCOPED_TRACE(before);
-    const std::string path = dir.File("up" + std::to_string(before) + ".qmk");
-    const std::vector<std::uint8_t> old = OldFile(before, {"xx"});
-    WriteFileBytes(path, old);
+    SCOPED_TRACE(version);
+    const std::string path = dir.File("old" + std::to_string(version) + ".qmk");
+    WriteFileBytes(path, OldFile(version, payloads));
+    const std::size_t length = ReadFileBytes(path).size();
+    {
+      CProjectStore store(ui);
+      ASSERT_EQ(store.Open(path), DBStatus::kOk);
+      EXPECT_EQ(store.header().version, version);
+      std::vector<std::uint8_t> payload;
+      std::uint32_t id = 0;
+      ASSERT_EQ(store.ReadRecordByIndex(kDfct, 2, payload, &id), DBStatus::kOk);
+      EXPECT_EQ(id, 8u);
+      EXPECT_EQ(std::string(payload.begin(), payload.end()), payloads[1]);
+      std::uint32_t size = 0;
+      ASSERT_EQ(store.GetRecordSize(kDfct, 7, size), DBStatus::kOk);
+      EXPECT_EQ(size, 2u);
+      // A new record takes nextId and is stored in the version's own form.
+      ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'x'}, &id), DBStatus::kOk);
+      EXPECT_EQ(id, 10u);
+    }
+    const auto old = ReadFileBytes(path);
+    Bytes added;
+    if (version == 352) added.tag("RcRd").tag("dfct").u32(10).u32(1).u16(0x8001).u16(0);
+    EXPECT_EQ(std::vector<std::uint8_t>(old.begin() + length, old.end()), added.text("x").b);
+    EXPECT_EQ(BeU32(old, 24), 42u);
+
     {
       CProjectStore store(ui);
       ASSERT_EQ(store.Open(path), DBStatus::kOk);
       ASSERT_EQ(store.UpgradeUserBlock(), DBStatus::kOk);
     }
     const std::vector<std::uint8_t> now = ReadFileBytes(path);
-    EXPECT_EQ(BeU16(now, 4), after);
-    if (before == after) {
+    EXPECT_EQ(BeU16(now, 4), upgraded);
+    if (version == upgraded) {
       EXPECT_EQ(now.size(), old.size());
       EXPECT_EQ(BeU32(now, 20), 1044u);
       continue;
@@ -231,46 +250,9 @@ TEST_F(FileFormat, OlderFilesGainTheLongUserBlock) {
     CProjectStore again(ui);
     ASSERT_EQ(again.Open(path), DBStatus::kOk);
     std::vector<std::uint8_t> payload;
-    ASSERT_EQ(again.ReadRecord(MakeTag("dfct"), 7, payload), DBStatus::kOk);
-    EXPECT_EQ(payload, (std::vector<std::uint8_t>{'x', 'x'}));
+    ASSERT_EQ(again.ReadRecord(kDfct, 10, payload), DBStatus::kOk);
+    EXPECT_EQ(payload, std::vector<std::uint8_t>{'x'});
     ASSERT_EQ(again.LoginUser(5), DBStatus::kOk);
-  }
-}
-
-TEST_F(FileFormat, ReadsAndExtendsFilesOfOlderVersions) {
-  // Payloads of 'x' (table value 8001) and NUL (0001) so the headers' sums are easy.
-  const std::vector<std::string> payloads = {"xx", std::string("x\0x", 3)};
-  for (std::uint16_t version : std::vector<std::uint16_t>{336, 352, 357}) {
-    SCOPED_TRACE(version);
-    const std::string path = dir.File("old" + std::to_string(version) + ".qmk");
-    WriteFileBytes(path, OldFile(version, payloads));
-    const std::size_t length = ReadFileBytes(path).size();
-    CProjectStore store(ui);
-    ASSERT_EQ(store.Open(path), DBStatus::kOk);
-    EXPECT_EQ(store.header().version, version);
-    std::vector<std::uint8_t> payload;
-    std::uint32_t id = 0;
-    ASSERT_EQ(store.ReadRecordByIndex(kDfct, 2, payload, &id), DBStatus::kOk);
-    EXPECT_EQ(id, 8u);
-    EXPECT_EQ(std::string(payload.begin(), payload.end()), payloads[1]);
-    std::uint32_t size = 0;
-    ASSERT_EQ(store.GetRecordSize(kDfct, 7, size), DBStatus::kOk);
-    EXPECT_EQ(size, 2u);
-
-    // A new record takes nextId and is stored in the version's own form.
-    ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'x'}, &id), DBStatus::kOk);
-    EXPECT_EQ(id, 10u);
-    ASSERT_EQ(store.Close(), DBStatus::kOk);
-    const auto f = ReadFileBytes(path);
-    if (version == 352) {
-      Bytes rec;
-      rec.tag("RcRd").tag("dfct").u32(10).u32(1).u16(0x8001).u16(0).text("x");
-      EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + length, f.end()), rec.b);
-    } else {
-      EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + length, f.end()),
-                std::vector<std::uint8_t>{'x'});
-    }
-    EXPECT_EQ(BeU32(f, 24), 42u);
   }
 }
 
@@ -362,30 +344,47 @@ TEST_F(FileFormat, OpeningClearsTheSlotsOfDeadClients) {
   EXPECT_EQ(BeU32(after, 1044 + 8), 0u);
 }
 
-// Notices of former sessions are of no use once nobody is logged in: the opening
-// removes them and enters their space, filled with FE, as one merged hole.
+// Notices of former sessions are of no use once nobody is logged in: the opening removes
+// them and enters their space, filled with FE, as one merged hole. A damaged notice entry
+// is found, never acted upon: the purge must not fill a fixed block with FE.
 TEST_F(FileFormat, OpeningPurgesOldNoticesIntoHoles) {
   const std::string path = dir.File("m.qmk");
   {
     CProjectStore store(ui);
     ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < 4; ++i) {
       ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 7), nullptr),
                 DBStatus::kOk);
     }
   }
-  CProjectStore store(ui);
-  ASSERT_EQ(store.Open(path), DBStatus::kOk);
-  EXPECT_EQ(store.GetUnusedBytes(), 3u * 44);
-  const auto f = ReadFileBytes(path);
-  for (std::size_t i = 8796; i < 8796 + 3 * 44; ++i) ASSERT_EQ(f[i], 0xFE) << i;
+  auto f = ReadFileBytes(path);
+  PutU32(f, 7240 + 20 + 3 * 12 + 4, 392);  // the last notice "stands" on the directory
+  PutU32(f, 7240 + 20 + 3 * 12 + 8, 652);
+  WriteFileBytes(path, f);
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Open(path), DBStatus::kOk);
+    EXPECT_EQ(store.GetUnusedBytes(), 3u * 44);
+    std::vector<std::uint8_t> payload;
+    EXPECT_EQ(store.ReadRecord(kMessagesTag, 1, payload), DBStatus::kNoSuchRecord);
+  }
+  const auto g = ReadFileBytes(path);
+  for (std::size_t i = 8796; i < 8796 + 3 * 44; ++i) ASSERT_EQ(g[i], 0xFE) << i;
+  EXPECT_NE(g[8796 + 3 * 44], 0xFE);
+  EXPECT_TRUE(std::equal(f.begin() + 392, f.begin() + 392 + 652, g.begin() + 392));
   Bytes holes;
   holes.tag("caps").u32(128).u32(1).u32(3).u32(0).u32(3 * 44).u32(8796).u32(3 * 44);
-  EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + 3880, f.begin() + 3880 + 32), holes.b);
-  EXPECT_EQ(BeU32(f, 7240 + 8), 0u) << "the msgs index is empty";
-  EXPECT_EQ(BeU32(f, 392 + 12 + 4), 3u) << "its TableEntry is left as it was";
-  std::vector<std::uint8_t> payload;
-  EXPECT_EQ(store.ReadRecord(kMessagesTag, 1, payload), DBStatus::kNoSuchRecord);
+  EXPECT_EQ(std::vector<std::uint8_t>(g.begin() + 3880, g.begin() + 3880 + 32), holes.b);
+  EXPECT_EQ(BeU32(g, 7240 + 8), 0u) << "the msgs index is empty";
+  EXPECT_EQ(BeU32(g, 392 + 12 + 4), 4u) << "its TableEntry is left as it was";
+
+  // A hole block whose capacity reaches beyond the file is no reason to write there.
+  f = g;
+  PutU32(f, 3880 + 4, 0x7FFFFFFF);
+  WriteFileBytes(path, f);
+  CProjectStore store(ui);
+  EXPECT_EQ(store.Open(path), DBStatus::kIoError);
+  EXPECT_EQ(ReadFileBytes(path), f);
 }
 
 // Notices that do not stand side by side become separate holes; past 128 of them the
@@ -414,39 +413,6 @@ TEST_F(FileFormat, TheHoleBlockGrowsAndMovesWhenItIsFull) {
   EXPECT_EQ(BeU32(f, end + 8), 130u);
   std::vector<std::uint8_t> out;
   EXPECT_EQ(store.ReadRecord(kDfct, 130, out), DBStatus::kOk) << "records between holes stay";
-}
-
-// Damaged notice entries and hole blocks are found, never acted upon: the purge must not
-// fill a fixed block with FE, and a capacity beyond the file is no reason to write there.
-TEST_F(FileFormat, DamagedNoticesAndHoleBlocksDestroyNothing) {
-  const std::string path = dir.File("d.qmk");
-  {
-    CProjectStore store(ui);
-    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
-    ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 1), nullptr),
-              DBStatus::kOk);
-    ASSERT_EQ(store.AddRecord(kMessagesTag, std::vector<std::uint8_t>(24, 2), nullptr),
-              DBStatus::kOk);
-  }
-  auto f = ReadFileBytes(path);
-  PutU32(f, 7240 + 20 + 4, 392);  // the first notice "stands" on the directory
-  PutU32(f, 7240 + 20 + 8, 652);
-  WriteFileBytes(path, f);
-  {
-    CProjectStore store(ui);
-    ASSERT_EQ(store.Open(path), DBStatus::kOk);
-    EXPECT_EQ(store.GetUnusedBytes(), 44u) << "only the sound notice became a hole";
-  }
-  const auto after = ReadFileBytes(path);
-  EXPECT_TRUE(std::equal(f.begin() + 392, f.begin() + 392 + 652, after.begin() + 392));
-  EXPECT_EQ(BeU32(after, 7240 + 8), 0u);
-
-  auto g = after;
-  PutU32(g, 3880 + 4, 0x7FFFFFFF);
-  WriteFileBytes(path, g);
-  CProjectStore store(ui);
-  EXPECT_EQ(store.Open(path), DBStatus::kIoError);
-  EXPECT_EQ(ReadFileBytes(path), g);
 }
 
 }  // namespace

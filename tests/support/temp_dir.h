@@ -10,7 +10,8 @@ namespace qm::test {
 
 class TempDir {
  public:
-  TempDir();
+  // Inside `base`; without one, inside $TMPDIR or /tmp.
+  explicit TempDir(const std::string& base = "");
   ~TempDir();
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
