@@ -31,42 +31,20 @@ class Clients : public ::testing::Test {
     ASSERT_EQ(store.AddRecord(kDfct, P("first"), nullptr), DBStatus::kOk);
   }
 
-  // A child that opens the file, logs in as `userId` (unless 0), says "ready", and then
-  // runs the commands it is sent until "quit".
-  std::unique_ptr<Child> Client(std::uint32_t userId) {
+  // A child that opens the file, logs in as user 7, claims dfct or locks its record 1, says
+  // what that answered, and waits for the word to end.
+  std::unique_ptr<Child> Client(bool claim) {
     const std::string file = path;
-    auto child = std::make_unique<Child>([file, userId](Child::Channel& c) {
+    auto child = std::make_unique<Child>([file, claim](Child::Channel& c) {
       ScriptedUi childUi;
       CProjectStore store(childUi);
-      if (store.Open(file) != DBStatus::kOk) return 10;
-      if (userId != 0 && store.LoginUser(userId) != DBStatus::kOk) return 11;
-      c.Send("ready");
-      for (std::string command = c.Receive(); command != "quit" && !command.empty();
-           command = c.Receive()) {
-        DBStatus s = DBStatus::kOk;
-        std::string extra;
-        if (command == "claim") {
-          s = store.LockDatabase(kDfct);
-        } else if (command == "lock") {
-          s = store.LockRecord(kDfct, 1, userId);
-        } else if (command == "post") {
-          const std::uint8_t data[8] = {0, 0, 0, 1, 0, 0, 0, 2};
-          s = store.PostMessage(userId, 1002, data);
-        } else if (command == "read") {
-          Notice n;
-          while ((s = store.GetNextMessage(n)) == DBStatus::kOk) {
-            extra += " " + std::to_string(n.sender) + ":" + std::to_string(n.kind) + ":" +
-                     std::to_string(n.data.size());
-          }
-          if (s == DBStatus::kNoMessage) s = DBStatus::kOk;
-        } else if (command == "changed") {
-          extra = store.HasChanged() ? " yes" : " no";
-        }
-        c.Send(std::to_string(Code(s)) + extra);
-      }
+      if (store.Open(file) != DBStatus::kOk || store.LoginUser(7) != DBStatus::kOk) return 10;
+      c.Send(
+          std::to_string(Code(claim ? store.LockDatabase(kDfct) : store.LockRecord(kDfct, 1, 7))));
+      c.Receive();
       return 0;
     });
-    EXPECT_EQ(child->Receive(), "ready");
+    EXPECT_EQ(child->Receive(), "0");
     return child;
   }
 
@@ -172,9 +150,7 @@ TEST_F(Clients, ASingleUserFileIsHeldByItsClient) {
 }
 
 TEST_F(Clients, AClaimDoesNotKeepWritersOutAndTenIsTheLimit) {
-  auto reader = Client(0);
-  reader->Send("claim");
-  ASSERT_EQ(reader->Receive(), "0");
+  auto reader = Client(true);
   CProjectStore writer(ui);
   ASSERT_EQ(writer.Open(path), DBStatus::kOk);
   ASSERT_EQ(writer.AddRecord(kDfct, P("while claimed"), nullptr), DBStatus::kOk);
@@ -194,15 +170,13 @@ TEST_F(Clients, AClaimDoesNotKeepWritersOutAndTenIsTheLimit) {
   EXPECT_EQ(f[391], 0);
   EXPECT_EQ(f[392], 't') << "the tenth claim leaves the directory alone";
   EXPECT_EQ(writer.LockDatabase(MakeTag("none")), DBStatus::kNoSuchTable);
-  reader->Send("quit");
+  reader->Send("end");
   EXPECT_EQ(reader->Wait(), 0);
   EXPECT_EQ(writer.LockDatabase(kDfct), DBStatus::kOk) << "a claim ends with its process";
 }
 
 TEST_F(Clients, ADeadClientsSlotAndLockAreTakenOver) {
-  auto other = Client(7);
-  other->Send("lock");
-  ASSERT_EQ(other->Receive(), "0");
+  auto other = Client(false);
 
   CProjectStore me(ui);
   ASSERT_EQ(me.Open(path), DBStatus::kOk);
@@ -260,44 +234,43 @@ TEST_F(Clients, TheLockBlockHoldsAHundredAndTwentyEightLocks) {
 }
 
 TEST_F(Clients, NoticesReachEveryOtherClientOnce) {
-  auto poster = Client(1);
-  auto second = Client(2);
-  auto third = Client(3);
-  second->Send("changed");
-  EXPECT_EQ(second->Receive(), "0 no");
-  for (int i = 0; i < 2; ++i) {
-    poster->Send("post");
-    ASSERT_EQ(poster->Receive(), "0");
+  CProjectStore poster(ui), second(ui), third(ui);
+  for (std::uint32_t user : {1, 2, 3}) {
+    CProjectStore& client = user == 1 ? poster : user == 2 ? second : third;
+    ASSERT_EQ(client.Open(path), DBStatus::kOk);
+    ASSERT_EQ(client.LoginUser(user), DBStatus::kOk);
   }
-  second->Send("changed");
-  EXPECT_EQ(second->Receive(), "0 yes");
-  second->Send("changed");
-  EXPECT_EQ(second->Receive(), "0 no");
-  for (Child* reader : {second.get(), third.get()}) {
-    reader->Send("read");
-    EXPECT_EQ(reader->Receive(), "0 1:1002:8 1:1002:8");
-    reader->Send("read");
-    EXPECT_EQ(reader->Receive(), "0") << "read once";
+  // The notices a client has not read yet, as "sender:kind:data length".
+  const auto read = [](CProjectStore& client) {
+    std::string notices;
+    Notice n;
+    while (client.GetNextMessage(n) == DBStatus::kOk) {
+      notices += " " + std::to_string(n.sender) + ":" + std::to_string(n.kind) + ":" +
+                 std::to_string(n.data.size());
+    }
+    return notices;
+  };
+  EXPECT_FALSE(second.HasChanged());
+  const std::uint8_t data[8] = {0, 0, 0, 1, 0, 0, 0, 2};
+  ASSERT_EQ(poster.PostMessage(1, 1002, data), DBStatus::kOk);
+  ASSERT_EQ(poster.PostMessage(1, 1002, data), DBStatus::kOk);
+  EXPECT_TRUE(second.HasChanged());
+  EXPECT_FALSE(second.HasChanged());
+  for (CProjectStore* reader : {&second, &third}) {
+    EXPECT_EQ(read(*reader), " 1:1002:8 1:1002:8");
+    EXPECT_EQ(read(*reader), "") << "read once";
   }
-  poster->Send("read");
-  EXPECT_EQ(poster->Receive(), "0") << "never by the poster";
+  EXPECT_EQ(read(poster), "") << "never by the poster";
 
-  CProjectStore me(ui);
-  ASSERT_EQ(me.Open(path), DBStatus::kOk);
   const std::uint32_t counter = BeU32(ReadFileBytes(path), 24);
   const std::uint8_t nine[9] = {};
-  ASSERT_EQ(me.PostMessage(4, 1001, nine), DBStatus::kOk);
+  ASSERT_EQ(third.PostMessage(4, 1001, nine), DBStatus::kOk);
   std::uint32_t count = 0;
-  ASSERT_EQ(me.CountRecords(kMessagesTag, count), DBStatus::kOk);
+  ASSERT_EQ(third.CountRecords(kMessagesTag, count), DBStatus::kOk);
   EXPECT_EQ(count, 2u) << "nine bytes of data are not posted";
-  ASSERT_EQ(me.PostMessage(4, 1001, std::vector<std::uint8_t>{'h', 'i'}), DBStatus::kOk);
+  ASSERT_EQ(third.PostMessage(4, 1001, std::vector<std::uint8_t>{'h', 'i'}), DBStatus::kOk);
   EXPECT_EQ(BeU32(ReadFileBytes(path), 24), counter + 2) << "a notice moves the counter by two";
-  second->Send("read");
-  EXPECT_EQ(second->Receive(), "0 4:1001:2");
-  for (Child* c : {poster.get(), second.get(), third.get()}) {
-    c->Send("quit");
-    EXPECT_EQ(c->Wait(), 0);
-  }
+  EXPECT_EQ(read(second), " 4:1001:2");
 }
 
 TEST(ClientsSingleUser, EverythingAnswersAtOnceAndLocksNothing) {

@@ -79,19 +79,16 @@ TEST_F(FileFormat, ChecksumsOfLongPayloadsAddEveryByte) {
   EXPECT_EQ(pieces.value(), Checksum::Of(noise.data(), 17));
 }
 
-TEST_F(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
+TEST_F(FileFormat, RecordsCarryHeaderChecksumAndIndexEntryAndTheIndexGrows) {
   const std::string path = dir.File("p.qmk");
   CProjectStore store(ui);
   ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
   ASSERT_EQ(store.AddTable(kDfct, "Defect"), DBStatus::kOk);
-  std::uint32_t id1 = 0, id2 = 0, id3 = 0;
-  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{0x00, 0x01, 0xFF}, &id1),
-            DBStatus::kOk);
-  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{}, &id2), DBStatus::kOk);
-  ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{'A', 'B', 'A'}, &id3), DBStatus::kOk);
-  EXPECT_EQ(id1, 1u);
-  EXPECT_EQ(id2, 2u);
-  EXPECT_EQ(id3, 3u);
+  for (const auto& payload :
+       {std::vector<std::uint8_t>{0x00, 0x01, 0xFF}, std::vector<std::uint8_t>{},
+        std::vector<std::uint8_t>{'A', 'B', 'A'}}) {
+    ASSERT_EQ(store.AddRecord(kDfct, payload, nullptr), DBStatus::kOk);
+  }
   ASSERT_EQ(store.Close(), DBStatus::kOk);
 
   const auto f = ReadFileBytes(path);
@@ -115,14 +112,10 @@ TEST_F(FileFormat, RecordsCarryHeaderChecksumAndIndexEntry) {
   EXPECT_EQ(std::vector<std::uint8_t>(f.begin() + 392 + 32, f.begin() + 392 + 52), entry.b);
   EXPECT_EQ(BeU16(f, 392 + 6), 2u);  // tables in use
   EXPECT_EQ(BeU32(f, 24), 3u);       // one change per add
-}
 
-TEST_F(FileFormat, IndexMovesToTheEndAtThe129thRecord) {
-  const std::string path = dir.File("p.qmk");
-  CProjectStore store(ui);
-  ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
-  ASSERT_EQ(store.AddTable(kDfct, ""), DBStatus::kOk);
-  for (std::uint8_t i = 0; i < 128; ++i) {
+  // At the 129th record the index grows by 128 entries and moves to the end of the file.
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  for (std::uint8_t i = 3; i < 128; ++i) {
     ASSERT_EQ(store.AddRecord(kDfct, std::vector<std::uint8_t>{i}, nullptr), DBStatus::kOk);
   }
   const auto before = ReadFileBytes(path);
@@ -149,46 +142,33 @@ TEST_F(FileFormat, IndexMovesToTheEndAtThe129thRecord) {
   ASSERT_EQ(store.ReadRecord(kDfct, 129, payload), DBStatus::kOk);
   EXPECT_EQ(payload, std::vector<std::uint8_t>{0xAA});
   ASSERT_EQ(store.ReadRecord(kDfct, 1, payload), DBStatus::kOk);
-  EXPECT_EQ(payload, std::vector<std::uint8_t>{0x00});
+  EXPECT_EQ(payload, (std::vector<std::uint8_t>{0x00, 0x01, 0xFF}));
 }
 
-// An older file, built by hand: tables msgs and dfct, two dfct records.
-std::vector<std::uint8_t> OldFile(std::uint16_t version, const std::vector<std::string>& payloads) {
-  const bool headers = version == 352 || version >= 358;
-  const std::size_t userSize = version >= 357 ? 2836 : 788;
-  const std::uint32_t user = 1044, hole = static_cast<std::uint32_t>(user + userSize),
-                      lock = hole + 1048, msgs = lock + 2312, dfct = msgs + 1556,
-                      records = dfct + 1556;
+// An older file, built by hand: tables msgs and dfct, dfct records 7 "xx" and 8 "x\0x" ('x'
+// has the table value 8001, NUL 0001, so the headers' sums are easy).
+std::vector<std::uint8_t> OldFile(std::uint16_t version) {
+  const std::uint32_t h = version == 352 || version >= 358 ? 20 : 0;  // record header
+  const std::uint32_t user = 1044, hole = user + (version >= 357 ? 2836 : 788), lock = hole + 1048,
+                      msgs = lock + 2312, dfct = msgs + 1556, records = dfct + 1556;
   Bytes f;
   f.tag("dbdb").u16(version).u16(1).u32(392).u32(128).u32(hole).u32(user).u32(41).u32(lock);
   f.zeros(96).zeros(264);
   f.tag("tabl").u16(32).u16(2).u32(0);
   f.tag("msgs").u32(0).u32(1).u32(msgs).u32(0);
-  f.tag("dfct").u32(static_cast<std::uint32_t>(payloads.size())).u32(10).u32(dfct).u32(5);
+  f.tag("dfct").u32(2).u32(10).u32(dfct).u32(5);
   for (int i = 2; i < 32; ++i) f.tag("????").u32(0).u32(1).u32(0).u32(0);
-  f.tag("user").u32(128).u32(0).u32(0).u32(0).zeros(userSize - 20);
+  f.tag("user").u32(128).u32(0).u32(0).u32(0).zeros(hole - user - 20);
   f.tag("caps").u32(128).u32(0).u32(0).u32(0).u32(0).zeros(1024);
   f.u32(0).u32(0);
   for (int i = 0; i < 128; ++i) f.tag("????").u32(0).u32(0).u16(0).u32(0xFFFFFFFF);
   f.tag("indx").u32(128).u32(0).u32(0).u32(0).zeros(1536);
-  f.tag("indx").u32(128).u32(static_cast<std::uint32_t>(payloads.size())).u32(9).u32(0);
-  std::uint32_t at = records;
-  for (std::size_t i = 0; i < payloads.size(); ++i) {
-    const std::uint32_t size = static_cast<std::uint32_t>(payloads[i].size() + (headers ? 20 : 0));
-    f.u32(static_cast<std::uint32_t>(7 + i)).u32(at).u32(size);
-    at += size;
-  }
-  f.zeros((128 - payloads.size()) * 12);
-  for (std::size_t i = 0; i < payloads.size(); ++i) {
-    if (headers) {
-      std::uint16_t sum = 0;
-      for (char c : payloads[i])
-        sum = static_cast<std::uint16_t>(sum + (c == 'x' ? 0x8001 : 0x0001));
-      f.tag("RcRd").tag("dfct").u32(static_cast<std::uint32_t>(7 + i));
-      f.u32(static_cast<std::uint32_t>(payloads[i].size())).u16(sum).u16(0);
-    }
-    f.text(payloads[i]);
-  }
+  f.tag("indx").u32(128).u32(2).u32(9).u32(0);
+  f.u32(7).u32(records).u32(h + 2).u32(8).u32(records + h + 2).u32(h + 3).zeros(126 * 12);
+  if (h != 0) f.tag("RcRd").tag("dfct").u32(7).u32(2).u16(0x0002).u16(0);
+  f.text("xx");
+  if (h != 0) f.tag("RcRd").tag("dfct").u32(8).u32(3).u16(0x0003).u16(0);
+  f.text(std::string("x\0x", 3));
   return f.b;
 }
 
@@ -196,13 +176,11 @@ std::vector<std::uint8_t> OldFile(std::uint16_t version, const std::vector<std::
 // long user block at the end of the file; the version says whether records carry headers,
 // so 352 becomes 358 and the versions without headers become 357.
 TEST_F(FileFormat, OlderFilesAreReadExtendedAndUpgraded) {
-  // Payloads of 'x' (table value 8001) and NUL (0001) so the headers' sums are easy.
-  const std::vector<std::string> payloads = {"xx", std::string("x\0x", 3)};
   for (const auto& [version, upgraded] :
        std::vector<std::pair<std::uint16_t, std::uint16_t>>{{336, 357}, {352, 358}, {357, 357}}) {
     SCOPED_TRACE(version);
     const std::string path = dir.File("old" + std::to_string(version) + ".qmk");
-    WriteFileBytes(path, OldFile(version, payloads));
+    WriteFileBytes(path, OldFile(version));
     const std::size_t length = ReadFileBytes(path).size();
     {
       CProjectStore store(ui);
@@ -212,7 +190,7 @@ TEST_F(FileFormat, OlderFilesAreReadExtendedAndUpgraded) {
       std::uint32_t id = 0;
       ASSERT_EQ(store.ReadRecordByIndex(kDfct, 2, payload, &id), DBStatus::kOk);
       EXPECT_EQ(id, 8u);
-      EXPECT_EQ(std::string(payload.begin(), payload.end()), payloads[1]);
+      EXPECT_EQ(std::string(payload.begin(), payload.end()), std::string("x\0x", 3));
       std::uint32_t size = 0;
       ASSERT_EQ(store.GetRecordSize(kDfct, 7, size), DBStatus::kOk);
       EXPECT_EQ(size, 2u);
@@ -258,7 +236,7 @@ TEST_F(FileFormat, OlderFilesAreReadExtendedAndUpgraded) {
 
 TEST_F(FileFormat, RefusesFilesItCannotRead) {
   const std::string path = dir.File("v.qmk");
-  auto file = OldFile(352, {"x"});
+  auto file = OldFile(352);
   struct Case {
     std::uint16_t version;
     const char* magic;
@@ -292,7 +270,7 @@ TEST_F(FileFormat, RefusesFilesItCannotRead) {
 // the user block even in a file that has the short one.
 TEST_F(FileFormat, RecordsAreKeptOutOfFixedBlocks) {
   const std::string path = dir.File("g.qmk");
-  auto f = OldFile(352, {"xx"});
+  auto f = OldFile(352);
   PutU32(f, 20, static_cast<std::uint32_t>(f.size()));
   Bytes users;
   users.tag("user").u32(128).u32(0).u32(0).u32(0).zeros(128 * 6);
