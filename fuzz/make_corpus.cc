@@ -1,6 +1,7 @@
-// Writes the seed files of the fuzz targets: into the first folder named on the command
-// line a new project file, two tables with records, a single-user file and a version-352
-// file; into the second, item records of each kind, led by the byte that picks the kind.
+// Writes the seed files of the fuzz targets into the four folders named on the command line:
+// project files for the store (new, two tables with records, single-user, version 352),
+// item records of each kind led by the byte that picks the kind, whole new projects, and a
+// defect list's saved values.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -21,8 +22,8 @@
 #include "shell/project_item_kinds.h"
 #include "shell/record_list.h"
 #include "store/project_store.h"
-#include "support/fake_files.h"
 #include "support/quiet_host.h"
+#include "support/temp_dir.h"
 
 namespace qm {
 namespace {
@@ -38,9 +39,26 @@ void Check(DBStatus status, const char* what) {
 
 std::vector<std::uint8_t> Text(const std::string& s) { return {s.begin(), s.end()}; }
 
-// Two tables with a few records each, an update that moves a record, a delete, and a
-// change notice waiting in msgs.
-void FillTwoTables(CProjectStore& store) {
+// The bytes at `path`, led by the byte `kind` when one is given.
+void Save(const std::string& path, std::vector<std::uint8_t> bytes, int kind = -1) {
+  if (kind >= 0) bytes.insert(bytes.begin(), static_cast<std::uint8_t>(kind));
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+  if (!out) {
+    std::fprintf(stderr, "make_corpus: cannot write %s\n", path.c_str());
+    std::exit(1);
+  }
+}
+
+// New files; two tables with a few records each, an update that moves a record, a delete,
+// and a change notice waiting in msgs; a single-user file; and the two tables as version
+// 352, which has record headers and the short user block.
+void WriteStoreSeeds(const std::string& folder) {
+  bench::SilentUi ui;
+  CProjectStore store(ui);
+  Check(store.Create(folder + "/new.qmk", 1), "create");
+  Check(store.Create(folder + "/two_tables.qmk", 1), "create");
   Check(store.AddTable(kDfct, "Defects"), "add table");
   Check(store.AddTable(kUser, "Users"), "add table");
   for (const char* summary : {"Crash on save", "Login forgets the name", "Wrong sort order"}) {
@@ -52,68 +70,47 @@ void FillTwoTables(CProjectStore& store) {
   Check(store.DeleteRecord(kDfct, 3), "delete");
   const std::uint8_t notice[4] = {0, 0, 0, 1};
   Check(store.PostMessage(1, 7, notice), "post");
-}
-
-void SaveBytes(const std::vector<std::uint8_t>& bytes, const std::string& path) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-  if (!out) {
-    std::fprintf(stderr, "make_corpus: cannot write %s\n", path.c_str());
-    std::exit(1);
-  }
-}
-
-void Save(test::MemoryFileSystem& files, const std::string& name, const std::string& folder) {
-  SaveBytes(files.Bytes(name), folder + "/" + name);
-}
-
-void SaveRecord(std::uint8_t kind, std::vector<std::uint8_t> bytes, const std::string& path) {
-  bytes.insert(bytes.begin(), kind);
-  SaveBytes(bytes, path);
-}
-
-// A defect list's saved values: the defaults, and columns changed and sorted.
-void WriteListSeeds(const std::string& folder) {
-  bench::SilentUi ui;
-  CDefectTable table(nullptr, ui, static_cast<const DefectLookups*>(nullptr));
-  CDefectListView list(table, ui);
-  const WindowPlacement placement{true, WindowPlacement::kNormal, {10, 20, 640, 480}};
-  SaveBytes(list.SavePlacement(placement), folder + "/defaults");
-  list.ColumnCommand(3, CRecordListView::kInsertColumn);
-  list.ColumnCommand(3, 33);
-  list.ColumnCommand(5, CRecordListView::kRemoveColumn);
-  SaveBytes(list.SavePlacement({false, WindowPlacement::kIconic, {-5, 0, 300, 200}}),
-            folder + "/changed");
-}
-
-void SaveItem(std::uint8_t kind, const RecordItem& item, const std::string& path) {
-  SaveRecord(kind, item.Pack(), path);
+  Check(store.Create(folder + "/single_user.qmk", 0), "create");
+  Check(store.AddTable(kDfct, "Defects"), "add table");
+  Check(store.AddRecord(kDfct, Text("Alone with the file"), nullptr), "add");
+  Check(store.Close(), "close");
+  const std::string two = test::ReadText(folder + "/two_tables.qmk");
+  std::vector<std::uint8_t> old(two.begin(), two.end());
+  old[4] = 352 >> 8;  // the version field
+  old[5] = 352 & 0xFF;
+  Save(folder + "/version_352.qmk", old);
 }
 
 void WriteItemSeeds(const std::string& folder) {
   CUser user;
-  user.SetFirstName("Ada");
   user.SetLastName("Lindqvist");
   user.SetLogin("ada");
-  user.SetEmail("ada@example.org");
-  SaveItem(0, user, folder + "/user");
+  Save(folder + "/user", user.Pack(), 0);
   CUserGroup group;
   group.name = "Administration";
   group.AddUser(1);
   group.SetCommandDisabled(4, true);
-  SaveItem(1, group, folder + "/group");
+  Save(folder + "/group", group.Pack(), 1);
   CTestConfig config;
   config.name = "Build machine";
-  SaveItem(2, config, folder + "/config");
+  Save(folder + "/config", config.Pack(), 2);
   ValueItem value;
   value.name = "Crash - Data Loss";
-  value.order = 1;
-  SaveItem(3, value, folder + "/value");
+  Save(folder + "/value", value.Pack(), 3);
+  ProjectSecurity security;
+  security.securityMode = 1;
+  security.projectPassword = "Open";
+  Save(folder + "/security", security.Encode(), 4);
+  ProjectInfo info;
+  info.projectName = "Atlas";
+  Save(folder + "/info", info.Encode(3'000'000'000u), 5);
+  PreferenceBlock preferences{};
+  preferences[5] = 1;
+  Save(folder + "/preferences", EncodePreferences(preferences), 6);
+  Save(folder + "/old_preferences", std::vector<std::uint8_t>(76, 2), 6);
   CDefect defect;
   defect.summary = "Crash when saving an empty report";
   defect.number = 12;
-  defect.workaround = "Add one line first";
   defect.SetNotifyList({1, 2});
   auto row = std::make_unique<CReportedBy>();
   row->description = "It crashes";
@@ -132,79 +129,52 @@ void WriteItemSeeds(const std::string& folder) {
     event->notes = "Step " + std::to_string(kind);
     defect.AddEvent(std::move(event));
   }
-  SaveItem(7, defect, folder + "/defect");
+  Save(folder + "/defect", defect.Pack(), 7);
   CTask task;
   task.toDo = "Call the customer back";
   task.description = "About the report\rthat crashed.";
   task.dateNeeded = 3'100'000'000u;
-  task.versionNeeded = "2.1";
-  task.ownerId = 1;
-  SaveItem(8, task, folder + "/task");
-  ProjectSecurity security;
-  security.securityMode = 1;
-  security.projectPassword = "Open";
-  SaveRecord(4, security.Encode(), folder + "/security");
-  ProjectInfo info;
-  info.projectName = "Atlas";
-  info.description = "Flight software";
-  SaveRecord(5, info.Encode(3'000'000'000u), folder + "/info");
-  PreferenceBlock preferences{};
-  preferences[5] = 1;
-  SaveRecord(6, EncodePreferences(preferences), folder + "/preferences");
-  SaveRecord(6, std::vector<std::uint8_t>(76, 2), folder + "/old_preferences");
+  Save(folder + "/task", task.Pack(), 8);
 }
 
 // New projects of both kinds, as the opening finds them.
-void WriteProjectSeeds(test::MemoryFileSystem& files, const std::string& folder) {
+void WriteProjectSeeds(const std::string& folder) {
   bench::SilentUi ui;
   test::QuietHost host;
   ProjectItemKinds kinds;
   for (const bool multiUser : {true, false}) {
-    const std::string name = multiUser ? "project_multi.qmk" : "project_single.qmk";
-    CDBDoc doc(ui, kinds, host, files);
-    doc.NewProject(name, multiUser);
+    CDBDoc doc(ui, kinds, host);
+    doc.NewProject(folder + (multiUser ? "/project_multi.qmk" : "/project_single.qmk"), multiUser);
     doc.CloseProject();
-    Save(files, name, folder);
   }
+}
+
+// A defect list's saved values: the defaults, and columns changed and sorted.
+void WriteListSeeds(const std::string& folder) {
+  bench::SilentUi ui;
+  CDefectTable table(nullptr, ui, static_cast<const DefectLookups*>(nullptr));
+  CDefectListView list(table, ui);
+  Save(folder + "/defaults",
+       list.SavePlacement({true, WindowPlacement::kNormal, {10, 20, 640, 480}}));
+  list.ColumnCommand(3, CRecordListView::kInsertColumn);
+  list.ColumnCommand(3, 33);
+  list.ColumnCommand(5, CRecordListView::kRemoveColumn);
+  Save(folder + "/changed",
+       list.SavePlacement({false, WindowPlacement::kIconic, {-5, 0, 300, 200}}));
 }
 
 }  // namespace
 }  // namespace qm
 
 int main(int argc, char** argv) {
-  using namespace qm;
   if (argc != 5) {
     std::fprintf(stderr,
                  "usage: make_corpus STORE-FOLDER ITEM-FOLDER PROJECT-FOLDER LIST-FOLDER\n");
     return 64;
   }
-  WriteItemSeeds(argv[2]);
-  const std::string folder = argv[1];
-  test::MemoryFileSystem files;
-  bench::SilentUi ui;
-  CProjectStore store(ui, files);
-
-  Check(store.Create("new.qmk", 1), "create");
-  Check(store.Close(), "close");
-
-  Check(store.Create("two_tables.qmk", 1), "create");
-  FillTwoTables(store);
-  Check(store.Close(), "close");
-
-  Check(store.Create("single_user.qmk", 0), "create");
-  Check(store.AddTable(kDfct, "Defects"), "add table");
-  Check(store.AddRecord(kDfct, Text("Alone with the file"), nullptr), "add");
-  Check(store.Close(), "close");
-
-  // Version 352 has record headers and the short user block; the field is at offset 4.
-  files.Bytes("version_352.qmk") = files.Bytes("two_tables.qmk");
-  files.Bytes("version_352.qmk")[4] = 352 >> 8;
-  files.Bytes("version_352.qmk")[5] = 352 & 0xFF;
-
-  for (const char* name : {"new.qmk", "two_tables.qmk", "single_user.qmk", "version_352.qmk"}) {
-    Save(files, name, folder);
-  }
-  WriteProjectSeeds(files, argv[3]);
-  WriteListSeeds(argv[4]);
+  qm::WriteStoreSeeds(argv[1]);
+  qm::WriteItemSeeds(argv[2]);
+  qm::WriteProjectSeeds(argv[3]);
+  qm::WriteListSeeds(argv[4]);
   return 0;
 }

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "platform/preference_file.h"
@@ -13,34 +12,6 @@
 #include "support/temp_dir.h"
 
 namespace {
-
-// One folder for the whole run, removed when the fuzzer ends. Every Save puts its file on
-// the device, so the folder is in memory where the system offers that.
-class Folder {
- public:
-  Folder() {
-    std::error_code error;
-    const std::filesystem::path base = std::filesystem::is_directory("/dev/shm", error)
-                                           ? "/dev/shm"
-                                           : std::filesystem::temp_directory_path();
-    std::string pattern = (base / "qm-prefs-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) std::abort();
-    path_ = pattern;
-  }
-  ~Folder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  std::string File(const char* name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
-
-void WriteBytes(const std::string& path, const std::uint8_t* data, std::size_t size) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc)
-      .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-}
 
 void Require(bool condition) {
   if (!condition) std::abort();
@@ -51,11 +22,13 @@ void Require(bool condition) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using qm::platform::PreferenceFile;
   using qm::platform::PreferenceKind;
-  static const Folder folder;
+  // Every Save puts its file on the device, so the folder is in memory where the system
+  // offers that.
+  static const qm::test::TempDir folder(std::filesystem::is_directory("/dev/shm") ? "/dev/shm"
+                                                                                  : "");
   const std::string in = folder.File("in.conf");
   const std::string out = folder.File("out.conf");
-
-  WriteBytes(in, data, size);
+  qm::test::WriteText(in, {reinterpret_cast<const char*>(data), size});
   PreferenceFile read(in);
   Require(read.Load() == PreferenceFile::LoadResult::kRead);
   PreferenceFile copy(out);

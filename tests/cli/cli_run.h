@@ -4,8 +4,6 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "support/temp_dir.h"
@@ -18,23 +16,16 @@ struct CliResult {
   std::string err;
 };
 
-inline std::string Slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
 // Runs quillmark-cli with `args` (shell words) and standard input from `input`, its
 // preferences kept in the folder's "config", never in the home of whoever runs the tests.
 inline CliResult RunCli(const TempDir& dir, const std::string& args,
                         const std::string& input = "") {
-  std::ofstream(dir.File("stdin"), std::ios::binary) << input;
+  WriteText(dir.File("stdin"), input);
   const std::string command = "XDG_CONFIG_HOME='" + dir.File("config") + "' '" + QM_CLI_PATH +
                               "' " + args + " <'" + dir.File("stdin") + "' >'" +
                               dir.File("stdout") + "' 2>'" + dir.File("stderr") + "'";
   const int status = std::system(command.c_str());
-  return {WEXITSTATUS(status), Slurp(dir.File("stdout")), Slurp(dir.File("stderr"))};
+  return {WEXITSTATUS(status), ReadText(dir.File("stdout")), ReadText(dir.File("stderr"))};
 }
 
 }  // namespace qm::test

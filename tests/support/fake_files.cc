@@ -34,9 +34,9 @@ class MemoryFile final : public platform::File {
   std::vector<std::uint8_t>& bytes_;
 };
 
-class FailingFile final : public platform::File {
+class FaultyFile final : public platform::File {
  public:
-  FailingFile(std::unique_ptr<platform::File> inner, FailingFileSystem& owner)
+  FaultyFile(std::unique_ptr<platform::File> inner, FaultyFileSystem& owner)
       : inner_(std::move(inner)), owner_(owner) {}
 
   std::size_t ReadAt(std::uint64_t offset, void* buffer, std::size_t n) override {
@@ -47,10 +47,10 @@ class FailingFile final : public platform::File {
     Check("write");
     inner_->WriteAt(offset, data, n);
   }
-  std::uint64_t Length() override { return inner_->Length(); }
+  std::uint64_t Length() override { return inner_->Length() - (owner_.shortLength ? 1 : 0); }
   void Flush() override {
     Check("flush");
-    inner_->Flush();
+    if (owner_.flushes) inner_->Flush();
   }
   bool TryLockByte(std::uint64_t offset) override { return inner_->TryLockByte(offset); }
   bool TryShareByte(std::uint64_t offset) override { return inner_->TryShareByte(offset); }
@@ -65,7 +65,7 @@ class FailingFile final : public platform::File {
   }
 
   std::unique_ptr<platform::File> inner_;
-  FailingFileSystem& owner_;
+  FaultyFileSystem& owner_;
 };
 
 }  // namespace
@@ -74,20 +74,15 @@ std::unique_ptr<platform::File> MemoryFileSystem::Open(const std::string& path,
                                                        platform::OpenMode mode) {
   if (mode == platform::OpenMode::kCreateReadWrite) {
     files_[path].clear();
-  } else if (!Exists(path)) {
+  } else if (files_.count(path) == 0) {
     throw platform::FileError(ENOENT, "open " + path);
   }
   return std::make_unique<MemoryFile>(files_[path]);
 }
 
-std::unique_ptr<platform::File> FailingFileSystem::Open(const std::string& path,
-                                                        platform::OpenMode mode) {
-  return std::make_unique<FailingFile>(inner_.Open(path, mode), *this);
-}
-
-bool FailingFileSystem::Count() {
-  ++calls_;
-  return failAt_ > 0 && (calls_ == failAt_ || (sticky_ && calls_ > failAt_));
+std::unique_ptr<platform::File> FaultyFileSystem::Open(const std::string& path,
+                                                       platform::OpenMode mode) {
+  return std::make_unique<FaultyFile>(inner_.Open(path, mode), *this);
 }
 
 }  // namespace qm::test

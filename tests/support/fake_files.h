@@ -1,5 +1,5 @@
-// Stand-ins for the operating system in tests: files kept in memory, files that fail on
-// a chosen call, and a clock that stands still unless told to move.
+// Stand-ins for the operating system in tests: files kept in memory, real files with
+// faults put in, and a clock that stands still unless told to move.
 #pragma once
 
 #include <cstdint>
@@ -20,35 +20,36 @@ class MemoryFileSystem : public platform::FileSystem {
   void Remove(const std::string& path) override { files_.erase(path); }
   // The bytes of a file; created empty when absent.
   std::vector<std::uint8_t>& Bytes(const std::string& path) { return files_[path]; }
-  bool Exists(const std::string& path) const { return files_.count(path) != 0; }
 
  private:
   std::map<std::string, std::vector<std::uint8_t>> files_;
 };
 
-// Passes every call to another file system's files and throws an input/output error
-// from the k-th counted call (reads, writes and flushes of all its files, from 1), and
-// from every call after it when `sticky`.
-class FailingFileSystem : public platform::FileSystem {
+// Passes every call to another file system's files, with the faults it is given: an
+// input/output error from the k-th counted call (reads, writes and flushes of all its
+// files, from 1), flushes that do nothing, a length that reads one byte short.
+class FaultyFileSystem : public platform::FileSystem {
  public:
-  explicit FailingFileSystem(platform::FileSystem& inner) : inner_(inner) {}
+  explicit FaultyFileSystem(platform::FileSystem& inner = platform::FileSystem::Real())
+      : inner_(inner) {}
   std::unique_ptr<platform::File> Open(const std::string& path, platform::OpenMode mode) override;
   void Remove(const std::string& path) override { inner_.Remove(path); }
 
-  void FailAt(long call, bool sticky = false) {
+  void FailAt(long call) {
     failAt_ = call;
-    sticky_ = sticky;
     calls_ = 0;
   }
   long calls() const { return calls_; }
   // Whether this call fails; counts it.
-  bool Count();
+  bool Count() { return ++calls_ == failAt_; }
+
+  bool flushes = true;
+  bool shortLength = false;
 
  private:
   platform::FileSystem& inner_;
   long calls_ = 0;
   long failAt_ = -1;
-  bool sticky_ = false;
 };
 
 // Time that moves only when told, and ticks that move by `pauseTicks` at each Pause.

@@ -24,14 +24,8 @@ ui::Answer ScriptedUi::Ask(const ui::Message& message) {
 }
 
 std::optional<std::string> ScriptedUi::ChooseFile(const ui::FileChoice& choice) {
-  fileChoices.push_back(choice);
-  if (files_.empty()) {
-    ADD_FAILURE() << "unscripted file choice: " << choice.title;
-    return std::nullopt;
-  }
-  auto f = files_.front();
-  files_.pop_front();
-  return f;
+  ADD_FAILURE() << "unscripted file choice: " << choice.title;
+  return std::nullopt;
 }
 
 std::optional<ui::LoginEntry> ScriptedUi::AskLogin(const std::string& text, const ui::LoginEntry&) {

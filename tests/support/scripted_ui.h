@@ -16,13 +16,13 @@ class ScriptedUi : public ui::Ui {
   // Answers the next Ask calls in order; when the script is empty, a message with an
   // OK button gets kOk and any other message fails the test.
   void Script(std::vector<ui::Answer> answers);
-  void ScriptFile(std::optional<std::string> path) { files_.push_back(std::move(path)); }
   void HoldModifiers(ui::Modifiers m) { modifiers_ = m; }
   // Answers of the next login and password dialogs; nothing stands for Cancel.
   void ScriptLogin(std::optional<ui::LoginEntry> entry) { logins_.push_back(std::move(entry)); }
   void ScriptPassword(std::optional<std::string> text) { passwords_.push_back(std::move(text)); }
 
   ui::Answer Ask(const ui::Message& message) override;
+  // No test chooses a file: a file dialog fails the test.
   std::optional<std::string> ChooseFile(const ui::FileChoice& choice) override;
   void SetStatusText(const std::string& text) override { statusTexts.push_back(text); }
   void BeginProgress(const std::string& title) override { progress.push_back("[" + title + "]"); }
@@ -34,7 +34,6 @@ class ScriptedUi : public ui::Ui {
   std::optional<std::string> AskPassword(const std::string& text) override;
 
   std::vector<ui::Message> shown;  // every message, in order
-  std::vector<ui::FileChoice> fileChoices;
   std::vector<std::string> statusTexts;
   std::vector<std::string> progress;
   std::vector<std::string> loginTexts;     // the text of each login dialog shown
@@ -45,7 +44,6 @@ class ScriptedUi : public ui::Ui {
 
  private:
   std::deque<ui::Answer> answers_;
-  std::deque<std::optional<std::string>> files_;
   std::deque<std::optional<ui::LoginEntry>> logins_;
   std::deque<std::optional<std::string>> passwords_;
   ui::Modifiers modifiers_;

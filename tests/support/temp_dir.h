@@ -1,8 +1,11 @@
 // A folder of its own for each test, removed with everything in it at the end.
 #pragma once
 
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -10,8 +13,19 @@ namespace qm::test {
 
 class TempDir {
  public:
-  TempDir();
-  ~TempDir();
+  // Inside `base`; without one, inside $TMPDIR or /tmp.
+  explicit TempDir(const std::string& base = "") {
+    const char* tmp = std::getenv("TMPDIR");
+    path_ = (!base.empty() ? base
+             : tmp && *tmp ? tmp
+                           : "/tmp") +
+            std::string("/quillmark-test-XXXXXX");
+    if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
 
