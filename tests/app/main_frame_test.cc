@@ -24,49 +24,19 @@
 #include "cli/cli_run.h"
 #include "defect_record_window.h"
 #include "defects/selection_commands.h"
-#include "main_frame.h"
+#include "frame_test.h"
 #include "options_dialog.h"
-#include "people/user.h"
 #include "person_record_window.h"
 #include "record_list_window.h"
-#include "session/db_doc.h"
-#include "shell/project_item_kinds.h"
-#include "support/made_project.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 #include "task_record_window.h"
 
 namespace qm::test {
 namespace {
 
-QPushButton* ButtonNamed(QWidget* window, const QString& text) {
-  for (QPushButton* b : window->findChildren<QPushButton*>()) {
-    if (b->text() == text) return b;
-  }
-  return nullptr;
-}
-
-class MainFrameTest : public ::testing::Test {
- protected:
-  void SetUp() override { MakeProject(path); }
-
-  TempDir dir;
-  std::string path = dir.File("Atlas.qmk");
-  ScriptedUi ui;
-  CAppPreferences preferences{dir.File("Quillmark.conf")};
-  std::vector<EventKind> dialogs;
-  // Every event dialog closes with OK, an assignment naming the user logged in.
-  app::CMainFrame frame{ui, preferences, [this](CDefectEvent& event, EventDialogMode) {
-                          dialogs.push_back(event.kind());
-                          if (event.kind() == EventKind::kAssign) {
-                            event.userId = frame.doc()->currentUserId();
-                          }
-                          return std::optional(EventDialogResult::kOk);
-                        }};
-};
+class MainFrameTest : public FrameTest {};
 
 TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   EXPECT_EQ(frame.windowTitle(), "Quillmark - Atlas.qmk");
   app::RecordListWindow* list = frame.defectList();
   ASSERT_NE(list, nullptr);
@@ -95,10 +65,10 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
   EXPECT_EQ(editing->windowTitle(), "Edit Defect #1");
   editing->tabs()->setCurrentIndex(1);
   EXPECT_EQ(editing->tabs()->tabText(1), "History");
-  QPushButton* assign = ButtonNamed(editing, "Assign Defect");
+  QPushButton* assign = Named<QPushButton>(*editing, "Assign Defect");
   ASSERT_NE(assign, nullptr);
   ASSERT_TRUE(assign->isEnabled());
-  EXPECT_FALSE(ButtonNamed(editing, "Verify Fix")->isEnabled()) << "an open defect";
+  EXPECT_FALSE(Named<QPushButton>(*editing, "Verify Fix")->isEnabled()) << "an open defect";
   QTest::mouseClick(assign, Qt::LeftButton);
   EXPECT_EQ(dialogs, std::vector<EventKind>{EventKind::kAssign});
   ASSERT_EQ(editing->events()->rowCount(), 2) << "the report, then the assignment";
@@ -108,10 +78,7 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
 
   // Copy puts the selected defects on the clipboard under the program's own format.
   list->view()->selectRow(0);
-  QAction* copy = nullptr;
-  for (QAction* action : frame.findChildren<QAction*>()) {
-    if (action->text() == "&Copy") copy = action;
-  }
+  QAction* copy = Named<QAction>(frame, "&Copy");
   ASSERT_NE(copy, nullptr);
   copy->trigger();
   const QByteArray copied = QGuiApplication::clipboard()->mimeData()->data("CF_QUILLMARK");
@@ -124,7 +91,7 @@ TEST_F(MainFrameTest, OpenAddAssignAndSeeTheListAndTheHistory) {
 }
 
 TEST_F(MainFrameTest, TheDefectWindowTakesItsReportsThroughItsPaneAndKeysReachOneCommand) {
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   app::DefectRecordWindow* adding = frame.AddDefect();
   ASSERT_NE(adding, nullptr);
   QApplication::processEvents();
@@ -172,7 +139,7 @@ TEST_F(MainFrameTest, TheDefectWindowTakesItsReportsThroughItsPaneAndKeysReachOn
   EXPECT_EQ(counter->text(), "1 of 1");
   QTest::keyClicks(static_cast<QLineEdit*>(field("Found in Version")), "2.1");
   QTest::keyClicks(static_cast<QPlainTextEdit*>(field("Steps to Reproduce")), "Print twice");
-  QTest::mouseClick(ButtonNamed(adding, "&New Reported By"), Qt::LeftButton);
+  QTest::mouseClick(Named<QPushButton>(*adding, "&New Reported By"), Qt::LeftButton);
   EXPECT_EQ(counter->text(), "2 of 2");
   EXPECT_TRUE(static_cast<QLineEdit*>(field("Found in Version"))->text().isEmpty());
   auto* date = static_cast<QLineEdit*>(field("Date Found"));
@@ -198,7 +165,7 @@ TEST_F(MainFrameTest, TheDefectWindowTakesItsReportsThroughItsPaneAndKeysReachOn
 }
 
 TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   app::RecordListWindow* list = frame.defectList();
   list->list().ColumnCommand(4, CRecordListView::kRemoveColumn);  // Type
   list->ShowColumns();
@@ -208,7 +175,7 @@ TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
   EXPECT_EQ(preferences.GetWindowBlock(), (std::vector<std::uint8_t>{1, 0, 141, 0, 0, 0}));
   ASSERT_TRUE(preferences.GetWindowValue("DefectListPos").has_value());
 
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   list = frame.defectList();
   ASSERT_NE(list, nullptr);
   ASSERT_EQ(list->list().columns().size(), 5u);
@@ -229,7 +196,7 @@ TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
 TEST_F(MainFrameTest, AnAssignmentInAnotherProgramReachesTheListWithTheAlert) {
   ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path + " add --summary Slow").code,
             0);
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   const CliResult assigned = RunCli(
       dir, "--user tess --password '' defects " + path + " act assign --numbers 1 --to admin");
   ASSERT_EQ(assigned.code, 0) << assigned.err;
@@ -272,7 +239,7 @@ TEST_F(MainFrameTest, AnAssignmentInAnotherProgramReachesTheListWithTheAlert) {
 }
 
 TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   app::RecordListWindow* users = frame.ShowList(kListWindowKinds[1]);
   ASSERT_NE(users, nullptr);
   EXPECT_EQ(users->Title(), "Users - (2 items, 0 selected)");
@@ -309,10 +276,7 @@ TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
   EXPECT_NE(viewing->findChild<QLabel*>(), nullptr) << "the statistics are shown";
 
   // Edit > Delete Item deletes the customer after the question, and the window on it goes.
-  QAction* remove = nullptr;
-  for (QAction* action : frame.findChildren<QAction*>()) {
-    if (action->text() == "D&elete Item") remove = action;
-  }
+  QAction* remove = Named<QAction>(frame, "D&elete Item");
   ASSERT_NE(remove, nullptr);
   frame.ShowList(kListWindowKinds[7]);
   customers->view()->selectRow(0);
@@ -326,7 +290,7 @@ TEST_F(MainFrameTest, PeopleAreAddedCheckedAndTransferredBetweenTheirLists) {
 }
 
 TEST_F(MainFrameTest, TheOptionsDialogShowsThePagesOfWhatIsOpen) {
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   OptionsDialog options(preferences, frame.doc());
   app::OptionsDialogWidget dialog(&frame, options, frame.doc());
   auto* tabs = dialog.findChild<QTabWidget*>();
@@ -344,7 +308,7 @@ TEST_F(MainFrameTest, TheOptionsDialogShowsThePagesOfWhatIsOpen) {
 // it before it is destroyed, so the next tick finds nothing gone. A close of the window, of
 // the project or of the program asks first about an edit not yet saved; Cancel stops it.
 TEST_F(MainFrameTest, ClosingAsksAboutUnsavedEditsAndLeavesNoWindowBehind) {
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   const auto sub = [](QWidget* w) { return qobject_cast<QMdiSubWindow*>(w->parentWidget()); };
   ASSERT_TRUE(sub(frame.AddDefect())->close());
   EXPECT_TRUE(frame.recordWindows().empty());
@@ -367,7 +331,7 @@ TEST_F(MainFrameTest, ClosingAsksAboutUnsavedEditsAndLeavesNoWindowBehind) {
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.close) + " " + std::to_string(static_cast<int>(c.answer)));
     if (frame.doc() == nullptr) {
-      ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+      Open();
     }
     app::DefectRecordWindow* adding = frame.AddDefect();
     QTest::keyClicks(adding->findChild<QLineEdit*>("summary"), "Typed, not yet added");
@@ -392,7 +356,7 @@ TEST_F(MainFrameTest, ClosingAsksAboutUnsavedEditsAndLeavesNoWindowBehind) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     frame.Tick();
     if (frame.doc() == nullptr) {
-      ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+      Open();
     }
     EXPECT_EQ(frame.doc()->GetTable(kDefectTag)->count(), c.defects);
   }

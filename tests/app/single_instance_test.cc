@@ -65,16 +65,12 @@ bool Within(double seconds, Condition condition) {
 
 // Whether the process ended within `seconds`, with its exit code.
 bool EndsWithin(pid_t pid, double seconds, int& code) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-  while (std::chrono::steady_clock::now() < deadline) {
+  return Within(seconds, [&] {
     int status = 0;
-    if (waitpid(pid, &status, WNOHANG) == pid) {
-      code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-      return true;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return false;
+    if (waitpid(pid, &status, WNOHANG) != pid) return false;
+    code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return true;
+  });
 }
 
 TEST(SingleInstance, ASecondStartHandsOverToTheFirstAndEnds) {

@@ -55,19 +55,32 @@ class AppPreferencesTest : public ::testing::Test {
   const std::string path_ = dir_.File("config/Quillmark.conf");
 };
 
-TEST_F(AppPreferencesTest, AFirstStartWritesEveryDefault) {
+// A first start writes every default; the open windows block is written only once there
+// is one, and a window's placement is written at once and survives the next Save.
+TEST_F(AppPreferencesTest, AFirstStartWritesEveryDefaultAndTheWindowsOnceThereAreAny) {
   CAppPreferences prefs(path_);
   prefs.smtpHost = "left over";
   EXPECT_EQ(prefs.Load(), 1);
   EXPECT_EQ(ReadText(path_), kDefaults);
   EXPECT_EQ(prefs.smtpHost, "");
-  EXPECT_EQ(prefs.openLastFile, 1u);
   EXPECT_EQ(prefs.GetDBCheckSeconds(), 30);
   EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), -1);
   EXPECT_FALSE(prefs.GetWindowBlock());
-  std::string path = "x";
-  EXPECT_EQ(prefs.GetLastOpenFile(path), 1);
-  EXPECT_EQ(path, "");
+
+  prefs.SetWindowBlock({});
+  ASSERT_TRUE(prefs.Save());
+  EXPECT_EQ(ReadText(path_), std::string(kDefaults) + "WindowPos=binary:\n");
+  const std::uint8_t block[] = {2, 0, 0x8D, 0, 0, 0, 0x05, 0x01, 0, 0};
+  prefs.SetWindowBlock(block);
+  ASSERT_TRUE(prefs.Save());
+  EXPECT_TRUE(prefs.SetPlacement("MainWindowPos", "1 10 20 800 600"));
+  prefs.autoLogin = 1;
+  ASSERT_TRUE(prefs.Save());
+  CAppPreferences next(path_);
+  ASSERT_EQ(next.Load(), 1);
+  EXPECT_EQ(next.GetWindowBlock(), std::vector<std::uint8_t>(std::begin(block), std::end(block)));
+  EXPECT_EQ(next.GetPlacement("MainWindowPos"), "1 10 20 800 600");
+  EXPECT_EQ(next.autoLogin, 1u);
 }
 
 // Each value that does not fit its entry keeps its default and costs nothing else; values
@@ -144,10 +157,9 @@ TEST_F(AppPreferencesTest, WithoutOpenLastFileEveryDefaultIsWritten) {
 
 TEST_F(AppPreferencesTest, LastOpenFileAnswers) {
   CAppPreferences prefs(path_);
-  ASSERT_EQ(prefs.Load(), 1);
-  std::string path;
+  std::string path = "x";
   EXPECT_EQ(prefs.GetLastOpenFile(path), 1);
-
+  EXPECT_EQ(path, "");
   const std::string project = dir_.File("Bugs.qmk");
   WriteText(project, "x");
   prefs.SetLastOpenFile(project);
@@ -203,28 +215,6 @@ TEST_F(AppPreferencesTest, CheckIntervals) {
   EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), 60);
   prefs.wispNoteCheckTime = 10;
   EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), -1) << "the default, never";
-}
-
-// The open windows block is written only once there is one, and a window's placement is
-// written at once and survives the next Save of the table.
-TEST_F(AppPreferencesTest, WindowsAndTheirPlacements) {
-  CAppPreferences prefs(path_);
-  ASSERT_EQ(prefs.Load(), 1);
-  prefs.SetWindowBlock({});
-  ASSERT_TRUE(prefs.Save());
-  EXPECT_EQ(ReadText(path_), std::string(kDefaults) + "WindowPos=binary:\n");
-  const std::uint8_t block[] = {2, 0, 0x8D, 0, 0, 0, 0x05, 0x01, 0, 0};
-  prefs.SetWindowBlock(block);
-  ASSERT_TRUE(prefs.Save());
-  EXPECT_TRUE(prefs.SetPlacement("MainWindowPos", "1 10 20 800 600"));
-  prefs.autoLogin = 1;
-  ASSERT_TRUE(prefs.Save());
-
-  CAppPreferences next(path_);
-  ASSERT_EQ(next.Load(), 1);
-  EXPECT_EQ(next.GetWindowBlock(), std::vector<std::uint8_t>(std::begin(block), std::end(block)));
-  EXPECT_EQ(next.GetPlacement("MainWindowPos"), "1 10 20 800 600");
-  EXPECT_EQ(next.autoLogin, 1u);
 }
 
 // A place the program cannot write costs the settings and nothing more.
