@@ -66,6 +66,17 @@ TEST_F(AppPreferencesTest, AFirstStartWritesEveryDefaultAndTheWindowsOnceThereAr
   EXPECT_EQ(prefs.GetDBCheckSeconds(), 30);
   EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), -1);
   EXPECT_FALSE(prefs.GetWindowBlock());
+  const std::pair<std::uint16_t, int> intervals[] = {{0, 0},  {1, 10},  {7, 1800},  {8, 3600},
+                                                     {9, -1}, {10, 30}, {65535, 30}};
+  CAppPreferences other(path_);
+  for (const auto& [index, seconds] : intervals) {
+    other.dbCheckTime = index;
+    EXPECT_EQ(other.GetDBCheckSeconds(), seconds) << index;
+  }
+  other.wispNoteCheckTime = 3;
+  EXPECT_EQ(other.GetWispNoteCheckSeconds(), 60);
+  other.wispNoteCheckTime = 10;
+  EXPECT_EQ(other.GetWispNoteCheckSeconds(), -1) << "the default, never";
 
   prefs.SetWindowBlock({});
   ASSERT_TRUE(prefs.Save());
@@ -201,20 +212,6 @@ TEST_F(AppPreferencesTest, StringsAreCutToTheirWidth) {
   ASSERT_EQ(again.Load(), 1);
   EXPECT_EQ(again.lastOpenFile, long_path.substr(0, 255));
   EXPECT_EQ(again.lastPassword, std::string(63, '\xE9'));
-}
-
-TEST_F(AppPreferencesTest, CheckIntervals) {
-  CAppPreferences prefs(path_);
-  const std::pair<std::uint16_t, int> cases[] = {{0, 0},  {1, 10},  {7, 1800},  {8, 3600},
-                                                 {9, -1}, {10, 30}, {65535, 30}};
-  for (const auto& [index, seconds] : cases) {
-    prefs.dbCheckTime = index;
-    EXPECT_EQ(prefs.GetDBCheckSeconds(), seconds) << index;
-  }
-  prefs.wispNoteCheckTime = 3;
-  EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), 60);
-  prefs.wispNoteCheckTime = 10;
-  EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), -1) << "the default, never";
 }
 
 // A place the program cannot write costs the settings and nothing more.

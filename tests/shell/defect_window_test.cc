@@ -193,22 +193,14 @@ TEST_F(DefectWindowTest, TheProjectsRulesAssignByThemselvesAndAnAddedDefectIsNum
 
 TEST_F(DefectWindowTest, EachCommandNeedsItsRightAndAWindowThatMayChange) {
   Open();
-  auto& testers = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(1));  // tess's
-  for (std::size_t c = 0; c < std::size(kDefectCommands); ++c) {
-    const std::uint32_t right = CommandInfo(kDefectCommands[c]).right;
-    SCOPED_TRACE(right);
-    testers.SetCommandDisabled(right, true);
-    ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(testers), DBStatus::kOk);
-    ASSERT_GE(doc->LogInUser(ui::LoginEntry{"tess", ""}), 0);
-    auto window = Window();
-    window->Open(CRecordWindow::kEdit, All(), 1);
-    std::string expected = "AEF.C.RM";
-    expected[c] = '.';
-    EXPECT_EQ(Offered(*window), expected);
-    window->OnCancelButton();
-    testers.SetCommandDisabled(right, false);
-    ASSERT_GE(doc->LogInUser(ui::LoginEntry{"admin", ""}), 0);
-  }
+  auto& group = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(1));
+  group.SetCommandDisabled(CommandInfo(DefectCommand::kFix).right, true);
+  ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(group), DBStatus::kOk);
+  ASSERT_GE(doc->LogInUser(ui::LoginEntry{"tess", ""}), 0);
+  auto window = Window();
+  window->Open(CRecordWindow::kEdit, All(), 1);
+  EXPECT_EQ(Offered(*window), "AE..C.RM") << "tess's group may not fix";
+  window->OnCancelButton();
 
   auto viewing = Window();
   viewing->Open(CRecordWindow::kView, All(), 1);
@@ -225,8 +217,8 @@ TEST_F(DefectWindowTest, EventsAreEditedViewedAndDeletedOnTheirRows) {
   Open();
   auto window = Window();
   window->Open(CRecordWindow::kEdit, All(), 3);
-  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'100'000'000u, "first")});
-  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'200'000'000u, "second")});
+  steps = {{EventKind::kComment, EventDialogResult::kOk, Dated(3'100'000'000u, "first")},
+           {EventKind::kComment, EventDialogResult::kOk, Dated(3'200'000'000u, "second")}};
   ASSERT_TRUE(window->RunCommand(DefectCommand::kComment));
   ASSERT_TRUE(window->RunCommand(DefectCommand::kComment));
   ASSERT_TRUE(window->OnAcceptButton());
@@ -235,14 +227,13 @@ TEST_F(DefectWindowTest, EventsAreEditedViewedAndDeletedOnTheirRows) {
   EXPECT_FALSE(window->EventEditable(4)) << "past the last event";
 
   // A cancelled edit leaves the event; an edit that moves its date moves its row.
-  steps.push_back({EventKind::kComment, std::nullopt, Dated(1)});
+  steps = {{EventKind::kComment, std::nullopt, Dated(1)},
+           {EventKind::kComment, EventDialogResult::kOk, Dated(3'300'000'000u, "first")},
+           {EventKind::kComment, EventDialogResult::kOk, {}}};
   EXPECT_FALSE(window->EditEvent(2));
   EXPECT_EQ(window->defect().EventAt(1)->date, 3'100'000'000u);
-  steps.push_back({EventKind::kComment, EventDialogResult::kOk, Dated(3'300'000'000u, "first")});
   EXPECT_TRUE(window->EditEvent(2));
   EXPECT_EQ(window->defect().EventAt(2)->notes, "first") << "now after the second";
-
-  steps.push_back({EventKind::kComment, EventDialogResult::kOk, {}});
   EXPECT_TRUE(window->ViewEvent(2));
   EXPECT_EQ(dialogModes.back(), EventDialogMode::kView);
 
@@ -353,21 +344,13 @@ TEST_F(DefectWindowTest, EveryFieldOfAReportIsSavedAndABadOneKeepsTheWindowOnIt)
   pane.otherHardware = "Two mice";
   window->EditReport(pane);
   EXPECT_FALSE(window->refusedField());
+  // A second row gets its own computer, edited in its dialog.
   ASSERT_TRUE(window->NewReportedBy());
-  ReportPane second = window->reportPane();
-  second.steps = "Only on Fridays";
-  window->EditReport(second);
-  ASSERT_TRUE(window->ShowReport(1));
-  ASSERT_TRUE(window->ShowReport(2));
-  EXPECT_EQ(window->reportPane().steps, "Only on Fridays") << "moving away wrote it back";
-
-  // The row's own computer: edited in its dialog, then given up for the finder's own.
   auto config = window->CustomConfigCopy();
   ASSERT_NE(config, nullptr);
   config->model = "Vectra";
   window->SetCustomConfig(std::move(config));
   EXPECT_EQ(window->reportPane().configKind, CReportedBy::kCustomConfig);
-  EXPECT_EQ(window->CustomConfigCopy()->model.str(), "Vectra");
   ASSERT_TRUE(window->OnAcceptButton());
 
   const CReportedBy& first = *Defect(1).ReportedByAt(1);
@@ -382,10 +365,10 @@ TEST_F(DefectWindowTest, EveryFieldOfAReportIsSavedAndABadOneKeepsTheWindowOnIt)
   EXPECT_EQ(first.otherHardware, "Two mice");
   ASSERT_EQ(Defect(1).ReportedByCount(), 2u);
   const CReportedBy& added = *Defect(1).ReportedByAt(2);
-  EXPECT_EQ(added.steps, "Only on Fridays");
   ASSERT_EQ(added.configKind(), CReportedBy::kCustomConfig);
   EXPECT_EQ(added.customConfig()->model.str(), "Vectra");
 
+  // Given up for the finder's own computer.
   window->Open(CRecordWindow::kEdit, All(), 1);
   ASSERT_TRUE(window->ShowReport(2));
   ReportPane own = window->reportPane();
