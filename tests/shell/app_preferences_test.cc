@@ -214,20 +214,6 @@ TEST_F(AppPreferencesTest, StringsAreCutToTheirWidth) {
   EXPECT_EQ(again.lastPassword, std::string(63, '\xE9'));
 }
 
-// A place the program cannot write costs the settings and nothing more.
-TEST_F(AppPreferencesTest, AFolderThatCannotBeWritten) {
-  WriteText(dir_.File("config"), "a file where the folder should be");
-  CAppPreferences prefs(path_);
-  EXPECT_EQ(prefs.Load(), 1);
-  EXPECT_EQ(prefs.openLastFile, 1u);
-  EXPECT_EQ(prefs.GetWispNoteCheckSeconds(), -1);
-  prefs.smtpHost = "mail.example.org";
-  EXPECT_FALSE(prefs.Save());
-  EXPECT_FALSE(prefs.SetPlacement("MainWindowPos", "0 0 0 10 10"));
-  EXPECT_EQ(prefs.smtpHost, "mail.example.org");
-  EXPECT_EQ(ReadText(dir_.File("config")), "a file where the folder should be");
-}
-
 TEST(WindowBlock, KindsLittleEndianAndUnknownOnesLeftOut) {
   const std::uint32_t kinds[] = {141, 261};
   EXPECT_EQ(EncodeWindowBlock(kinds),
