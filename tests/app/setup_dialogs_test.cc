@@ -14,18 +14,11 @@
 #include <cstdio>
 
 #include "cli/cli_run.h"
-#include "defects/defect.h"
 #include "defects/project_defects.h"
-#include "main_frame.h"
+#include "frame_test.h"
 #include "numbering_dialog.h"
 #include "password_dialog.h"
-#include "people/user.h"
-#include "session/db_doc.h"
 #include "session/value_item.h"
-#include "shell/project_item_kinds.h"
-#include "support/made_project.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 #include "value_setup_dialog.h"
 
 namespace qm::test {
@@ -33,50 +26,23 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// The entry of the menu bar's menus whose text is `text`, or null.
-QAction* MenuEntry(QWidget& frame, const QString& text) {
-  for (QAction* action : frame.findChildren<QAction*>()) {
-    if (action->text() == text) return action;
-  }
-  return nullptr;
-}
-
 Strings Rows(const QListWidget& list) {
   Strings rows;
   for (int r = 0; r < list.count(); ++r) rows.push_back(list.item(r)->text().toStdString());
   return rows;
 }
 
-class SetupDialogsTest : public ::testing::Test {
- protected:
-  void SetUp() override { MakeProject(path); }
-
-  // The defect of number `number`.
-  const CDefect* Defect(std::uint32_t number) const {
-    const ItemTable& defects = *frame.doc()->GetTable(kDefectTag);
-    for (std::uint32_t p = 1; p <= defects.count(); ++p) {
-      const auto* d = static_cast<const CDefect*>(defects.ItemAt(p));
-      if (d->number == number) return d;
-    }
-    return nullptr;
-  }
-
-  TempDir dir;
-  std::string path = dir.File("Atlas.qmk");
-  ScriptedUi ui;
-  CAppPreferences preferences{dir.File("Quillmark.conf")};
-  app::CMainFrame frame{ui, preferences};
-};
+class SetupDialogsTest : public FrameTest {};
 
 TEST_F(SetupDialogsTest, AValueListIsSetUpThroughItsDialog) {
   ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path +
                             " add --summary Slow --type 'Cosmetic'")
                 .code,
             0);
-  QAction* types = MenuEntry(frame, "&Type...");
+  QAction* types = Named<QAction>(frame, "&Type...");
   ASSERT_NE(types, nullptr);
   EXPECT_FALSE(types->isEnabled()) << "no project";
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   EXPECT_TRUE(types->isEnabled());
 
   auto& table = static_cast<CValueTable&>(*frame.doc()->GetTable(MakeTag("type")));
@@ -129,7 +95,8 @@ TEST_F(SetupDialogsTest, AValueListIsSetUpThroughItsDialog) {
   ASSERT_EQ(offered.size(), 2u) << "Cancel kept the name to be deleted again";
   EXPECT_EQ(offered[0].size(), before.size()) << "the other names, Regressions among them";
   EXPECT_EQ(Rows(names).size(), before.size());
-  EXPECT_EQ(table.ItemById(Defect(1)->typeId)->GetName(), offered[1][0]);
+  const auto& defect = static_cast<const CDefect&>(*frame.doc()->GetTable(kDefectTag)->ItemAt(1));
+  EXPECT_EQ(table.ItemById(defect.typeId)->GetName(), offered[1][0]);
 
   // The dialog ends by keyboard: Enter closes it, as Esc does.
   dialog.show();
@@ -144,7 +111,7 @@ TEST_F(SetupDialogsTest, TheNumberingDialogRefusesANumberInUseAndTakesAHigherOne
                   .code,
               0);
   }
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   CDBDoc& doc = *frame.doc();
   const auto& defects = static_cast<const CDefectTable&>(*doc.GetTable(kDefectTag));
   DefectTableNumbers numbers(defects);
@@ -200,10 +167,10 @@ TEST_F(SetupDialogsTest, APasswordIsTypedTwiceAndAMismatchStartsTheNewOneAgain) 
 }
 
 TEST_F(SetupDialogsTest, LoggingInAsAnotherUserClosesTheRecordWindows) {
-  QAction* logIn = MenuEntry(frame, "&Log In User...");
+  QAction* logIn = Named<QAction>(frame, "&Log In User...");
   ASSERT_NE(logIn, nullptr);
   EXPECT_FALSE(logIn->isEnabled());
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   EXPECT_TRUE(logIn->isEnabled());
   ASSERT_NE(frame.AddDefect(), nullptr);
 
@@ -223,9 +190,9 @@ TEST_F(SetupDialogsTest, TheRecentFilesOpenAndAMissingOneLeavesTheList) {
   const std::string other = dir.File("Other.qmk");
   MakeProject(other, false);
   ASSERT_TRUE(frame.OpenProject(other));
-  ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+  Open();
   EXPECT_EQ(frame.recentFiles().paths(), (Strings{path, other}));
-  QAction* first = MenuEntry(frame, "&1 " + QString::fromStdString(path));
+  QAction* first = Named<QAction>(frame, "&1 " + QString::fromStdString(path));
   ASSERT_NE(first, nullptr);
   EXPECT_TRUE(first->isVisible());
 

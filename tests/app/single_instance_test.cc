@@ -8,17 +8,12 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "session/db_doc.h"
-#include "shell/project_item_kinds.h"
 #include "store/project_store.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
+#include "support/made_project.h"
 #include "support/temp_dir.h"
 
 extern char** environ;
@@ -65,56 +60,28 @@ bool Within(double seconds, Condition condition) {
 
 // Whether the process ended within `seconds`, with its exit code.
 bool EndsWithin(pid_t pid, double seconds, int& code) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-  while (std::chrono::steady_clock::now() < deadline) {
+  return Within(seconds, [&] {
     int status = 0;
-    if (waitpid(pid, &status, WNOHANG) == pid) {
-      code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-      return true;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return false;
-}
-
-TEST(SingleInstance, ASecondStartHandsOverToTheFirstAndEnds) {
-  TempDir dir;
-  const pid_t first = StartProgram(dir);
-  ASSERT_GT(first, 0);
-  int code = -1;
-  // The first copy keeps running: on a first start it waits in the new project dialog.
-  EXPECT_FALSE(EndsWithin(first, 3.0, code)) << "the first copy ended with " << code;
-
-  const pid_t second = StartProgram(dir);
-  ASSERT_GT(second, 0);
-  EXPECT_TRUE(EndsWithin(second, 10.0, code));
-  EXPECT_EQ(code, 0);
-  EXPECT_FALSE(EndsWithin(first, 0.5, code)) << "the first copy is still there";
-
-  kill(first, SIGTERM);
-  EXPECT_TRUE(EndsWithin(first, 10.0, code));
+    if (waitpid(pid, &status, WNOHANG) != pid) return false;
+    code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return true;
+  });
 }
 
 // A later start with another file and user: the first copy puts its project away and opens
-// that one; a first copy waiting for an answer says why it cannot, and nothing is lost.
+// that one, and the later one ends at once; a first copy waiting for an answer in a dialog
+// says why it cannot, and goes on waiting.
 TEST(SingleInstance, ALaterStartsFileIsOpenedByTheFirstCopyOrRefusedWithItsReason) {
   TempDir dir;
   const std::string first = dir.File("First.qmk");
   const std::string second = dir.File("Second.qmk");
-  for (const std::string& path : {first, second}) {
-    ScriptedUi ui;
-    QuietHost host;
-    ProjectItemKinds kinds;
-    ASSERT_EQ(CDBDoc(ui, kinds, host).NewProject(path, true), 1);
-  }
+  MakeProject(first);
+  MakeProject(second);
   const auto open = [](const std::string& path) {
     return IsFileOpenElsewhere(platform::FileSystem::Real(), path);
   };
-  const std::vector<std::string> admin = {"--user", "admin", "--password", ""};
-  const auto with = [&admin](const std::string& path) {
-    std::vector<std::string> args = admin;
-    args.insert(args.begin(), path);
-    return args;
+  const auto with = [](const std::string& path) {
+    return std::vector<std::string>{path, "--user", "admin", "--password", ""};
   };
   int code = -1;
   const pid_t running = StartProgram(dir, with(first));
@@ -141,15 +108,14 @@ TEST(SingleInstance, ALaterStartsFileIsOpenedByTheFirstCopyOrRefusedWithItsReaso
   EXPECT_FALSE(EndsWithin(waiting, 3, code));
   const pid_t refused = StartProgram(dir, with(first), "refused");
   EXPECT_TRUE(Within(10, [&] {
-    std::stringstream text;
-    text << std::ifstream(dir.File("refused")).rdbuf();
-    return text.str().find(
-               "Quillmark is already running and waits for an answer in one of its "
-               "windows, so it cannot open anything now.") != std::string::npos;
+    return ReadText(dir.File("refused"))
+               .find(
+                   "Quillmark is already running and waits for an answer in one of its "
+                   "windows, so it cannot open anything now.") != std::string::npos;
   }));
   kill(refused, SIGTERM);  // its message box stays up until someone answers it
   EXPECT_TRUE(EndsWithin(refused, 10, code));
-  EXPECT_FALSE(open(first));
+  EXPECT_FALSE(EndsWithin(waiting, 0.5, code)) << "the first copy still waits for its answer";
   kill(waiting, SIGTERM);
   EXPECT_TRUE(EndsWithin(waiting, 10, code));
 }

@@ -13,12 +13,9 @@
 
 #include "defect_record_window.h"
 #include "event_dialog.h"
-#include "main_frame.h"
+#include "frame_test.h"
 #include "options_dialog.h"
 #include "record_list_window.h"
-#include "support/made_project.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -55,19 +52,13 @@ void Press(QWidget* widget, Qt::Key key) {
   QTest::keyClick(widget, key);
 }
 
-class WindowKeysTest : public ::testing::Test {
+class WindowKeysTest : public FrameTest {
  protected:
   void SetUp() override {
-    MakeProject(path);
+    FrameTest::SetUp();
     frame.show();
-    ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""}));
+    Open();
   }
-
-  TempDir dir;
-  std::string path = dir.File("Atlas.qmk");
-  ScriptedUi ui;
-  CAppPreferences preferences{dir.File("Quillmark.conf")};
-  app::CMainFrame frame{ui, preferences};
 };
 
 TEST_F(WindowKeysTest, EscAndEnterAnswerForTheButtonsOfRecordWindowsAndLists) {

@@ -3,18 +3,10 @@
 // and when the next check runs.
 #include <gtest/gtest.h>
 
-#include "defects/defect.h"
 #include "defects/defect_table.h"
-#include "people/user.h"
-#include "session/db_doc.h"
 #include "session/record_notice.h"
-#include "shell/project_item_kinds.h"
+#include "shell_project.h"
 #include "support/child_process.h"
-#include "support/fake_files.h"
-#include "support/made_project.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -42,20 +34,10 @@ class WatchingHost : public QuietHost {
 
  private:
   void Note(const char* what, const RecordItem& item) {
-    const auto& defect = static_cast<const CDefect&>(item);
-    std::string marks = (item.isNew ? "N" : "") + std::string(item.isChanged ? "C" : "") +
-                        (item.isAssigned ? "A" : "");
-    events.push_back(std::string(what) + " " + defect.summary + (marks.empty() ? "" : " " + marks));
+    events.push_back(std::string(what) + " " + static_cast<const CDefect&>(item).summary + " " +
+                     (item.isNew ? "N" : "") + (item.isChanged ? "C" : "") +
+                     (item.isAssigned ? "A" : ""));
   }
-};
-
-class DatabaseCheckTest : public ::testing::Test {
- protected:
-  void SetUp() override { MakeProject(path, true, {{"Kept"}, {"Doomed"}}); }
-
-  TempDir dir;
-  std::string path = dir.File("Atlas.qmk");
-  ProjectItemKinds kinds;
 };
 
 // The other user: adds a defect assigned to admin, comments on "Kept", deletes "Doomed",
@@ -70,11 +52,9 @@ int OtherUser(const std::string& file, Child::Channel& c) {
   const auto post = [&doc](std::uint32_t kind, std::uint32_t id) {
     return PostRecordNotice(*doc.store(), doc.currentUserId(), kind, kDefectTag, id);
   };
-  const auto named = [&defects](const char* summary) -> CDefect& {
-    std::uint32_t p = 1;
-    while (defects.DefectAt(p)->summary != summary) ++p;
-    return *defects.DefectAt(p);
-  };
+  CDefect* kept = defects.DefectAt(1);
+  CDefect* doomed = defects.DefectAt(2);
+  if (kept->summary != "Kept") std::swap(kept, doomed);
 
   std::unique_ptr<RecordItem> item = defects.NewItem();
   auto& yours = static_cast<CDefect&>(*item);
@@ -82,75 +62,67 @@ int OtherUser(const std::string& file, Child::Channel& c) {
   auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
   assign->userId = doc.GetTable(kUserTag)->ItemAt(1)->GetId();  // admin sorts first
   yours.AddEvent(std::move(assign));
-  if (defects.AddItem(item) != DBStatus::kOk) return 2;
-
-  CDefect& kept = named("Kept");
-  kept.AddEvent(CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kComment)));
-  if (defects.SaveItem(kept) != DBStatus::kOk ||
-      post(kNoticeChanged, kept.GetId()) != DBStatus::kOk) {
-    return 3;
-  }
-  CDefect& doomed = named("Doomed");
-  const std::uint32_t doomedId = doomed.GetId();
-  if (defects.DeleteItem(doomed, false) != DBStatus::kOk) return 4;
-  if (post(kNoticeDeleted, doomedId) != DBStatus::kOk) return 5;
-  const std::string text = "Lunch";
-  if (doc.store()->PostMessage(doc.currentUserId(), kNoticeText,
-                               {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) !=
-      DBStatus::kOk) {
-    return 6;
+  kept->AddEvent(CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kComment)));
+  const std::uint32_t doomedId = doomed->GetId();
+  const std::uint8_t text[] = {'L', 'u', 'n', 'c', 'h'};
+  if (defects.AddItem(item) != DBStatus::kOk || defects.SaveItem(*kept) != DBStatus::kOk ||
+      post(kNoticeChanged, kept->GetId()) != DBStatus::kOk ||
+      defects.DeleteItem(*doomed, false) != DBStatus::kOk ||
+      post(kNoticeDeleted, doomedId) != DBStatus::kOk ||
+      doc.store()->PostMessage(doc.currentUserId(), kNoticeText, text) != DBStatus::kOk) {
+    return 2;
   }
   c.Send("done");
   c.Receive();
   return 0;
 }
 
+using DatabaseCheckTest = ShellProject;
+
 TEST_F(DatabaseCheckTest, AnotherUsersChangesReachTheListsWithOneAlert) {
-  ScriptedUi ui;
-  WatchingHost host;
-  FakeClock clock;
-  clock.now = 3'000'000'000u;
-  CDBDoc doc(ui, kinds, host, platform::FileSystem::Real(), clock);
-  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
-  ASSERT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
+  MakeProject(path, true, {{"Kept"}, {"Doomed"}});
+  WatchingHost watching;
+  CDBDoc mine(ui, kinds, watching, platform::FileSystem::Real(), clock);
+  ASSERT_EQ(mine.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  ASSERT_EQ(mine.nextDatabaseCheck(), clock.now + 10);
 
   const std::string file = path;
   Child other([file](Child::Channel& c) { return OtherUser(file, c); });
   ASSERT_EQ(other.Receive(), "done");
 
   clock.now += 10;
-  doc.IdleWork();
-  EXPECT_TRUE(host.events.empty()) << "the check waits until its time has passed";
+  mine.IdleWork();
+  EXPECT_TRUE(watching.events.empty()) << "the check waits until its time has passed";
   clock.now += 1;
-  host.doc = &doc;
-  host.schedules = 0;
-  doc.IdleWork();
-  EXPECT_EQ(host.schedules, 1) << "one check, none nested in the alert";
-  host.doc = nullptr;
+  watching.doc = &mine;
+  watching.schedules = 0;
+  mine.IdleWork();
+  EXPECT_EQ(watching.schedules, 1) << "one check, none nested in the alert";
+  watching.doc = nullptr;
   // The notices come first, for msgs stands before dfct in the directory; then the record
   // tess added, which is assigned to admin. One alert for it all.
-  EXPECT_EQ(host.events, (std::vector<std::string>{"changed Kept C", "removing Doomed",
-                                                   "added Yours NA", "alert"}));
+  EXPECT_EQ(watching.events, (std::vector<std::string>{"changed Kept C", "removing Doomed ",
+                                                       "added Yours NA", "alert"}));
   EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Lunch"});
-  ItemTable& defects = *doc.GetTable(kDefectTag);
+  ItemTable& defects = *mine.GetTable(kDefectTag);
   ASSERT_EQ(defects.count(), 2u) << "Doomed is gone from the table";
   // The workbook follows: the defect assigned to admin has its task.
-  const ItemTable& workbook = *doc.GetTable(kTasksTag);
+  const ItemTable& workbook = *mine.GetTable(kTasksTag);
   ASSERT_EQ(workbook.count(), 1u);
   EXPECT_EQ(
       workbook.ItemAt(1)->GetName(),
       "#" + std::to_string(static_cast<const CDefect&>(*defects.ItemAt(2)).number) + " - Yours");
-  EXPECT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
+  EXPECT_EQ(mine.nextDatabaseCheck(), clock.now + 10);
 
   // Nothing new: no events, and the next check still moves on.
-  host.events.clear();
+  watching.events.clear();
   clock.now += 20;
-  EXPECT_FALSE(doc.CheckDatabase());
-  EXPECT_TRUE(host.events.empty());
-  EXPECT_EQ(doc.nextDatabaseCheck(), clock.now + 10);
+  EXPECT_FALSE(mine.CheckDatabase());
+  EXPECT_TRUE(watching.events.empty());
+  EXPECT_EQ(mine.nextDatabaseCheck(), clock.now + 10);
   other.Send("end");
   EXPECT_EQ(other.Wait(), 0);
-  doc.CloseProject();
+  mine.CloseProject();
 }
 
 }  // namespace

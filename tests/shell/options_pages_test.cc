@@ -4,14 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "people/user.h"
-#include "session/db_doc.h"
 #include "session/project_records.h"
-#include "shell/project_item_kinds.h"
-#include "support/made_project.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
+#include "shell_project.h"
 
 namespace qm::test {
 namespace {
@@ -38,15 +32,29 @@ class OptionsTest : public ::testing::Test {
   ProjectItemKinds kinds;
 };
 
-TEST_F(OptionsTest, WithoutAProjectOnlyTheGeneralPageAndItsValuesGoToTheFile) {
-  OptionsDialog options(preferences, nullptr);
-  EXPECT_EQ(options.pages(), std::vector<std::string_view>{"General"});
+TEST_F(OptionsTest, GeneralValuesGoToTheFileAndTheUserPageToTheUserAndTheProject) {
+  EXPECT_EQ(OptionsDialog(preferences, nullptr).pages(), std::vector<std::string_view>{"General"});
+  MakeProject(path);
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
+  OptionsDialog options(preferences, &doc);
+  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "User", "Assign"}));
   EXPECT_TRUE(options.openPreviousFile);
   EXPECT_EQ(kCheckIntervalTexts[static_cast<std::size_t>(options.checkInterval)], "30 seconds");
+  EXPECT_TRUE(options.playSound) << "an alert plays a sound until the user says not to";
   options.openPreviousFile = false;
   options.checkInterval = 7;  // "1 hour"
   options.grayClosed = false;
+  options.autoLogin = true;
+  options.notifyFlags = 1 | 8;
+  options.playSound = false;
+  options.viewOnDoubleClick = true;
+  options.assign.afterWork = 1;  // "Keep its current assignment"
   EXPECT_TRUE(options.Apply()) << "the lists are to be drawn again";
+  EXPECT_FALSE(OptionsDialog(preferences, &doc).Apply()) << "nothing changed this time";
+  EXPECT_EQ(preferences.lastUserName, "admin");
+  EXPECT_EQ(doc.nextDatabaseCheck(), 0u) << "the next tick checks, at the new interval after";
+  doc.CloseProject();
 
   CAppPreferences again(dir.File("Quillmark.conf"));
   again.Load();
@@ -54,27 +62,6 @@ TEST_F(OptionsTest, WithoutAProjectOnlyTheGeneralPageAndItsValuesGoToTheFile) {
   EXPECT_EQ(again.dbCheckTime, 8u) << "the combo's position plus 1";
   EXPECT_EQ(again.GetDBCheckSeconds(), 3600);
   EXPECT_EQ(again.strikeClosedDefects, 0u);
-  EXPECT_FALSE(OptionsDialog(preferences, nullptr).Apply()) << "nothing changed this time";
-}
-
-TEST_F(OptionsTest, TheUserPageWritesTheUserAndAutoLoginRemembersWhoIsIn) {
-  MakeProject(path);
-  CDBDoc doc(ui, kinds, host);
-  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
-  OptionsDialog options(preferences, &doc);
-  EXPECT_EQ(options.pages(), (std::vector<std::string_view>{"General", "User", "Assign"}));
-  EXPECT_TRUE(options.playSound) << "an alert plays a sound until the user says not to";
-  options.autoLogin = true;
-  options.notifyFlags = 1 | 8;
-  options.checkInterval = 0;
-  options.playSound = false;
-  options.viewOnDoubleClick = true;
-  options.assign.afterWork = 1;  // "Keep its current assignment"
-  EXPECT_FALSE(options.Apply());
-  EXPECT_EQ(preferences.lastUserName, "admin");
-  EXPECT_EQ(doc.nextDatabaseCheck(), 0u) << "the next tick checks, at the new interval after";
-  doc.CloseProject();
-
   ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"admin", ""}), 1);
   EXPECT_EQ(static_cast<const CUser*>(doc.currentUser())->GetNotifyFlags(), 9u) << "saved";
   EXPECT_EQ(ReadPersonalSettings(doc.preferences()), (PersonalSettings{true, false, false, true}))

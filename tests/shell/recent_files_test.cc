@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "shell/app_preferences.h"
 #include "support/temp_dir.h"
 
@@ -43,13 +40,10 @@ TEST(RecentFiles, KeptInThePreferenceFileUnderTheirNames) {
   RecentFileList list;
   for (const char* path : {"/srv/old.qmk", "/srv/a&b.qmk", "/srv/new.qmk"}) list.Add(path);
   ASSERT_TRUE(list.Write(preferences));
-  std::stringstream text;
-  text << std::ifstream(file).rdbuf();
-  EXPECT_NE(text.str().find("Recent File List\\File1=string:/srv/new.qmk\n"
-                            "Recent File List\\File2=string:/srv/a&b.qmk\n"
-                            "Recent File List\\File3=string:/srv/old.qmk\n"),
-            std::string::npos)
-      << text.str();
+  EXPECT_NE(ReadText(file).find("Recent File List\\File1=string:/srv/new.qmk\n"
+                                "Recent File List\\File2=string:/srv/a&b.qmk\n"
+                                "Recent File List\\File3=string:/srv/old.qmk\n"),
+            std::string::npos);
 
   // A file gone from the list leaves an empty value, which ends the list when read.
   list.Remove("/srv/a&b.qmk");

@@ -8,13 +8,9 @@
 #include <utility>
 
 #include "defects/event_dialogs.h"
-#include "session/db_doc.h"
 #include "shell/defect_window.h"
-#include "shell/project_item_kinds.h"
 #include "shell/task_window.h"
-#include "support/quiet_host.h"
-#include "support/scripted_ui.h"
-#include "support/temp_dir.h"
+#include "shell_project.h"
 
 namespace qm::test {
 namespace {
@@ -36,23 +32,9 @@ constexpr std::string_view kToDo = "Please enter what is to be done.";
 constexpr std::string_view kDateNeeded =
     "Please enter the date needed as M/D/YYYY or YYYY-MM-DD, or leave the field empty.";
 
-std::string FieldName(EventField field) {
-  switch (field) {
-    case EventField::kDate:
-      return "date";
-    case EventField::kUser:
-      return "user";
-    case EventField::kResolution:
-      return "resolution";
-    case EventField::kHours:
-      return "hours";
-    case EventField::kEstimatedDate:
-      return "completion date";
-    case EventField::kNotes:
-      return "notes";
-  }
-  return {};
-}
+// The fields of an event dialog, in the order of EventField.
+constexpr const char* kEventFields[] = {"date", "user", "resolution", "hours", "completion date",
+                                        "notes"};
 
 // The refusal of OK: its message and the field it focuses, both empty when OK closes.
 struct Outcome {
@@ -60,10 +42,12 @@ struct Outcome {
   std::string focus;
 };
 
-class TypedInputTest : public ::testing::Test {
+class TypedInputTest : public ShellProject {
  protected:
-  void SetUp() override { ASSERT_EQ(doc.NewProject(dir.File("Atlas.qmk"), false), 1); }
-  void TearDown() override { doc.CloseProject(); }
+  void SetUp() override {
+    doc = std::make_unique<CDBDoc>(ui, kinds, host);
+    ASSERT_EQ(doc->NewProject(path, false), 1);
+  }
 
   // An event dialog filled so that it passes, with `field` then set to `input`.
   static Outcome Event(EventKind kind, const std::string& field, const std::string& input) {
@@ -81,7 +65,7 @@ class TypedInputTest : public ::testing::Test {
     }
     const auto answer = dialog.Accept(EventDialogResult::kOk);
     if (const auto* refusal = std::get_if<EventDialogRefusal>(&answer)) {
-      return {std::string(refusal->message), FieldName(refusal->focus)};
+      return {std::string(refusal->message), kEventFields[static_cast<int>(refusal->focus)]};
     }
     return {};
   }
@@ -97,25 +81,18 @@ class TypedInputTest : public ::testing::Test {
   }
 
   Outcome Defect(const std::string& input) {
-    CDefectWindow window(doc, static_cast<CDefectTable&>(*doc.GetTable(kDefectTag)), ui, marks,
+    CDefectWindow window(*doc, table<CDefectTable>(kDefectTag), ui, marks,
                          [](CDefectEvent&, EventDialogMode) { return std::nullopt; });
     return Add(window, [&] { window.defect().summary = input; });
   }
 
   Outcome Task(const std::string& field, const std::string& input) {
-    CTaskWindow window(doc, static_cast<CTaskTable&>(*doc.GetTable(kTasksTag)), ui, marks);
+    CTaskWindow window(*doc, table<CTaskTable>(kTasksTag), ui, marks);
     return Add(window, [&] {
       window.task().toDo = field == "to do" ? input : "Write the notes";
       window.dateNeededText = field == "date needed" ? input : "";
     });
   }
-
-  TempDir dir;
-  ScriptedUi ui;
-  QuietHost host;
-  ProjectItemKinds kinds;
-  EditMarks marks;
-  CDBDoc doc{ui, kinds, host};
 };
 
 TEST_F(TypedInputTest, EachDialogRefusesWhatItCannotTakeAndSaysWhatItWants) {
