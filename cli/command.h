@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "args.h"
+#include "people/record_fields.h"
 #include "session/rights.h"
 #include "shell/app_preferences.h"
 #include "ui/ui.h"
@@ -16,6 +17,9 @@
 namespace qm {
 class CDBDoc;
 class CProjectStore;
+class CRecordListView;
+class ItemTable;
+class RecordItem;
 }  // namespace qm
 
 namespace qm::cli {
@@ -63,11 +67,31 @@ struct Command {
 // Refuses, with the words the window uses, what the user's group does not allow.
 void Require(const CDBDoc& doc, Context& context, Right right);
 
+// The item of `table` named `name`, ignoring case, that is not deleted; a UsageError that
+// says "There is no <what> "NAME"." when there is none.
+// The rows that `list` shows of `table`, in the table's order, under a line of column
+// titles; tab-separated.
+void WriteList(CRecordListView& list, const ItemTable& table, std::ostream& out);
+
+RecordItem& FindNamed(ItemTable& table, const std::string& name, const std::string& what);
+
+// Sets `field` to `text` whole, or refuses text the field would cut: what is given is what
+// is kept. `what` names it for the message: "A user group's name".
+template <std::size_t Capacity>
+void SetWhole(BoundedText<Capacity>& field, const std::string& text, const std::string& what) {
+  if (text.size() > Capacity) {
+    throw UsageError{what + " takes at most " + std::to_string(Capacity) +
+                     " bytes; nothing was changed."};
+  }
+  field = text;
+}
+
 // The rows of each family of commands, in the order the help lists them.
 const std::vector<Command>& ProjectCommands();
 const std::vector<Command>& DefectCommands();
 const std::vector<Command>& PeopleCommands();
 const std::vector<Command>& GroupCommands();
+const std::vector<Command>& ConfigCommands();
 const std::vector<Command>& StoreCommands();
 
 }  // namespace qm::cli

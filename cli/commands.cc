@@ -15,7 +15,9 @@
 #include "console_ui.h"
 #include "platform/preference_file.h"
 #include "session/db_doc.h"
+#include "session/login.h"
 #include "shell/project_item_kinds.h"
+#include "shell/record_list.h"
 #include "store/project_store.h"
 #include "store/store_error.h"
 
@@ -30,7 +32,7 @@ constexpr std::size_t kHelpColumn = 37;
 std::vector<const Command*> AllCommands() {
   std::vector<const Command*> all;
   for (const auto* family : {&ProjectCommands(), &DefectCommands(), &PeopleCommands(),
-                             &GroupCommands(), &StoreCommands()}) {
+                             &GroupCommands(), &ConfigCommands(), &StoreCommands()}) {
     for (const Command& command : *family) all.push_back(&command);
   }
   return all;
@@ -367,6 +369,31 @@ void Require(const CDBDoc& doc, Context& context, Right right) {
   if (doc.HasRight(right)) return;
   context.err << RightRefusal(right) << "\n";
   throw Refused{};
+}
+
+void WriteList(CRecordListView& list, const ItemTable& table, std::ostream& out) {
+  list.BeforeFill();
+  const auto& columns = list.columns();
+  for (std::size_t c = 0; c < columns.size(); ++c) out << (c ? "\t" : "") << columns[c].title;
+  out << "\n";
+  for (std::uint32_t p = 1; p <= table.count(); ++p) {
+    const RecordItem& item = *table.ItemAt(p);
+    if (!list.Shows(item)) continue;
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+      std::string text;
+      list.GetCellText(item, columns[c].fieldId, text);
+      out << (c ? "\t" : "") << text;
+    }
+    out << "\n";
+  }
+}
+
+RecordItem& FindNamed(ItemTable& table, const std::string& name, const std::string& what) {
+  for (std::uint32_t p = 1; p <= table.count(); ++p) {
+    RecordItem* item = table.ItemAt(p);
+    if (!item->deleted && SameLoginText(item->GetName(), name)) return *item;
+  }
+  throw UsageError{"There is no " + what + " \"" + name + "\"."};
 }
 
 int RunCommandLine(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {

@@ -13,14 +13,7 @@ namespace qm::cli {
 namespace {
 
 CUserGroup* FindGroup(CDBDoc& doc, const std::string& name) {
-  ItemTable& groups = *doc.GetTable(kGroupTag);
-  for (std::uint32_t p = 1; p <= groups.count(); ++p) {
-    RecordItem* group = groups.ItemAt(p);
-    if (!group->deleted && SameLoginText(group->GetName(), name)) {
-      return static_cast<CUserGroup*>(group);
-    }
-  }
-  throw UsageError{"There is no user group \"" + name + "\"."};
+  return &static_cast<CUserGroup&>(FindNamed(*doc.GetTable(kGroupTag), name, "user group"));
 }
 
 CUser* FindUser(CDBDoc& doc, const std::string& login) {
@@ -72,17 +65,17 @@ int Add(CDBDoc& doc, Context& c) {
   CGroupWindow window(doc, *doc.GetTable(kGroupTag), c.ui, marks);
   window.Open(CRecordWindow::kAddClose);
   CUserGroup& group = window.group();
-  group.name = c.args.positional()[3];
-  group.description = c.args.Value("description").value_or("");
-  group.notes = c.args.Value("notes").value_or("");
+  SetWhole(group.name, c.args.positional()[3], "A user group's name");
+  SetWhole(group.description, c.args.Value("description").value_or(""), "--description");
+  SetWhole(group.notes, c.args.Value("notes").value_or(""), "--notes");
   group.onlyAssigned = c.args.Flag("only-assigned") ? 1 : 0;
   return Accept(window, c);
 }
 
-// Opens the group of the third word for edit, as its window does; null when someone else
-// holds it, after saying so.
-std::unique_ptr<CGroupWindow> EditGroup(CDBDoc& doc, Context& c, EditMarks& marks) {
-  CUserGroup* group = FindGroup(doc, c.args.positional()[2]);
+// Opens `group` for edit, as its window does; null when someone else holds it, after saying
+// so.
+std::unique_ptr<CGroupWindow> EditGroup(CDBDoc& doc, CUserGroup* group, Context& c,
+                                        EditMarks& marks) {
   auto window = std::make_unique<CGroupWindow>(doc, *doc.GetTable(kGroupTag), c.ui, marks);
   window->Open(CRecordWindow::kEdit, {group}, 1);
   if (window->lockFailed()) {
@@ -91,6 +84,14 @@ std::unique_ptr<CGroupWindow> EditGroup(CDBDoc& doc, Context& c, EditMarks& mark
     return nullptr;
   }
   return window;
+}
+
+// The users named from the sixth word on.
+std::vector<CUser*> NamedUsers(CDBDoc& doc, Context& c) {
+  const std::vector<std::string>& words = c.args.positional();
+  std::vector<CUser*> users;
+  for (std::size_t i = 5; i < words.size(); ++i) users.push_back(FindUser(doc, words[i]));
+  return users;
 }
 
 int DenyOrAllow(CDBDoc& doc, Context& c) {
@@ -106,18 +107,38 @@ int DenyOrAllow(CDBDoc& doc, Context& c) {
     rights.push_back(*right);
   }
   EditMarks marks;
-  const auto window = EditGroup(doc, c, marks);
+  const auto window = EditGroup(doc, FindGroup(doc, words[2]), c, marks);
   if (window == nullptr) return 1;
   for (const Right right : rights) window->SetDenied(right, words[3] == "deny");
   return Accept(*window, c);
 }
 
 int AddMembers(CDBDoc& doc, Context& c) {
-  const std::vector<std::string>& words = c.args.positional();
-  std::vector<CUser*> users;
-  for (std::size_t i = 5; i < words.size(); ++i) users.push_back(FindUser(doc, words[i]));
+  const std::vector<CUser*> users = NamedUsers(doc, c);
   EditMarks marks;
-  const auto window = EditGroup(doc, c, marks);
+  const auto window = EditGroup(doc, FindGroup(doc, c.args.positional()[2]), c, marks);
+  if (window == nullptr) return 1;
+  for (const CUser* user : users) (void)window->SetMember(user->GetId(), true);
+  return Accept(*window, c);
+}
+
+// Every user belongs to a group, so the users leave theirs by joining the group --to names.
+int RemoveMembers(CDBDoc& doc, Context& c) {
+  const CUserGroup* from = FindGroup(doc, c.args.positional()[2]);
+  const std::vector<CUser*> users = NamedUsers(doc, c);
+  for (const CUser* user : users) {
+    if (!from->HasUser(user->GetId())) {
+      throw UsageError{user->GetName() + " is not in the user group " + from->name.str() + "."};
+    }
+  }
+  CUserGroup* to = FindGroup(doc, *c.args.Value("to"));
+  if (to == from) {
+    throw UsageError{
+        "Every user belongs to a user group: name with --to another group that is "
+        "to take the users."};
+  }
+  EditMarks marks;
+  const auto window = EditGroup(doc, to, c, marks);
   if (window == nullptr) return 1;
   for (const CUser* user : users) (void)window->SetMember(user->GetId(), true);
   return Accept(*window, c);
@@ -160,6 +181,9 @@ const std::vector<Command>& GroupCommands() {
        DenyOrAllow, Needs<Right::kEditUserGroups>},
       {"group FILE NAME members add LOGIN...", "",
        "moves users into the group from the groups they\nwere in", AddMembers,
+       Needs<Right::kEditUserGroups>},
+      {"group FILE NAME members remove LOGIN...", "--to NAME",
+       "moves users out of the group into the group --to\nnames", RemoveMembers,
        Needs<Right::kEditUserGroups>},
       {"group FILE NAME delete", "[--heir NAME]",
        "deletes a group after asking; its users go to\nthe group --heir names", Delete,

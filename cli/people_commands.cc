@@ -18,7 +18,6 @@ namespace {
 int List(CDBDoc& doc, Context& context) {
   const Args& args = context.args;
   ui::Ui& ui = context.ui;
-  std::ostream& out = context.out;
   ItemTable& people = *doc.GetTable(kUserTag);
   const ItemTable* defects = doc.GetTable(kDefectTag);
   std::unique_ptr<CUserListView> list;
@@ -27,30 +26,8 @@ int List(CDBDoc& doc, Context& context) {
   } else {
     list = std::make_unique<CUserListView>(people, ui, doc.GetTable(kGroupTag), defects);
   }
-  list->BeforeFill();
-  const auto& columns = list->columns();
-  for (std::size_t c = 0; c < columns.size(); ++c) out << (c ? "\t" : "") << columns[c].title;
-  out << "\n";
-  for (std::uint32_t p = 1; p <= people.count(); ++p) {
-    const RecordItem& person = *people.ItemAt(p);
-    if (!list->Shows(person)) continue;
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-      std::string text;
-      list->GetCellText(person, columns[c].fieldId, text);
-      out << (c ? "\t" : "") << text;
-    }
-    out << "\n";
-  }
+  WriteList(*list, people, context.out);
   return 0;
-}
-
-// The id of the group named `name`, ignoring case.
-std::uint32_t GroupArgument(CDBDoc& doc, const std::string& name) {
-  const ItemTable& groups = *doc.GetTable(kGroupTag);
-  for (std::uint32_t p = 1; p <= groups.count(); ++p) {
-    if (SameLoginText(groups.ItemAt(p)->GetName(), name)) return groups.ItemAt(p)->GetId();
-  }
-  throw UsageError{"There is no user group \"" + name + "\"."};
 }
 
 // An option's text, refused when its field would cut it: a password cut short would lock
@@ -74,7 +51,9 @@ int Add(CDBDoc& doc, Context& c) {
   person.SetLastName(Fitting(args, "last", 32));
   person.SetLogin(Fitting(args, "login", 32));
   person.SetPassword(Fitting(args, "user-password", 32));
-  if (const auto group = args.Value("group")) person.SetGroupId(GroupArgument(doc, *group));
+  if (const auto group = args.Value("group")) {
+    person.SetGroupId(FindNamed(*doc.GetTable(kGroupTag), *group, "user group").GetId());
+  }
   person.SetCompany(Fitting(args, "company", 63));
   person.SetEmail(Fitting(args, "email", 63));
   // A refusal has been told through the Ui, in the window's words.

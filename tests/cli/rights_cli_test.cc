@@ -3,6 +3,8 @@
 // next login only, and the bad input that changes nothing.
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "cli/cli_run.h"
 #include "session/db_doc.h"
 #include "shell/project_item_kinds.h"
@@ -57,6 +59,8 @@ TEST_F(RightsCli, EachCommandIsRefusedByTheRightItAsksAndRunsWithIt) {
       {"groups F", "View User Groups"},
       {"group F add Guests", "Add Users Groups"},
       {"group F Guests deny 36", "Edit User Groups"},
+      {"configs F", "View Test Configs"},
+      {"config F add Lab --capture", "Add Test Configs"},
       {"defects F act delete --numbers 1", "Delete Defects"},
   };
   for (const auto& row : table) {
@@ -71,6 +75,10 @@ TEST_F(RightsCli, EachCommandIsRefusedByTheRightItAsksAndRunsWithIt) {
     r = AsTess(row.args);
     EXPECT_EQ(r.code, 0) << r.err;
   }
+  // The configuration was filled from this machine: Linux always tells its memory.
+  const std::string lab = AsAdmin("config F lab").out;
+  EXPECT_TRUE(lab.starts_with("Name: Lab\r\n")) << lab;
+  EXPECT_TRUE(std::regex_search(lab, std::regex("\r\nRAM: [1-9][0-9]*\r\n"))) << lab;
 }
 
 // The rights are the group's as it was at the login: a change made by another program
@@ -103,6 +111,13 @@ TEST_F(RightsCli, BadInputIsRefusedWithItsReasonAndChangesNothing) {
       {"group F Testers deny 68", 64, ""},
       {"group F Nobody deny 4", 64, "There is no user group \"Nobody\".\n"},
       {"group F Testers members add ghost", 64, "There is no user \"ghost\".\n"},
+      {"group F Testers members remove admin --to Testers", 64,
+       "Project Admin is not in the user group Testers.\n"},
+      {"group F Testers members remove tess --to testers", 64,
+       "name with --to another group that is to take the users.\n"},
+      {"config F Nothing", 64, "There is no test configuration \"Nothing\".\n"},
+      {"config F add 123456789012345678901234567890123", 64,
+       "A test configuration's name takes at most 32 bytes; nothing was changed.\n"},
       {"group F add testers", 1,
        "A user group with this name already exists, please enter a unique name.\n"},
       {"group F Testers delete", 1, ""},
@@ -115,6 +130,11 @@ TEST_F(RightsCli, BadInputIsRefusedWithItsReasonAndChangesNothing) {
     EXPECT_NE(r.err.find(row.err), std::string::npos) << r.err;
     EXPECT_EQ(AsAdmin("groups F").out, groups);
   }
+  // Leaving a group is joining another; the user is then listed in that one alone.
+  ASSERT_EQ(AsAdmin("group F Testers members remove tess --to Administration").code, 0);
+  EXPECT_EQ(AsAdmin("groups F").out,
+            "Name\tUsers\tDenied\tDescription\nAdministration\t2\t0\tProject file "
+            "administration\nTesters\t0\t0\t\n");
   ASSERT_EQ(AsAdmin("group F Testers delete --heir Administration").code, 0);
   const CliResult last = AsAdmin("group F Administration delete --heir Administration");
   EXPECT_EQ(last.code, 1);
