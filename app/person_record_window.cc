@@ -75,6 +75,10 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   connect(tabs_, &QTabWidget::currentChanged, this, [this](int tab) {
     if (tab == 1) ShowStatistics();
   });
+  // The person's own computer, as a report of theirs may name it.
+  computer_ = new ComputerConfigForm;
+  computer_->onEdited = [this] { Edited(); };
+  tabs_->addTab(computer_, "Computer");
   layout->addLayout(MakeButtonRow());
 
   // Typing stops at what the record keeps, so that a name or a password is never cut short
@@ -116,11 +120,18 @@ void PersonRecordWindow::Show() {
   phone2_->setText(ToQt(p.GetContactText(1)));
   email_->setText(ToQt(p.GetEmail()));
   notes_->setPlainText(ToQtLines(p.GetNotes()));
+  computer_->Show(p.GetComputerConfig());
   showing_ = false;
   const bool editable = model_.editable();
   for (QWidget* field : findChildren<QLineEdit*>()) field->setEnabled(editable);
   for (QWidget* field : findChildren<QPlainTextEdit*>()) field->setEnabled(editable);
   if (group_ != nullptr) group_->setEnabled(editable);
+  // A login and its password are changed only by those whose group allows it.
+  if (login_ != nullptr) {
+    login_->setEnabled(model_.loginEditable());
+    password_->setEnabled(model_.loginEditable());
+  }
+  computer_->SetEditable(editable);
   if (betaSite_ != nullptr) betaSite_->setEnabled(editable);
   ShowButtons();
   if (tabs_->currentIndex() == 1) ShowStatistics();
@@ -154,6 +165,7 @@ void PersonRecordWindow::Edited() {
   p.SetContactText(1, FromQt(phone2_->text()));
   p.SetEmail(FromQt(email_->text()));
   p.SetNotes(FromQtLines(notes_->toPlainText()));
+  computer_->Keep(p.GetComputerConfig());
   model_.MarkChanged();
   ShowButtons();
 }

@@ -1,5 +1,5 @@
-// The record window of a user or a customer: the person's fields and the Statistics tab,
-// bound to the person window logic.
+// The record window of a user or a customer: the person's fields, the Statistics tab and
+// the person's computer, bound to the person window logic.
 #pragma once
 
 #include <QWidget>
@@ -15,6 +15,8 @@ class QPlainTextEdit;
 class QTabWidget;
 
 namespace qm::app {
+
+class ComputerConfigForm;
 
 class PersonRecordWindow : public RecordWindowWidget {
  public:
@@ -49,6 +51,7 @@ class PersonRecordWindow : public RecordWindowWidget {
   QLineEdit* phone2_ = nullptr;
   QPlainTextEdit* notes_ = nullptr;
   QFormLayout* statistics_ = nullptr;
+  ComputerConfigForm* computer_ = nullptr;
 };
 
 }  // namespace qm::app

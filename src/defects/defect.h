@@ -135,6 +135,8 @@ class CDefect : public RecordItem {
   }
   const DefectCopies& copies() const { return copies_; }
   std::uint16_t status() const { return copies_.status; }
+  // Closed, after passing verification or without it.
+  bool IsClosed() const { return copies_.status == 4 || copies_.status == 5; }
   const std::vector<std::uint32_t>& notifyList() const { return notifyList_; }
   void SetNotifyList(std::vector<std::uint32_t> ids) { notifyList_ = std::move(ids); }
 

@@ -32,6 +32,10 @@ CDefectWindow::CDefectWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui, EditM
       clock_(clock),
       shown_(std::make_unique<CDefect>(table.lookups())) {}
 
+bool CDefectWindow::MayEdit(const RecordItem& item) const {
+  return !static_cast<const CDefect&>(item).IsClosed() || doc().HasRight(Right::kEditClosedDefects);
+}
+
 std::string CDefectWindow::GetWindowTitle(std::uint16_t mode) const {
   if (mode == kAdd || mode == kAddClose || shown_->number == 0) return "Defect";
   return "Defect #" + std::to_string(shown_->number);

@@ -136,6 +136,8 @@ class CDefectWindow : public CRecordWindow {
   void EnableFields(bool enable) override { fieldsEnabled_ = enable; }
   bool FieldsChanged() const override;
   void ResetForAdd() override;
+  // A closed defect is changed only by those whose group allows it.
+  bool MayEdit(const RecordItem& item) const override;
 
  private:
   CDefectTable& defects() const { return static_cast<CDefectTable&>(table()); }

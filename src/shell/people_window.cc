@@ -386,7 +386,16 @@ void CPersonWindow::LoadFields(const RecordItem& item) {
   changed_ = false;
 }
 
+bool CPersonWindow::loginEditable() const {
+  return editable() && (mode() != kEdit || doc().HasRight(Right::kEditUserLogin));
+}
+
 void CPersonWindow::StoreFields(RecordItem& item) {
+  if (!loginEditable()) {
+    const auto& stored = static_cast<const CUser&>(item);
+    shown_->SetLogin(stored.GetLogin());
+    shown_->SetPassword(stored.GetPassword());
+  }
   const std::uint32_t id = item.GetId();
   item.CopyPayloadFrom(*shown_);
   item.SetId(id);

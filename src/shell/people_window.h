@@ -82,6 +82,9 @@ class CPersonWindow : public CRecordWindow {
   CUser& person() { return *shown_; }
   void MarkChanged() { changed_ = true; }
   bool fieldsEnabled() const { return fieldsEnabled_; }
+  // Whether the login and password of a person in the list may change: only for those whose
+  // group allows it. Without that right an edit keeps the stored ones, whatever was typed.
+  bool loginEditable() const;
   // The Statistics tab, counted now.
   PersonStatistics Statistics() const;
 

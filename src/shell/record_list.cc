@@ -295,8 +295,7 @@ bool CDefectListView::Shows(const RecordItem& item) const {
 }
 
 bool CDefectListView::Grayed(const RecordItem& item) const {
-  const std::uint16_t status = static_cast<const CDefect&>(item).status();
-  return status == 4 || status == 5;
+  return static_cast<const CDefect&>(item).IsClosed();
 }
 
 void CDefectListView::ApplySecondarySort(std::int16_t field) {

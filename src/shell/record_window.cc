@@ -74,7 +74,7 @@ void CRecordWindow::SetButtons() {
 }
 
 void CRecordWindow::SetTitle() {
-  const char* prefix = Adding() ? "Add " : mode_ == kEdit ? "Edit " : "View ";
+  const char* prefix = Adding() ? "Add " : mode_ == kEdit && !editRefused_ ? "Edit " : "View ";
   title_ = prefix + GetWindowTitle(mode_);
 }
 
@@ -90,7 +90,8 @@ void CRecordWindow::LoadCurrent() {
   if (changeCheck) changeCheck();
   if (position_ < 1 || position_ > browse_.size()) return;
   item_ = browse_[position_ - 1];
-  if (mode_ == kEdit) {
+  editRefused_ = mode_ == kEdit && !MayEdit(*item_);
+  if (mode_ == kEdit && !editRefused_) {
     if (TakeLock()) {
       LockTaken();
       // What the list holds may be older than the record: another user may have saved it

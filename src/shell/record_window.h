@@ -122,8 +122,8 @@ class CRecordWindow {
   bool lockHeld() const { return lockHeld_; }
   bool lockFailed() const { return lockFailed_; }
   // Whether the fields may change: not while someone else holds the lock, nor when the
-  // window was opened read-only.
-  bool editable() const { return mode_ != kView && !lockFailed_ && !readOnly_; }
+  // window was opened read-only or the item is one the person may not change.
+  bool editable() const { return mode_ != kView && !lockFailed_ && !readOnly_ && !editRefused_; }
   bool retryActive() const { return retryActive_; }
   // The first button (the cancel kind) and the second (the accept kind).
   const ButtonState& firstButton() const { return first_; }
@@ -150,6 +150,9 @@ class CRecordWindow {
   virtual bool FieldsChanged() const = 0;
   // Empties the fields for the next new item.
   virtual void ResetForAdd() = 0;
+  // Whether the person may change `item` at all. One that may not is shown as in a view,
+  // and its lock is left for others.
+  virtual bool MayEdit(const RecordItem& /*item*/) const { return true; }
 
   CDBDoc& doc() const { return doc_; }
   ItemTable& table() const { return table_; }
@@ -191,6 +194,7 @@ class CRecordWindow {
   std::vector<RecordItem*> browse_;
   std::uint32_t position_ = 0;  // 1-based in browse_; 0 without a list
   bool readOnly_ = false;
+  bool editRefused_ = false;  // the item shown is one MayEdit refuses
   RecordItem* item_ = nullptr;
   bool lockHeld_ = false;
   bool lockFailed_ = false;

@@ -209,6 +209,25 @@ TEST_F(DefectWindowTest, EachCommandNeedsItsRightAndAWindowThatMayChange) {
     group.SetCommandDisabled(right, false);
     ASSERT_GE(doc->LogInUser(ui::LoginEntry{"admin", ""}), 0);
   }
+  // A closed defect opens as in a view to one whose group keeps closed defects from them,
+  // and its lock stays free; the next defect, still open, is theirs to edit.
+  Defect(2).AddEvent(CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kClose)));
+  ASSERT_EQ(defects().SaveItem(Defect(2)), DBStatus::kOk);
+  for (const bool denied : {true, false}) {
+    SCOPED_TRACE(denied);
+    group.SetCommandDisabled(RightNumber(Right::kEditClosedDefects), denied);
+    ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(group), DBStatus::kOk);
+    ASSERT_GE(doc->LogInUser(ui::LoginEntry{"tess", ""}), 0);
+    auto window = Window();
+    window->Open(CRecordWindow::kEdit, All(), 2);
+    EXPECT_EQ(window->editable(), !denied);
+    EXPECT_EQ(window->lockHeld(), !denied);
+    EXPECT_EQ(window->title().substr(0, 5), denied ? "View " : "Edit ");
+    ASSERT_TRUE(window->OnNextRecord());
+    EXPECT_TRUE(window->editable());
+    window->OnCancelButton();
+    ASSERT_GE(doc->LogInUser(ui::LoginEntry{"admin", ""}), 0);
+  }
 
   auto viewing = Window();
   viewing->Open(CRecordWindow::kView, All(), 1);

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <tuple>
 
+#include "people/user_group.h"
 #include "shell_project.h"
 
 namespace qm::test {
@@ -200,6 +201,23 @@ TEST_F(PeopleProject, ThePersonWindowAddsCheckedPeopleAndEditsThem) {
   EXPECT_TRUE(editing.OnAcceptButton());
   EXPECT_EQ(Named("Ng, Tess").GetEmail(), "tess@example.org");
   EXPECT_EQ(ui.shown.size(), 2u);
+
+  // Without "Edit User Login" an edit keeps the stored login and password.
+  auto& group = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(1));
+  group.SetCommandDisabled(RightNumber(Right::kEditUserLogin), true);
+  ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(group), DBStatus::kOk);
+  ASSERT_GE(doc->LogInUser(ui::LoginEntry{"ola", ""}), 0);
+  CPersonWindow limited(*doc, *doc->GetTable(kUserTag), ui, marks, false);
+  limited.Open(CRecordWindow::kEdit, {&Named("Ng, Tess")});
+  EXPECT_TRUE(limited.editable());
+  EXPECT_FALSE(limited.loginEditable());
+  limited.person().SetLogin("tess2");
+  limited.person().SetPassword("secret");
+  limited.person().SetEmail("ng@example.org");
+  EXPECT_TRUE(limited.OnAcceptButton());
+  EXPECT_EQ(Named("Ng, Tess").GetEmail(), "ng@example.org");
+  EXPECT_EQ(Named("Ng, Tess").GetLogin(), "tess");
+  EXPECT_EQ(Named("Ng, Tess").GetPassword(), "");
 }
 
 // Moving people who can log in or have work assigned to the customer list asks, naming
