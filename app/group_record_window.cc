@@ -19,11 +19,6 @@
 namespace qm::app {
 namespace {
 
-constexpr const char* kCustomLabels[] = {
-    "User can enter custom types",         "User can enter custom severities",
-    "User can enter custom products",      "User can enter custom versions",
-    "User can enter custom reproducibles", "User can enter custom components"};
-
 QListWidgetItem* CheckItem(QListWidget* list, const QString& text, std::uint32_t data) {
   auto* item = new QListWidgetItem(text, list);
   item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
@@ -74,7 +69,7 @@ GroupRecordWindow::GroupRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks, 
   }
   securityLayout->addWidget(rights_);
   for (std::size_t i = 0; i < custom_.size(); ++i) {
-    custom_[i] = new QCheckBox(kCustomLabels[i]);
+    custom_[i] = new QCheckBox(kCustomValueLabels[i]);
     securityLayout->addWidget(custom_[i]);
   }
   onlyAssigned_ = new QCheckBox("Members see only the defects assigned to them");

@@ -21,6 +21,7 @@
 #include "session/db_doc.h"
 #include "session/login.h"
 #include "session/value_item.h"
+#include "shell/custom_values.h"
 #include "shell/defect_window.h"
 #include "shell/group_window.h"
 #include "store/store_error.h"
@@ -121,10 +122,11 @@ std::uint32_t ValueArgument(CDBDoc& doc, const Args& args, const char* option, T
   const ItemTable& table = *doc.GetTable(list);
   const auto name = args.Value(option);
   if (!name) return firstByDefault && table.count() > 0 ? table.ItemAt(1)->GetId() : 0;
-  for (std::uint32_t p = 1; p <= table.count(); ++p) {
-    if (SameLoginText(table.ItemAt(p)->GetName(), *name)) return table.ItemAt(p)->GetId();
-  }
-  throw UsageError{"The list of --" + std::string(option) + " has no name \"" + *name + "\"."};
+  // A name the list lacks joins it when the user's group allows new names of the list.
+  if (const auto id = ValueForTypedName(doc, list, *name)) return *id;
+  throw UsageError{"The list of --" + std::string(option) + " has no name \"" + *name + "\"" +
+                   (TakesTypedNames(list) ? ", and your user group does not let you add one" : "") +
+                   "."};
 }
 
 std::uint32_t UserArgument(CDBDoc& doc, const Args& args, const char* option) {

@@ -94,22 +94,36 @@ std::vector<CUser*> NamedUsers(CDBDoc& doc, Context& c) {
   return users;
 }
 
+// The bit of a custom-value permission named as its check box reads, ignoring case.
+std::optional<std::uint16_t> CustomValueFlag(const std::string& word) {
+  for (std::size_t bit = 0; bit < std::size(kCustomValueLabels); ++bit) {
+    if (SameLoginText(kCustomValueLabels[bit], word)) return static_cast<std::uint16_t>(1u << bit);
+  }
+  return std::nullopt;
+}
+
 int DenyOrAllow(CDBDoc& doc, Context& c) {
   const std::vector<std::string>& words = c.args.positional();
   std::vector<Right> rights;
+  std::uint16_t flags = 0;
   for (std::size_t i = 4; i < words.size(); ++i) {
-    const std::optional<Right> right = FindRight(words[i]);
-    if (!right) {
+    if (const std::optional<std::uint16_t> flag = CustomValueFlag(words[i])) {
+      flags = static_cast<std::uint16_t>(flags | *flag);
+    } else if (const std::optional<Right> right = FindRight(words[i])) {
+      rights.push_back(*right);
+    } else {
       throw UsageError{"There is no right \"" + words[i] +
                        "\": give its number, 1 to 67, or its name as the group window shows "
-                       "it, such as \"Delete Defects\"."};
+                       "it, such as \"Delete Defects\" or \"User can enter custom types\"."};
     }
-    rights.push_back(*right);
   }
   EditMarks marks;
   const auto window = EditGroup(doc, FindGroup(doc, words[2]), c, marks);
   if (window == nullptr) return 1;
-  for (const Right right : rights) window->SetDenied(right, words[3] == "deny");
+  const bool deny = words[3] == "deny";
+  for (const Right right : rights) window->SetDenied(right, deny);
+  std::uint16_t& custom = window->group().customFlags;
+  custom = static_cast<std::uint16_t>(deny ? custom & ~flags : custom | flags);
   return Accept(*window, c);
 }
 
@@ -177,7 +191,8 @@ const std::vector<Command>& GroupCommands() {
       {"group FILE add NAME", "[--description TEXT] [--notes TEXT] [--only-assigned]",
        "a new group, checked as the group window checks\none", Add, Needs<Right::kAddUserGroups>},
       {"group FILE NAME deny|allow RIGHT...", "",
-       "takes rights from the group's members or gives\nthem back; RIGHT by number or name",
+       "takes rights from the group's members or gives\nthem back; RIGHT by number or name, "
+       "or a\ncustom-value box: \"User can enter custom types\"",
        DenyOrAllow, Needs<Right::kEditUserGroups>},
       {"group FILE NAME members add LOGIN...", "",
        "moves users into the group from the groups they\nwere in", AddMembers,

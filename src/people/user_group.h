@@ -57,8 +57,8 @@ class CUserGroup : public RecordItem, public RightsGroup {
   BoundedText<32> name;
   BoundedText<255> description;
   BoundedText<258> notes;
-  // Bit n allows members to type a new value into a field's list: 0 types, 1 severities,
-  // 2 products, 3 versions, 4 reproducibles, 5 components.
+  // Bit n allows members to type a new value into a field's list, as kCustomValueLabels
+  // names it.
   std::uint16_t customFlags = 0;
   std::uint32_t defectFilterId = 0;  // the filter that limits what members see; 0 none
   std::uint16_t onlyAssigned = 0;    // members see only the defects assigned to them
@@ -67,6 +67,12 @@ class CUserGroup : public RecordItem, public RightsGroup {
   std::vector<std::uint32_t> userIds_;
   std::vector<std::uint32_t> disabledCommands_;
 };
+
+// The group window's check boxes of the custom-value permissions, bit n of the flags at n.
+inline constexpr const char* kCustomValueLabels[] = {
+    "User can enter custom types",         "User can enter custom severities",
+    "User can enter custom products",      "User can enter custom versions",
+    "User can enter custom reproducibles", "User can enter custom components"};
 
 // The text form, CR LF line ends: name, description, notes, then "Users in Group: " with a
 // line per member named in `users`, "Enabled Commands: " with the name of each right the

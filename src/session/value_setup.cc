@@ -40,10 +40,6 @@ bool EqualNoCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, [&](char x, char y) { return fold(x) == fold(y); });
 }
 
-std::string TypedName(std::string_view typed) {
-  return std::string(CutToCapacity(TrimBlanks(typed), ValueItem::kNameCapacity));
-}
-
 void Require(DBStatus status) {
   if (status != DBStatus::kOk) Fail(status);
 }
@@ -61,6 +57,17 @@ class Progress {
 };
 
 }  // namespace
+
+std::string TypedName(std::string_view typed) {
+  return std::string(CutToCapacity(TrimBlanks(typed), ValueItem::kNameCapacity));
+}
+
+ValueItem* FindValueName(const CValueTable& table, std::string_view name) {
+  for (std::uint32_t p = 1; p <= table.count(); ++p) {
+    if (EqualNoCase(table.ValueAt(p)->name, name)) return table.ValueAt(p);
+  }
+  return nullptr;
+}
 
 ValueSetup::ValueSetup(CValueTable& table, const ValueListSettings& list,
                        DefectFieldAccess* defects, ui::Ui& ui, std::uint32_t currentUserId)
@@ -107,11 +114,8 @@ std::string ValueSetup::EditInput() const {
 void ValueSetup::Refuse(std::string text) { ui_.Tell(std::move(text), ui::Icon::kWarning); }
 
 bool ValueSetup::IsNameTaken(std::string_view name, const ValueItem* except) const {
-  for (std::uint32_t p = 1; p <= table_.count(); ++p) {
-    const ValueItem* item = table_.ValueAt(p);
-    if (item != except && EqualNoCase(item->name, name)) return true;
-  }
-  return false;
+  const ValueItem* found = FindValueName(table_, name);
+  return found != nullptr && found != except;
 }
 
 bool ValueSetup::Add(std::string_view typed) {

@@ -46,6 +46,12 @@ struct ReplacementQuestion {
   std::vector<std::string> names;  // the other names of the list, in list order
 };
 
+// A name as the name dialogs take it: without the blanks around it, cut to what a name
+// holds.
+std::string TypedName(std::string_view typed);
+// The name of `table` that is `name` with its ASCII letters in any case, or null.
+ValueItem* FindValueName(const CValueTable& table, std::string_view name);
+
 // Works on the list's table, which must have a store. The list box rows are the table's
 // items in table order, and a selection is a row from 1 (0: none). A failure of the store
 // ends the command that met it and is thrown as StoreError; a busy store has been offered

@@ -36,6 +36,7 @@ RecordItem& ProjectItemKinds::MakeAdministrator(ItemTable& users, ItemTable& gro
   auto group = std::make_unique<CUserGroup>();
   group->name = "Administration";
   group->description = "Project file administration";
+  group->customFlags = 0x3F;  // the administrators may type new names into every list field
 
   // Each needs the other's id: the user is stored first to get one, then the group
   // with its member, then the user again with its group.

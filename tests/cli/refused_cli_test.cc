@@ -83,8 +83,8 @@ TEST(RefusedCli, RefusalsSayWhyAndChangeNothing) {
       {a + "defect @ add", 64, "quillmark-cli defect add: --summary is required."},
       {"store frobnicate @", 64, "quillmark-cli: \"store frobnicate @\" is no command."},
       {"frobnicate", 64, "Unknown command \"frobnicate\"; quillmark-cli --help lists them."},
-      {a + "defect @ add --summary x --type Nonsense", 64,
-       "The list of --type has no name \"Nonsense\"."},
+      {a + "defect @ add --summary x --priority Nonsense", 64,
+       "The list of --priority has no name \"Nonsense\"."},
       {a + "defects @ --sort colour", 64, "There is no defect field \"colour\"."},
       {a + "values @ Colour", 64,
        "There is no value list \"Colour\". The lists are Type, Resolution, Priority, Product, "

@@ -7,6 +7,7 @@
 
 #include "cli/cli_run.h"
 #include "session/db_doc.h"
+#include "session/value_setup.h"
 #include "shell/project_item_kinds.h"
 #include "support/quiet_host.h"
 #include "support/scripted_ui.h"
@@ -99,6 +100,40 @@ TEST_F(RightsCli, AGroupChangedElsewhereReachesASessionAtItsNextLogin) {
   doc.CloseProject();
 }
 
+// A name a list lacks joins it when the member's group lets them type new names of that
+// list; a program that has the project open meanwhile learns the name at its next check.
+TEST_F(RightsCli, ANewListNameNeedsTheGroupsBoxAndReachesTheOthers) {
+  ASSERT_EQ(AsAdmin("user F add --last Berg --login ola --group Administration").code, 0);
+  ScriptedUi ui;
+  QuietHost host;
+  ProjectItemKinds kinds;
+  CDBDoc doc(ui, kinds, host);
+  ASSERT_EQ(doc.OpenProject(path, ui::LoginEntry{"ola", ""}), 1);
+  const std::string severities = AsAdmin("values F Severity").out;
+  CliResult r = AsTess("defect F add --summary Hang --severity Blocker");
+  EXPECT_EQ(r.code, 64);
+  EXPECT_EQ(r.err.substr(0, r.err.find('\n')),
+            "The list of --severity has no name \"Blocker\", and your user group does not let "
+            "you add one.");
+  EXPECT_EQ(AsAdmin("values F Severity").out, severities);
+
+  ASSERT_EQ(AsAdmin("group F Testers allow 'user can enter custom severities'").code, 0);
+  r = AsTess("defect F add --summary Hang --severity ' Blocker '");
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(AsAdmin("values F Severity").out, severities + "Blocker\n");
+  r = AsTess("defect F add --summary Again --severity BLOCKER --priority Urgent");
+  EXPECT_EQ(r.err.substr(0, r.err.find('\n')), "The list of --priority has no name \"Urgent\".")
+      << "no group adds priorities by typing";
+  EXPECT_EQ(AsAdmin("values F Severity").out, severities + "Blocker\n");
+
+  (void)doc.CheckDatabase();
+  const auto& list = static_cast<const CValueTable&>(*doc.GetTable(MakeTag("sevr")));
+  const ValueItem* blocker = FindValueName(list, "blocker");
+  ASSERT_NE(blocker, nullptr) << "the other program's list holds it";
+  EXPECT_EQ(blocker->order, list.count());
+  doc.CloseProject();
+}
+
 TEST_F(RightsCli, BadInputIsRefusedWithItsReasonAndChangesNothing) {
   const struct {
     const char* args;
@@ -107,7 +142,7 @@ TEST_F(RightsCli, BadInputIsRefusedWithItsReasonAndChangesNothing) {
   } table[] = {
       {"group F Testers deny Bogus", 64,
        "There is no right \"Bogus\": give its number, 1 to 67, or its name as the group window "
-       "shows it, such as \"Delete Defects\".\n"},
+       "shows it, such as \"Delete Defects\" or \"User can enter custom types\".\n"},
       {"group F Testers deny 68", 64, ""},
       {"group F Nobody deny 4", 64, "There is no user group \"Nobody\".\n"},
       {"group F Testers members add ghost", 64, "There is no user \"ghost\".\n"},
