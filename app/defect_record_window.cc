@@ -65,7 +65,10 @@ void ChainTabs(std::initializer_list<QWidget*> chain) {
 DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui& ui,
                                        EditMarks& marks, CDefectWindow::RunEventDialog runDialog,
                                        QWidget* parent)
-    : RecordWindowWidget(parent), doc_(doc), model_(doc, table, ui, marks, std::move(runDialog)) {
+    : RecordWindowWidget(parent),
+      doc_(doc),
+      ui_(ui),
+      model_(doc, table, ui, marks, std::move(runDialog)) {
   auto* layout = new QVBoxLayout(this);
   tabs_ = new QTabWidget;
   tabs_->setAccessibleName("Defect pages");
@@ -108,6 +111,7 @@ QWidget* DefectRecordWindow::MakeDetail(CDBDoc& doc) {
   const auto combo = [&](const char* label, const char* name, Tag list, QComboBox*& out) {
     out = Named(new QComboBox, name);
     FillValueCombo(out, doc.GetTable(list), 0, true);
+    AllowTypedNames(out, doc, list, ui_);
     place(label, out);
     connect(out, &QComboBox::currentIndexChanged, this, [this] { Edited(); });
   };
@@ -172,6 +176,7 @@ QWidget* DefectRecordWindow::MakeReportPane(CDBDoc& doc) {
   place(2, 2, "Found in Version:", versionFound_);
   reproduced_ = Named(new QComboBox, "Reproduced");
   FillValueCombo(reproduced_, doc.GetTable(MakeTag("rpro")), 0, true);
+  AllowTypedNames(reproduced_, doc, MakeTag("rpro"), ui_);
   place(3, 0, "Reproduced:", reproduced_);
   configKind_ = Named(new QComboBox, "Configuration");
   for (const std::string_view entry : kConfigKindEntries) {

@@ -57,6 +57,7 @@ class DefectRecordWindow : public RecordWindowWidget {
   void FocusWhereNeeded();
 
   CDBDoc& doc_;
+  ui::Ui& ui_;
   CDefectWindow model_;
   bool showing_ = false;
   QTabWidget* tabs_ = nullptr;

@@ -2,11 +2,18 @@
 #include "value_combo.h"
 
 #include <QComboBox>
+#include <QCompleter>
+#include <QLineEdit>
 #include <functional>
+#include <optional>
 
 #include "people/user.h"
 #include "qt_ui.h"
+#include "session/db_doc.h"
 #include "session/item_table.h"
+#include "shell/custom_values.h"
+#include "store/store_error.h"
+#include "value_setup_dialog.h"
 
 namespace qm::app {
 namespace {
@@ -43,6 +50,24 @@ void FillPeopleCombo(QComboBox* combo, const ItemTable& people, std::uint32_t cu
                      bool withNone) {
   Fill(combo, &people, currentId, withNone,
        [](const RecordItem& item) { return dynamic_cast<const CUser*>(&item) != nullptr; });
+}
+
+void AllowTypedNames(QComboBox* combo, CDBDoc& doc, Tag list, ui::Ui& ui) {
+  if (!MayTypeNewValue(doc, list)) return;
+  combo->setEditable(true);
+  combo->setInsertPolicy(QComboBox::NoInsert);
+  combo->completer()->setCaseSensitivity(Qt::CaseInsensitive);
+  QObject::connect(combo->lineEdit(), &QLineEdit::editingFinished, combo, [combo, &doc, list, &ui] {
+    const QString typed = combo->currentText();
+    if (combo->currentIndex() >= 0 && combo->itemText(combo->currentIndex()) == typed) return;
+    std::optional<std::uint32_t> id;
+    try {
+      id = ValueForTypedName(doc, list, FromQt(typed));
+    } catch (const StoreError& e) {
+      TellStoreFailure(ui, e.status);
+    }
+    FillValueCombo(combo, doc.GetTable(list), id.value_or(0), true);
+  });
 }
 
 }  // namespace qm::app
