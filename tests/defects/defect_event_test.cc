@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "session/handle_file.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -17,13 +17,6 @@ namespace {
 using ByteList = std::vector<std::uint8_t>;
 
 constexpr std::uint32_t kDate = 0xB1C2D3E4;
-
-ByteList Written(const CDefectEvent& event) {
-  CHandleFile file;
-  PayloadWriter out(file);
-  event.WriteTo(out);
-  return file.Detach();
-}
 
 // Reads the event from `bytes` and answers how many of them it left unread.
 std::size_t Read(CDefectEvent& event, const ByteList& bytes, std::uint16_t recordVersion) {

@@ -8,7 +8,7 @@
 
 #include "defects/defect_table.h"
 #include "defects/fixtures.h"
-#include "session/item_error.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -22,10 +22,7 @@ Bytes& F64(Bytes& b, double v) {
 }
 std::unique_ptr<CDefect> Read(const std::vector<std::uint8_t>& bytes,
                               const DefectLookups* lookups = nullptr) {
-  auto d = std::make_unique<CDefect>(lookups);
-  PayloadReader in(bytes);
-  d->ReadFrom(in);
-  return d;
+  return ReadItem<CDefect>(bytes, lookups);
 }
 
 // A reported-by row of kind 1 without attachments, as version 2 writes it.
@@ -158,11 +155,7 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
 }
 
 TEST(DefectRecord, DamageIsThrownWithWhatWasRead) {
-  Bytes tooNew;
-  tooNew.u16(0x10C);
-  CDefect d;
-  PayloadReader in(tooNew.b);
-  EXPECT_THROW(d.ReadFrom(in), ItemError);
+  EXPECT_THROW(Read(Bytes().u16(0x10C).b), ItemError);
 
   Bytes badKind;
   badKind.u16(0x10B).u8(0).u32(1).u32(4).u32(0).u32(5);
@@ -173,12 +166,7 @@ TEST(DefectRecord, DamageIsThrownWithWhatWasRead) {
   badKind.str8("").u32(0).u16(1).u16(12);
   CDefect partial;
   PayloadReader bad(badKind.b);
-  try {
-    partial.ReadFrom(bad);
-    ADD_FAILURE() << "an event of kind 12 is refused";
-  } catch (const ItemError& e) {
-    EXPECT_EQ(e.code(), kNoItem);
-  }
+  EXPECT_EQ(ThrownCode([&] { partial.ReadFrom(bad); }), kNoItem) << "an event of kind 12";
   EXPECT_EQ(partial.summary, "Bad kind") << "what was read stays";
 
   // The table keeps such a defect and says what to do about it.

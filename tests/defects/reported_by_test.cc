@@ -4,33 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "session/handle_file.h"
-#include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
-
-std::vector<std::uint8_t> Written(const CReportedBy& row) {
-  CHandleFile file;
-  PayloadWriter out(file);
-  row.WriteTo(out);
-  return file.Detach();
-}
-
-// The code a read throws, or 0 when it throws nothing.
-std::uint32_t ThrownCode(const std::function<void()>& read) {
-  try {
-    read();
-  } catch (const ItemError& e) {
-    return e.code();
-  }
-  return 0;
-}
 
 // The first attachment of the rows below; version 1 has no stored name.
 Bytes& NotesAttachment(Bytes& b, std::uint16_t version) {
@@ -107,11 +88,7 @@ TEST(ReportedBy, OlderRowsAndRefusedVersions) {
   EXPECT_EQ(Written(row), current.u32(0).u16(0).b) << "written back as version 2";
 
   const auto codeOf = [](const Bytes& b) {
-    return ThrownCode([&b] {
-      CReportedBy r;
-      PayloadReader reader(b.b);
-      r.ReadFrom(reader);
-    });
+    return ThrownCode([&b] { ReadItem<CReportedBy>(b.b); });
   };
   for (std::uint16_t version : std::initializer_list<std::uint16_t>{0, 3}) {
     SCOPED_TRACE(version);

@@ -2,17 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "people/user_group.h"
-#include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
 
 std::unique_ptr<CUserGroup> Read(const std::vector<std::uint8_t>& payload) {
-  auto group = std::make_unique<CUserGroup>();
-  PayloadReader in(payload);
-  group->ReadFrom(in);
-  return group;
+  return ReadItem<CUserGroup>(payload);
 }
 
 TEST(PeopleGroup, RecordFormsOfEachVersion) {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "people/user.h"
-#include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -101,12 +101,7 @@ ByteList Record(std::uint16_t v, bool old) {
   return b.b;
 }
 
-std::unique_ptr<CUser> Read(const ByteList& payload) {
-  auto user = std::make_unique<CUser>();
-  PayloadReader in(payload);
-  user->ReadFrom(in);
-  return user;
-}
+std::unique_ptr<CUser> Read(const ByteList& payload) { return ReadItem<CUser>(payload); }
 
 ByteList BlockBytes(const CUser& user, std::size_t at, std::size_t n) {
   const auto& block = user.GetPlacementBlock();
