@@ -22,29 +22,23 @@ Bytes& NotesAttachment(Bytes& b, std::uint16_t version) {
 }
 
 Bytes& LogAttachment(Bytes& b) {
-  b.u16(2).u16(7).u16(9);
-  b.str8("crash.log").tag("????").tag("QMrk").u32(3000).u32(0xFFFFFFFF).u32(70000);
-  return b.u32(CFileAttachment::kInFolder).str8("00000012.dat");
+  b.u16(2).u16(7).u16(9).str8("crash.log").tag("????").tag("QMrk").u32(3000).u32(0xFFFFFFFF);
+  return b.u32(70000).u32(CFileAttachment::kInFolder).str8("00000012.dat");
 }
 
 // A row up to and including its config kind.
 Bytes RowHead(std::uint16_t version, std::uint16_t kind) {
   Bytes b;
-  b.u16(version).u32(5).str8("Acme Labs").u32(86400 * 400);
-  b.u8(5).text("4.0b2").zeros(27);
-  b.str16("It crashes.").u32(3);
-  b.str16("1. Open\r2. Print").u16(kind);
-  return b;
+  b.u16(version).u32(5).str8("Acme Labs").u32(86400 * 400).fixed33("4.0b2");
+  return b.str16("It crashes.").u32(3).str16("1. Open\r2. Print").u16(kind);
 }
 
 // The custom configuration: the fields of the current test configuration record form.
 Bytes& LabConfig(Bytes& b) {
-  b.u16(0x102).u8(0);
-  b.str8("Lab PC").u8(0).u8(0);  // name, model, brand
-  b.str8("NT 4.0").zeros(8);     // operatingSystem, then eight empty texts
-  b.u8(1);
-  b.str8("Cd").zeros(7);  // cd-rom; modem, printer, scanner, rom empty
-  return b.u8(1);         // multipleMonitors
+  b.u16(0x102).u8(0).str8("Lab PC").u8(0).u8(0);  // name, model, brand
+  b.str8("NT 4.0").zeros(8);                      // operatingSystem, then eight empty texts
+  b.u8(1).str8("Cd").zeros(7);                    // cd-rom; modem, printer, scanner, rom empty
+  return b.u8(1);                                 // multipleMonitors
 }
 
 TEST(ReportedBy, RowFormOfEachConfigKind) {

@@ -18,12 +18,8 @@ constexpr Tag kPrio = MakeTag("prio");
 
 std::vector<std::uint8_t> Record(std::uint16_t version) {
   Bytes b;
-  b.u16(version).u8(1).u16(3).u16(1).u32(0x01020304);
-  b.str8("Write the manual");
-  b.str8("2.1");
-  b.u32(Day(3, 7)).u32(kNone).u32(12).u32(99).u16(1);
-  b.u16(9).text("two\rlines");
-  return b.b;
+  b.u16(version).u8(1).u16(3).u16(1).u32(0x01020304).str8("Write the manual").str8("2.1");
+  return b.u32(Day(3, 7)).u32(kNone).u32(12).u32(99).u16(1).str16("two\rlines").b;
 }
 
 TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
@@ -40,10 +36,8 @@ TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   CTask fresh;
   fresh.versionNeeded = std::string(40, 'v');
   Bytes b;
-  b.u16(1).u8(0).u16(2).u16(2).u32(0).u8(0);
-  b.str8(std::string(35, 'v'));
-  b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0);
-  EXPECT_EQ(fresh.Pack(), b.b);
+  b.u16(1).u8(0).u16(2).u16(2).u32(0).str8("").str8(std::string(35, 'v'));
+  EXPECT_EQ(fresh.Pack(), b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0).b);
 
   for (const int version : {0, 2, 0x100}) {
     const auto bytes = Record(static_cast<std::uint16_t>(version));
