@@ -9,6 +9,7 @@
 #include "defects/selection_commands.h"
 #include "defects/text_forms.h"
 #include "support/fake_files.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -118,10 +119,7 @@ class SelectionActions : public ProjectTest {
   std::uint16_t StoredStatus(const CDefect& defect) {
     std::vector<std::uint8_t> bytes;
     EXPECT_EQ(watcher.ReadRecord(kDefectTag, defect.GetId(), bytes), DBStatus::kOk);
-    CDefect stored;
-    PayloadReader in(bytes);
-    stored.ReadFrom(in);
-    return stored.status();
+    return ReadItem<CDefect>(bytes)->status();
   }
 
   // The notices the other client has not read yet: kind, sender and data.

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "session/handle_file.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -17,13 +17,6 @@ namespace {
 using ByteList = std::vector<std::uint8_t>;
 
 constexpr std::uint32_t kDate = 0xB1C2D3E4;
-
-ByteList Written(const CDefectEvent& event) {
-  CHandleFile file;
-  PayloadWriter out(file);
-  event.WriteTo(out);
-  return file.Detach();
-}
 
 // Reads the event from `bytes` and answers how many of them it left unread.
 std::size_t Read(CDefectEvent& event, const ByteList& bytes, std::uint16_t recordVersion) {
@@ -34,9 +27,7 @@ std::size_t Read(CDefectEvent& event, const ByteList& bytes, std::uint16_t recor
 
 // userId 7, kDate and the notes, as a record of 0x102 or later holds them.
 Bytes Head(const std::string& notes = "Seen twice") {
-  Bytes b;
-  b.u32(7).u32(kDate).u16(static_cast<std::uint16_t>(notes.size())).text(notes);
-  return b;
+  return Bytes().u32(7).u32(kDate).str16(notes);
 }
 
 TEST(DefectEvent, EachKindsByteForm) {
@@ -55,9 +46,7 @@ TEST(DefectEvent, EachKindsByteForm) {
   fix->affectsDocs = true;
   fix->resolutionId = 0x11223344;
   fix->fixVersion = "1.2";
-  Bytes fixBytes = Head();
-  fixBytes.u32(0x40040000).u32(0).u8(1).u8(0).u32(0x11223344);
-  add(std::move(fix), fixBytes.fixed33("1.2"));
+  add(std::move(fix), Head().u32(0x40040000).u32(0).u8(1).u8(0).u32(0x11223344).fixed33("1.2"));
   auto verify = std::make_unique<CVerifyEvent>();
   verify->passed = false;
   add(std::move(verify), Head().u8(0));
@@ -68,9 +57,7 @@ TEST(DefectEvent, EachKindsByteForm) {
   estimate->hours = 10;
   estimate->estimatedDate = 0x0A0B0C0D;
   estimate->estimatedVersion = "2.0b";
-  Bytes estimateBytes = Head();
-  estimateBytes.u32(0x40240000).u32(0).u32(0x0A0B0C0D);
-  add(std::move(estimate), estimateBytes.fixed33("2.0b"));
+  add(std::move(estimate), Head().u32(0x40240000).u32(0).u32(0x0A0B0C0D).fixed33("2.0b"));
   auto release = std::make_unique<CReleaseNotesEvent>();
   release->releaseVersion = "3.1";
   add(std::move(release), Head().u8(3).text("3.1"));
@@ -102,15 +89,11 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   Read(fix, old.b, 0x101);
   EXPECT_EQ(fix.hours, 7.0);
   // Written back, the notes become text and the hours a float64.
-  Bytes now = Head("old");
-  now.u32(0x401C0000).u32(0).u8(0).u8(1).u32(4);
-  EXPECT_EQ(Written(fix), now.fixed33("0.9").b);
+  EXPECT_EQ(Written(fix), Head("old").u32(0x401C0000).u32(0).u8(0).u8(1).u32(4).fixed33("0.9").b);
 
   // 0x102 and 0x103 hold twelve bytes that say nothing in place of the hours.
-  Bytes skipped = Head();
-  skipped.raw(ByteList(12, 0xAB)).u8(1).u8(0).u32(6);
-  skipped.fixed33("1.0");
-  EXPECT_EQ(Read(fix, skipped.b, 0x103), 0u);
+  EXPECT_EQ(Read(fix, Head().raw(ByteList(12, 0xAB)).u8(1).u8(0).u32(6).fixed33("1.0").b, 0x103),
+            0u);
   EXPECT_EQ(fix.hours, 0.0);
   EXPECT_TRUE(fix.affectsDocs);
   EXPECT_EQ(fix.resolutionId, 6u);
@@ -141,9 +124,8 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   estimate.userId = 7;
   estimate.date = kDate;
   estimate.estimatedVersion = longVersion;
-  Bytes cut = Head("");
-  cut.u32(0xBFF00000).u32(0).u32(0xFFFFFFFF);
-  EXPECT_EQ(Written(estimate), cut.fixed33(std::string(31, 'v')).b);
+  EXPECT_EQ(Written(estimate),
+            Head("").u32(0xBFF00000).u32(0).u32(0xFFFFFFFF).fixed33(std::string(31, 'v')).b);
 
   // A release version is stored as at most 32 bytes, cut the same way.
   CReleaseNotesEvent release;

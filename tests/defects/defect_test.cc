@@ -4,38 +4,32 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <bit>
 
 #include "defects/defect_table.h"
 #include "defects/fixtures.h"
-#include "session/item_error.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
-Bytes& F64(Bytes& b, double v) {
-  std::uint64_t bits = 0;
-  std::memcpy(&bits, &v, sizeof bits);
+// Hours as a record of version `v` holds them: twelve bytes that say nothing below 0x104.
+Bytes& Hours(Bytes& b, std::uint16_t v, double hours) {
+  const auto bits = std::bit_cast<std::uint64_t>(hours);
+  if (v < 0x104) return b.zeros(12);
   return b.u32(static_cast<std::uint32_t>(bits >> 32)).u32(static_cast<std::uint32_t>(bits));
 }
 std::unique_ptr<CDefect> Read(const std::vector<std::uint8_t>& bytes,
                               const DefectLookups* lookups = nullptr) {
-  auto d = std::make_unique<CDefect>(lookups);
-  PayloadReader in(bytes);
-  d->ReadFrom(in);
-  return d;
+  return ReadItem<CDefect>(bytes, lookups);
 }
 
 // A reported-by row of kind 1 without attachments, as version 2 writes it.
 Bytes& Row(Bytes& b, std::uint32_t foundBy, const std::string& description) {
-  b.u16(2).u32(foundBy);
-  b.str8("Acme").u32(3'000'000'000u);
-  b.fixed33("2.0");
-  b.str16(description).u32(2);
-  b.str16("Click twice").u16(1).u32(0);
-  return b.str16("");
+  b.u16(2).u32(foundBy).str8("Acme").u32(3'000'000'000u).fixed33("2.0");
+  return b.str16(description).u32(2).str16("Click twice").u16(1).u32(0).str16("");
 }
 
 // Version 0x100: no deleted flag, the found-by block and the description of old, text8
@@ -47,17 +41,11 @@ TEST(DefectRecord, TheOldestFormBecomesAReportedByRow) {
   for (const auto& [foundBy, contact] :
        std::vector<std::pair<std::uint32_t, std::string>>{{9, "Initech"}, {10, "Lumbergh"}}) {
     Bytes b;
-    b.u16(0x100).u32(3'000'000'000u).u32(4).u32(7).u32(5);
-    b.str8("Old one").u8(1).u8(0).u32(3);
-    b.u32(foundBy).u32(3'000'000'050u).u8(0);
-    b.u8(5).text("Desc.");
-    b.str8("1.0").u32(13);
-    b.u8(4).text(" cfg");
-    b.u32(12).u32(3'000'000'100u).u32(0).u32(kNone);
-    b.u32(kNone);  // hours not set
-    b.str8("").u8(1).u8(0).u32(0).u32(kNone);
-    b.str8("").u32(0);
-    b.u16(1).u16(2).u32(12).u32(3'000'000'100u).u8(2).text("hi");
+    b.u16(0x100).u32(3'000'000'000u).u32(4).u32(7).u32(5).str8("Old one").u8(1).u8(0).u32(3);
+    b.u32(foundBy).u32(3'000'000'050u).u8(0).str8("Desc.").str8("1.0").u32(13).str8(" cfg");
+    b.u32(12).u32(3'000'000'100u).u32(0).u32(kNone).u32(kNone);  // hours not set
+    b.str8("").u8(1).u8(0).u32(0).u32(kNone).str8("").u32(0);
+    b.u16(1).u16(2).u32(12).u32(3'000'000'100u).str8("hi");  // text8 notes
     b.u16(5);  // a status of closed, with no close event
     const auto read = Read(b.b, &lookups);
     CDefect& d = *read;
@@ -87,41 +75,17 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
     Bytes b;
     b.u16(v);
     if (v >= 0x103) b.u8(1);
-    b.u32(3'000'000'000u).u32(4).u32(newest ? 7 : 0).u32(5);
-    b.str8("Mid").u8(0).u8(0).u32(3);
-    if (v < 0x105) {
-      b.u32(9).u32(3'000'000'050u).u8(1);
-    } else {
-      b.u32(9).u32(3'000'000'060u);
-    }
+    b.u32(3'000'000'000u).u32(4).u32(newest ? 7 : 0).u32(5).str8("Mid").u8(0).u8(0).u32(3);
+    b.u32(9).u32(v < 0x105 ? 3'000'000'050u : 3'000'000'060u);
+    if (v < 0x105) b.u8(1);
     if (v <= 0x105) b.str16("Old. ");
-    if (v < 0x105) {
-      b.str8("1.0").u32(0);
-      b.str16("");
-    }
+    if (v < 0x105) b.str8("1.0").u32(0).str16("");
     b.u32(0).u32(kNone).u32(newest ? 9 : 0).u32(newest ? 3'000'000'070u : kNone);
-    if (v < 0x104) {
-      b.zeros(12);
-    } else {
-      F64(b, newest ? 2.0 : 3.0);
-    }
-    b.str8(newest ? "1.1" : "").u8(newest ? 1 : 0).u8(0).u32(0).u32(kNone);
-    b.str8("").u32(0);
-    b.u16(1).u16(3).u32(9).u32(3'000'000'070u);
-    b.str16("fixed");
-    if (v < 0x104) {
-      b.zeros(12);
-    } else {
-      F64(b, 2.0);
-    }
-    b.u8(1).u8(0).u32(7);
-    b.fixed33("1.1");
-    b.u16(2);
-    if (v >= 0x105) {
-      b.u32(24);
-      b.str8("R").u16(1);
-      Row(b, 9, "New.");
-    }
+    Hours(b, v, newest ? 2.0 : 3.0).str8(newest ? "1.1" : "").u8(newest ? 1 : 0).u8(0);
+    b.u32(0).u32(kNone).str8("").u32(0);
+    b.u16(1).u16(3).u32(9).u32(3'000'000'070u).str16("fixed");
+    Hours(b, v, 2.0).u8(1).u8(0).u32(7).fixed33("1.1").u16(2);
+    if (v >= 0x105) Row(b.u32(24).str8("R").u16(1), 9, "New.");
     if (v >= 0x107) b.u32(33);
     if (v >= 0x108) b.str16("wa");
     if (v >= 0x109) b.u32(3'000'000'500u);
@@ -158,27 +122,15 @@ TEST(DefectRecord, EachVersionReadsItsOwnFields) {
 }
 
 TEST(DefectRecord, DamageIsThrownWithWhatWasRead) {
-  Bytes tooNew;
-  tooNew.u16(0x10C);
-  CDefect d;
-  PayloadReader in(tooNew.b);
-  EXPECT_THROW(d.ReadFrom(in), ItemError);
+  EXPECT_THROW(Read(Bytes().u16(0x10C).b), ItemError);
 
   Bytes badKind;
-  badKind.u16(0x10B).u8(0).u32(1).u32(4).u32(0).u32(5);
-  badKind.str8("Bad kind").u8(0).u8(0).u32(3).u32(0).u32(kNone);
-  badKind.u32(0).u32(kNone).u32(0).u32(kNone);
-  F64(badKind, -1);
-  badKind.str8("").u8(0).u8(0).u32(0).u32(kNone);
-  badKind.str8("").u32(0).u16(1).u16(12);
+  badKind.u16(0x10B).u8(0).u32(1).u32(4).u32(0).u32(5).str8("Bad kind").u8(0).u8(0).u32(3);
+  Hours(badKind.u32(0).u32(kNone).u32(0).u32(kNone).u32(0).u32(kNone), 0x10B, -1);
+  badKind.str8("").u8(0).u8(0).u32(0).u32(kNone).str8("").u32(0).u16(1).u16(12);
   CDefect partial;
   PayloadReader bad(badKind.b);
-  try {
-    partial.ReadFrom(bad);
-    ADD_FAILURE() << "an event of kind 12 is refused";
-  } catch (const ItemError& e) {
-    EXPECT_EQ(e.code(), kNoItem);
-  }
+  EXPECT_EQ(ThrownCode([&] { partial.ReadFrom(bad); }), kNoItem) << "an event of kind 12";
   EXPECT_EQ(partial.summary, "Bad kind") << "what was read stays";
 
   // The table keeps such a defect and says what to do about it.

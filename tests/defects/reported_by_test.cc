@@ -4,33 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "session/handle_file.h"
-#include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
-
-std::vector<std::uint8_t> Written(const CReportedBy& row) {
-  CHandleFile file;
-  PayloadWriter out(file);
-  row.WriteTo(out);
-  return file.Detach();
-}
-
-// The code a read throws, or 0 when it throws nothing.
-std::uint32_t ThrownCode(const std::function<void()>& read) {
-  try {
-    read();
-  } catch (const ItemError& e) {
-    return e.code();
-  }
-  return 0;
-}
 
 // The first attachment of the rows below; version 1 has no stored name.
 Bytes& NotesAttachment(Bytes& b, std::uint16_t version) {
@@ -41,29 +22,23 @@ Bytes& NotesAttachment(Bytes& b, std::uint16_t version) {
 }
 
 Bytes& LogAttachment(Bytes& b) {
-  b.u16(2).u16(7).u16(9);
-  b.str8("crash.log").tag("????").tag("QMrk").u32(3000).u32(0xFFFFFFFF).u32(70000);
-  return b.u32(CFileAttachment::kInFolder).str8("00000012.dat");
+  b.u16(2).u16(7).u16(9).str8("crash.log").tag("????").tag("QMrk").u32(3000).u32(0xFFFFFFFF);
+  return b.u32(70000).u32(CFileAttachment::kInFolder).str8("00000012.dat");
 }
 
 // A row up to and including its config kind.
 Bytes RowHead(std::uint16_t version, std::uint16_t kind) {
   Bytes b;
-  b.u16(version).u32(5).str8("Acme Labs").u32(86400 * 400);
-  b.u8(5).text("4.0b2").zeros(27);
-  b.str16("It crashes.").u32(3);
-  b.str16("1. Open\r2. Print").u16(kind);
-  return b;
+  b.u16(version).u32(5).str8("Acme Labs").u32(86400 * 400).fixed33("4.0b2");
+  return b.str16("It crashes.").u32(3).str16("1. Open\r2. Print").u16(kind);
 }
 
 // The custom configuration: the fields of the current test configuration record form.
 Bytes& LabConfig(Bytes& b) {
-  b.u16(0x102).u8(0);
-  b.str8("Lab PC").u8(0).u8(0);  // name, model, brand
-  b.str8("NT 4.0").zeros(8);     // operatingSystem, then eight empty texts
-  b.u8(1);
-  b.str8("Cd").zeros(7);  // cd-rom; modem, printer, scanner, rom empty
-  return b.u8(1);         // multipleMonitors
+  b.u16(0x102).u8(0).str8("Lab PC").u8(0).u8(0);  // name, model, brand
+  b.str8("NT 4.0").zeros(8);                      // operatingSystem, then eight empty texts
+  b.u8(1).str8("Cd").zeros(7);                    // cd-rom; modem, printer, scanner, rom empty
+  return b.u8(1);                                 // multipleMonitors
 }
 
 TEST(ReportedBy, RowFormOfEachConfigKind) {
@@ -107,11 +82,7 @@ TEST(ReportedBy, OlderRowsAndRefusedVersions) {
   EXPECT_EQ(Written(row), current.u32(0).u16(0).b) << "written back as version 2";
 
   const auto codeOf = [](const Bytes& b) {
-    return ThrownCode([&b] {
-      CReportedBy r;
-      PayloadReader reader(b.b);
-      r.ReadFrom(reader);
-    });
+    return ThrownCode([&b] { ReadItem<CReportedBy>(b.b); });
   };
   for (std::uint16_t version : std::initializer_list<std::uint16_t>{0, 3}) {
     SCOPED_TRACE(version);

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "defects/fixtures.h"
-#include "session/item_error.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -18,45 +18,30 @@ constexpr Tag kPrio = MakeTag("prio");
 
 std::vector<std::uint8_t> Record(std::uint16_t version) {
   Bytes b;
-  b.u16(version).u8(1).u16(3).u16(1).u32(0x01020304);
-  b.str8("Write the manual");
-  b.str8("2.1");
-  b.u32(Day(3, 7)).u32(kNone).u32(12).u32(99).u16(1);
-  b.u16(9).text("two\rlines");
-  return b.b;
+  b.u16(version).u8(1).u16(3).u16(1).u32(0x01020304).str8("Write the manual").str8("2.1");
+  return b.u32(Day(3, 7)).u32(kNone).u32(12).u32(99).u16(1).str16("two\rlines").b;
 }
 
 TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
-  CTask task;
-  const std::vector<std::uint8_t> bytes = Record(1);
-  PayloadReader in(bytes);
-  task.ReadFrom(in);
+  const auto task = ReadItem<CTask>(Record(1));
   // The kind comes before the status in the record.
-  EXPECT_EQ(std::tuple(task.deleted, task.kind, task.status, task.priorityId, task.toDo.str(),
-                       task.versionNeeded.str(), task.dateNeeded, task.dateEntered, task.ownerId,
-                       task.reservedId, task.access, task.description),
+  EXPECT_EQ(std::tuple(task->deleted, task->kind, task->status, task->priorityId, task->toDo.str(),
+                       task->versionNeeded.str(), task->dateNeeded, task->dateEntered,
+                       task->ownerId, task->reservedId, task->access, task->description),
             std::tuple(true, kTaskNotification, kTaskOnHold, 0x01020304u, "Write the manual", "2.1",
                        Day(3, 7), kNone, 12u, 99u, 1, "two\rlines"));
-  EXPECT_EQ(task.Pack(), Record(1));
+  EXPECT_EQ(task->Pack(), Record(1));
 
   // A new task: open, a reminder, private, nobody's; the version needed keeps 35 bytes.
   CTask fresh;
   fresh.versionNeeded = std::string(40, 'v');
   Bytes b;
-  b.u16(1).u8(0).u16(2).u16(2).u32(0).u8(0);
-  b.str8(std::string(35, 'v'));
-  b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0);
-  EXPECT_EQ(fresh.Pack(), b.b);
+  b.u16(1).u8(0).u16(2).u16(2).u32(0).str8("").str8(std::string(35, 'v'));
+  EXPECT_EQ(fresh.Pack(), b.u32(kNone).u32(kNone).u32(0).u32(0).u16(3).u16(0).b);
 
   for (const int version : {0, 2, 0x100}) {
-    const std::vector<std::uint8_t> otherBytes = Record(static_cast<std::uint16_t>(version));
-    PayloadReader bad(otherBytes);
-    try {
-      CTask().ReadFrom(bad);
-      ADD_FAILURE() << "version " << version << " was read";
-    } catch (const ItemError& e) {
-      EXPECT_EQ(e.code(), kItemFailed);
-    }
+    const auto bytes = Record(static_cast<std::uint16_t>(version));
+    EXPECT_EQ(ThrownCode([&] { ReadItem<CTask>(bytes); }), kItemFailed) << version;
   }
 }
 

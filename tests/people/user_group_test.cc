@@ -2,17 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "people/user_group.h"
-#include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
 
 std::unique_ptr<CUserGroup> Read(const std::vector<std::uint8_t>& payload) {
-  auto group = std::make_unique<CUserGroup>();
-  PayloadReader in(payload);
-  group->ReadFrom(in);
-  return group;
+  return ReadItem<CUserGroup>(payload);
 }
 
 TEST(PeopleGroup, RecordFormsOfEachVersion) {
@@ -32,11 +29,9 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
   group.onlyAssigned = 1;
 
   Bytes expected;
-  expected.u16(0x103).u8(0);
-  expected.str8("A group name far longer than thi").str8("Test team").str8("Night shift");
-  expected.u32(4).u32(2).u32(7).u32(0x01020304);
-  expected.u32(4).u32(3).u32(8).u32(67).u32(4);
-  expected.u16(0x21).u32(12).u16(1);
+  expected.u16(0x103).u8(0).str8("A group name far longer than thi").str8("Test team");
+  expected.str8("Night shift").u32(4).u32(2).u32(7).u32(0x01020304);
+  expected.u32(4).u32(3).u32(8).u32(67).u32(4).u16(0x21).u32(12).u16(1);
   EXPECT_EQ(group.Pack(), expected.b);
   EXPECT_EQ(Read(expected.b)->Pack(), expected.b);
   EXPECT_THROW(Read(Bytes().u16(0x104).b), ItemError);
@@ -49,8 +44,7 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
     Bytes old;
     old.u16(v);
     if (v >= 0x101) old.u8(1);
-    old.str8("Admins").str8("").str8("All rights");
-    old.u32(4).u32(1).u32(3).u32(4).u32(1).u32(2);
+    old.str8("Admins").str8("").str8("All rights").u32(4).u32(1).u32(3).u32(4).u32(1).u32(2);
     if (v >= 0x102) old.u16(3);
     if (v >= 0x103) old.u32(12).u16(1);
     const auto read = Read(old.u32(0x0BADBAD0).u32(0x0BADBAD0).b);
@@ -64,9 +58,8 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
 
   // A count beyond the payload: the whole ids are taken, then the record is at its end.
   Bytes cut;
-  cut.u16(0x103).u8(0);
-  cut.str8("Cut").str8("").str8("");
-  const auto readCut = Read(cut.u32(4).u32(1000).u32(1).u32(2).u16(0xABCD).b);
+  cut.u16(0x103).u8(0).str8("Cut").str8("").str8("").u32(4).u32(1000).u32(1).u32(2).u16(0xABCD);
+  const auto readCut = Read(cut.b);
   EXPECT_EQ(readCut->userIds(), (std::vector<std::uint32_t>{1, 2}));
   EXPECT_TRUE(readCut->disabledCommands().empty());
   EXPECT_EQ(readCut->customFlags, 0);

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "people/user.h"
-#include "session/item_error.h"
 #include "store/file_bytes.h"
+#include "support/item_bytes.h"
 
 namespace qm::test {
 namespace {
@@ -70,16 +70,10 @@ ByteList Record(std::uint16_t v, bool old) {
   if (v >= 0x102) b.u8(old ? 1 : 0);
   b.str8("Ann").str8("Lee").str8("alee").str8("secret");
   // Notes: text8, which keeps a 0 byte, then text, which reads it as a blank.
-  if (v < 0x108) {
-    b.u8(3).raw({'a', 0, 'b'});
-  } else {
-    b.u16(3).raw({'a', ' ', 'b'});
-  }
-  b.u8(3).str8("555-0100");
-  b.u8(5).str8("ext 12");  // the low byte of the kind
-  b.u32(5);
-  Counting(b, 1, 76);                // block bytes 0-75
-  if (v > 0x100) b.u32(0xF1F2F3F4);  // the u32 at 84
+  v < 0x108 ? b.u8(3).raw({'a', 0, 'b'}) : b.u16(3).raw({'a', ' ', 'b'});
+  b.u8(3).str8("555-0100").u8(5).str8("ext 12").u32(5);  // the low byte of each kind
+  Counting(b, 1, 76);                                    // block bytes 0-75
+  if (v > 0x100) b.u32(0xF1F2F3F4);                      // the u32 at 84
   b.u32(0xB0C0D0E0);
   if (v > 0x102) b.str8("s1").str8("").str8("s3").u16(1).u16(2).u16(0xFFFF);
   if (v > 0x103) b.str8("Corvane").str8("1 Main St\rSpringfield").u16(1).str8("ann@example.com");
@@ -101,12 +95,7 @@ ByteList Record(std::uint16_t v, bool old) {
   return b.b;
 }
 
-std::unique_ptr<CUser> Read(const ByteList& payload) {
-  auto user = std::make_unique<CUser>();
-  PayloadReader in(payload);
-  user->ReadFrom(in);
-  return user;
-}
+std::unique_ptr<CUser> Read(const ByteList& payload) { return ReadItem<CUser>(payload); }
 
 ByteList BlockBytes(const CUser& user, std::size_t at, std::size_t n) {
   const auto& block = user.GetPlacementBlock();

@@ -17,45 +17,28 @@
 
 namespace qm::test {
 
-struct MadeDefect {
-  MadeDefect(const char* s, std::uint32_t n = 0, const char* to = nullptr)
-      : summary(s), number(n), assignedTo(to) {}
-  const char* summary;
-  std::uint32_t number;    // 0: none given
-  const char* assignedTo;  // "admin" or "tess": one assignment event
-};
-
-// A multi-user project holds a user "tess" (last name Tess) in the administrators' group.
+// A multi-user project holds a user "tess" (last name Tess) in the administrators' group;
+// `defects` are the summaries of the defects it starts with.
 inline void MakeProject(const std::string& path, bool multiUser = true,
-                        const std::vector<MadeDefect>& defects = {},
+                        const std::vector<std::string>& defects = {},
                         const char* tessPassword = "") {
   ScriptedUi ui;
   QuietHost host;
   ProjectItemKinds kinds;
   CDBDoc made(ui, kinds, host);
   ASSERT_EQ(made.NewProject(path, multiUser), 1);
-  std::uint32_t tessId = 0;
   if (multiUser) {
     auto tess = std::make_unique<CUser>();
     tess->SetLastName("Tess");
     tess->SetLogin("tess");
     tess->SetPassword(tessPassword);
     tess->SetGroupId(1);
-    const CUser& added = *tess;
     std::unique_ptr<RecordItem> item = std::move(tess);
     ASSERT_EQ(made.GetTable(kUserTag)->AddItem(item), DBStatus::kOk);
-    tessId = added.GetId();
   }
-  for (const MadeDefect& d : defects) {
+  for (const std::string& summary : defects) {
     std::unique_ptr<RecordItem> item = made.GetTable(kDefectTag)->NewItem();
-    auto& defect = static_cast<CDefect&>(*item);
-    defect.summary = d.summary;
-    defect.number = d.number;
-    if (d.assignedTo != nullptr) {
-      auto assign = CDefectEvent::Make(static_cast<std::int16_t>(EventKind::kAssign));
-      assign->userId = std::string(d.assignedTo) == "tess" ? tessId : made.currentUserId();
-      defect.AddEvent(std::move(assign));
-    }
+    static_cast<CDefect&>(*item).summary = summary;
     ASSERT_EQ(made.GetTable(kDefectTag)->AddItem(item), DBStatus::kOk);
   }
   made.CloseProject();
