@@ -184,12 +184,9 @@ TEST_F(Project, AProjectIsNeverMadeAnewUnderSomeoneWhoHasItOpen) {
     const std::string held = c.held;
     std::optional<Child> other;
     if (!held.empty()) {
-      other.emplace([file, held](Child::Channel& channel) {
-        ScriptedUi childUi;
-        RecordingHost childHost;
-        ProjectItemKinds childKinds;
-        CDBDoc doc(childUi, childKinds, childHost);
-        CProjectStore store(childUi);
+      other.emplace([this, file, held](Child::Channel& channel) {
+        CDBDoc doc(ui, kinds, host);  // the child's own copies
+        CProjectStore store(ui);
         if (held == "login" ? doc.OpenProject(file, ui::LoginEntry{"admin", ""}) != 1
                             : store.Open(file) != DBStatus::kOk) {
           return 1;
