@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/cli_run.h"
 #include "main_frame.h"
 #include "support/made_project.h"
 #include "support/scripted_ui.h"
@@ -29,6 +30,11 @@ class FrameTest : public ::testing::Test {
  protected:
   void SetUp() override { MakeProject(path); }
   void Open() { ASSERT_TRUE(frame.OpenProject(path, ui::LoginEntry{"admin", ""})); }
+  // quillmark-cli on the project as `user`, another program on the file.
+  void Cli(const std::string& args, const std::string& user = "admin") {
+    const CliResult r = RunCli(dir, "--user " + user + " --password '' " + args);
+    ASSERT_EQ(r.code, 0) << r.err;
+  }
 
   TempDir dir;
   std::string path = dir.File("Atlas.qmk");

@@ -21,7 +21,6 @@
 #include <QTableWidget>
 #include <QTest>
 
-#include "cli/cli_run.h"
 #include "defect_record_window.h"
 #include "defects/selection_commands.h"
 #include "frame_test.h"
@@ -167,12 +166,9 @@ TEST_F(MainFrameTest, TheDefectListKeepsItsColumnsAndPlaceAcrossOpenings) {
 // Another program on the same file, quillmark-cli as another user, assigns a defect to the
 // user of this window; the next check brings it to the list, marked, with the alert.
 TEST_F(MainFrameTest, AnAssignmentInAnotherProgramReachesTheListWithTheAlert) {
-  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path + " add --summary Slow").code,
-            0);
+  Cli("defect " + path + " add --summary Slow");
   Open();
-  const CliResult assigned = RunCli(
-      dir, "--user tess --password '' defects " + path + " act assign --numbers 1 --to admin");
-  ASSERT_EQ(assigned.code, 0) << assigned.err;
+  Cli("defects " + path + " act assign --numbers 1 --to admin", "tess");
 
   const QAbstractItemModel& rows = *frame.defectList()->view()->model();
   EXPECT_EQ(rows.data(rows.index(0, 5)).toString(), "Open, not assigned") << "not before the check";

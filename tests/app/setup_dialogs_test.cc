@@ -13,7 +13,6 @@
 #include <QTest>
 #include <cstdio>
 
-#include "cli/cli_run.h"
 #include "defects/project_defects.h"
 #include "frame_test.h"
 #include "numbering_dialog.h"
@@ -35,10 +34,7 @@ Strings Rows(const QListWidget& list) {
 class SetupDialogsTest : public FrameTest {};
 
 TEST_F(SetupDialogsTest, AValueListIsSetUpThroughItsDialog) {
-  ASSERT_EQ(RunCli(dir, "--user admin --password '' defect " + path +
-                            " add --summary Slow --type 'Cosmetic'")
-                .code,
-            0);
+  Cli("defect " + path + " add --summary Slow --type 'Cosmetic'");
   QAction* types = Named<QAction>(frame, "&Type...");
   ASSERT_NE(types, nullptr);
   EXPECT_FALSE(types->isEnabled()) << "no project";
@@ -105,12 +101,7 @@ TEST_F(SetupDialogsTest, AValueListIsSetUpThroughItsDialog) {
 }
 
 TEST_F(SetupDialogsTest, TheNumberingDialogRefusesANumberInUseAndTakesAHigherOne) {
-  for (const char* summary : {"Slow", "Crash"}) {
-    ASSERT_EQ(RunCli(dir, std::string("--user admin --password '' defect ") + path +
-                              " add --summary " + summary)
-                  .code,
-              0);
-  }
+  for (const char* summary : {"Slow", "Crash"}) Cli("defect " + path + " add --summary " + summary);
   Open();
   CDBDoc& doc = *frame.doc();
   const auto& defects = static_cast<const CDefectTable&>(*doc.GetTable(kDefectTag));

@@ -40,9 +40,9 @@ std::vector<std::string> Names(const ItemTable& table) {
   return names;
 }
 
-std::vector<std::uint8_t> Misc(CProjectStore& store, std::uint32_t id) {
+std::vector<std::uint8_t> Stored(CProjectStore& store, std::uint32_t id, Tag tag = kMiscTag) {
   std::vector<std::uint8_t> bytes;
-  EXPECT_EQ(store.ReadRecord(kMiscTag, id, bytes), DBStatus::kOk) << "misc " << id;
+  EXPECT_EQ(store.ReadRecord(tag, id, bytes), DBStatus::kOk) << TagText(tag) << " " << id;
   return bytes;
 }
 
@@ -68,11 +68,8 @@ TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) 
                                       "Re-opened"}));
   EXPECT_EQ(Names(*doc.GetTable(MakeTag("prod"))), std::vector<std::string>{"Atlas"});
   // Each name's record holds its place from 1.
-  std::vector<std::uint8_t> second;
-  ASSERT_EQ(store.ReadRecord(MakeTag("sevr"), 2, second), DBStatus::kOk);
-  Bytes workaround;
-  workaround.u16(257).u8(0).u8(13).text("No Workaround").u32(2);
-  EXPECT_EQ(second, workaround.b);
+  EXPECT_EQ(Stored(store, 2, MakeTag("sevr")),
+            Bytes().u16(257).u8(0).str8("No Workaround").u32(2).b);
 
   auto& admin = dynamic_cast<CUser&>(*doc.currentUser());
   EXPECT_EQ(admin.GetNotes(),
@@ -84,12 +81,10 @@ TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) 
   EXPECT_EQ(group.userIds(), std::vector<std::uint32_t>{admin.GetId()});
   EXPECT_EQ(admin.GetGroupId(), group.GetId());
 
-  Bytes security;
-  security.u16(256).u16(1).u8(0);
-  EXPECT_EQ(Misc(store, 1), security.b);
-  EXPECT_EQ(ProjectInfo::Decode(Misc(store, 2), 0).projectName, "Atlas");
-  for (std::uint32_t id : {5u, 6u, 7u}) EXPECT_EQ(Misc(store, id), Bytes().u32(0).b);
-  EXPECT_EQ(Misc(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
+  EXPECT_EQ(Stored(store, 1), Bytes().u16(256).u16(1).u8(0).b);
+  EXPECT_EQ(ProjectInfo::Decode(Stored(store, 2), 0).projectName, "Atlas");
+  for (std::uint32_t id : {5u, 6u, 7u}) EXPECT_EQ(Stored(store, id), Bytes().u32(0).b);
+  EXPECT_EQ(Stored(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
   std::uint32_t size = 0;
   EXPECT_EQ(store.GetRecordSize(kMiscTag, 3, size), DBStatus::kNoSuchRecord)
       << "a multi-user project keeps preferences with each user";
@@ -97,35 +92,18 @@ TEST_F(Project, NewMultiUserProjectHoldsItsTablesListsAdministratorAndCounters) 
   EXPECT_NE(doc.nextDatabaseCheck(), platform::kNoStamp);
 }
 
-// A single-user project has no users and keeps its preferences in misc 3; its password is
-// asked for at every opening.
-TEST_F(Project, NewSingleUserProjectHasNoUsersAndMayHaveAPassword) {
-  {
-    CDBDoc doc(ui, kinds, host);
-    ASSERT_EQ(doc.NewProject(path, false), 1);
-    EXPECT_EQ(doc.GetTable(kUserTag)->count(), 0u);
-    EXPECT_EQ(doc.GetTable(kGroupTag)->count(), 0u);
-    EXPECT_EQ(doc.currentUser(), nullptr);
-    EXPECT_TRUE(doc.HasRight(Right::kSaveProjectTemplate));
-    Bytes prefs;
-    prefs.u16(258).zeros(88);
-    EXPECT_EQ(Misc(*doc.store(), 3), prefs.b);
-    EXPECT_EQ(Misc(*doc.store(), 1), Bytes().u16(256).u16(0).u8(0).b);
-    EXPECT_EQ(ui.statusTexts.back(), "Ready");
-    ASSERT_EQ(doc.SetProjectPassword("Open"), DBStatus::kOk);
-  }
+// A single-user project has no users and keeps its preferences in misc 3. Its password is
+// the session commands' test.
+TEST_F(Project, NewSingleUserProjectHasNoUsers) {
   CDBDoc doc(ui, kinds, host);
-  ui.ScriptPassword("shut");
-  ui.ScriptPassword("OPEN");
-  ASSERT_EQ(doc.OpenProject(path), 1);
-  EXPECT_EQ(ui.passwordTexts[0],
-            "The file " + path + " is password protected. Please enter the password below.");
-  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Password incorrect -- please try again."});
-  doc.CloseProject();
-  ui.shown.clear();
-  ui.ScriptPassword(std::nullopt);
-  EXPECT_EQ(doc.OpenProject(path), 0);
-  EXPECT_TRUE(ui.shown.empty()) << "a cancel shows nothing";
+  ASSERT_EQ(doc.NewProject(path, false), 1);
+  EXPECT_EQ(doc.GetTable(kUserTag)->count(), 0u);
+  EXPECT_EQ(doc.GetTable(kGroupTag)->count(), 0u);
+  EXPECT_EQ(doc.currentUser(), nullptr);
+  EXPECT_TRUE(doc.HasRight(Right::kSaveProjectTemplate));
+  EXPECT_EQ(Stored(*doc.store(), 3), Bytes().u16(258).zeros(88).b);
+  EXPECT_EQ(Stored(*doc.store(), 1), Bytes().u16(256).u16(0).u8(0).b);
+  EXPECT_EQ(ui.statusTexts.back(), "Ready");
 }
 
 // A remembered login that fails ends the opening with nothing open; the dialog's login is
@@ -155,11 +133,12 @@ TEST_F(Project, OpeningLogsInAndClosingLogsOut) {
   EXPECT_EQ(doc.store(), nullptr);
   EXPECT_EQ(doc.GetTable(kUserTag), nullptr);
 
+  // No login is left in the user block, even before an opening clears dead ones.
+  const auto f = ReadFileBytes(path);
+  EXPECT_EQ(BeU32(f, BeU32(f, 20) + 8), 0u) << "logged in";
+  EXPECT_EQ(BeU32(f, BeU32(f, 20) + 20), 0u) << "the first slot's user";
   CProjectStore store(ui);
   ASSERT_EQ(store.Open(path), DBStatus::kOk);
-  std::vector<std::uint32_t> in;
-  ASSERT_EQ(store.GetLoggedInUsers(in), DBStatus::kOk);
-  EXPECT_TRUE(in.empty());
   CUser tess;
   std::vector<std::uint8_t> record;
   ASSERT_EQ(store.ReadRecord(kUserTag, 2, record), DBStatus::kOk);
@@ -205,12 +184,9 @@ TEST_F(Project, AProjectIsNeverMadeAnewUnderSomeoneWhoHasItOpen) {
     const std::string held = c.held;
     std::optional<Child> other;
     if (!held.empty()) {
-      other.emplace([file, held](Child::Channel& channel) {
-        ScriptedUi childUi;
-        RecordingHost childHost;
-        ProjectItemKinds childKinds;
-        CDBDoc doc(childUi, childKinds, childHost);
-        CProjectStore store(childUi);
+      other.emplace([this, file, held](Child::Channel& channel) {
+        CDBDoc doc(ui, kinds, host);  // the child's own copies
+        CProjectStore store(ui);
         if (held == "login" ? doc.OpenProject(file, ui::LoginEntry{"admin", ""}) != 1
                             : store.Open(file) != DBStatus::kOk) {
           return 1;
@@ -264,7 +240,7 @@ TEST_F(Project, FailedOpeningsSayWhyAndLeaveNothingOpen) {
   {
     CProjectStore store(ui);
     ASSERT_EQ(store.Open(path), DBStatus::kOk);
-    std::vector<std::uint8_t> info = Misc(store, 2);
+    std::vector<std::uint8_t> info = Stored(store, 2);
     PutU16(info, 0, 356);
     ASSERT_EQ(store.UpdateRecord(kMiscTag, 2, info), DBStatus::kOk);
     ASSERT_EQ(store.Close(), DBStatus::kOk);
@@ -336,13 +312,13 @@ TEST_F(Project, AnOlderProjectGainsWhatItLacks) {
   EXPECT_EQ(doc.GetTable(MakeTag("usta"))->count(), 6u);
   EXPECT_EQ(doc.GetTable(MakeTag("rpro"))->ItemAt(1)->GetName(), "Always");
   EXPECT_EQ(doc.GetTable(MakeTag("comp"))->count(), 0u);
-  const ProjectInfo info = ProjectInfo::Decode(Misc(store, 2), 0);
+  const ProjectInfo info = ProjectInfo::Decode(Stored(store, 2), 0);
   EXPECT_EQ(info.dataVersion, kDataVersion);
   EXPECT_EQ(info.projectName, "Old");
   EXPECT_EQ(info.createdAt, 3'000'000'000u);
-  EXPECT_EQ(Misc(store, 5), Bytes().u32(0).b);
-  EXPECT_EQ(Misc(store, 7), Bytes().u32(0).b) << "nextId of dfct less one replaces 3 bytes";
-  EXPECT_EQ(Misc(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
+  EXPECT_EQ(Stored(store, 5), Bytes().u32(0).b);
+  EXPECT_EQ(Stored(store, 7), Bytes().u32(0).b) << "nextId of dfct less one replaces 3 bytes";
+  EXPECT_EQ(Stored(store, 8), Bytes().u16(1).u8(1).u8(1).u8(1).u8(1).b);
   doc.CloseProject();
 
   // Brought up to date, it opens again without a question and without adding anything.

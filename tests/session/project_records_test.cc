@@ -1,10 +1,24 @@
-// The project's security and information records against bytes built by hand.
-#include "session/project_records.h"
-
+// Record payload elements and the project's security, information, preference and
+// assignment records against bytes built by hand; counter values handed out by several
+// processes at once.
 #include <gtest/gtest.h>
 
+#include <numbers>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/counters.h"
+#include "session/handle_file.h"
 #include "session/item_error.h"
+#include "session/payload.h"
+#include "session/project_records.h"
 #include "store/file_bytes.h"
+#include "store/project_store.h"
+#include "support/child_process.h"
+#include "support/scripted_ui.h"
+#include "support/temp_dir.h"
 
 namespace qm::test {
 namespace {
@@ -93,7 +107,6 @@ TEST(ProjectRecords, PreferenceRecordForms) {
   EXPECT_EQ(DecodePreferences(unknown.b), std::nullopt);
 }
 
-}  // namespace
 TEST(ProjectRecords, PersonalSettingsStandInTheBlocksRowAt64) {
   PreferenceBlock block{};
   EXPECT_EQ(ReadPersonalSettings(block), PersonalSettings{}) << "zeros: the defaults";
@@ -118,4 +131,155 @@ TEST(ProjectRecords, AssignRulesAreFourteenBytes) {
   EXPECT_EQ(AssignRules::Decode(std::span(bytes).first(13)), std::nullopt);
 }
 
+// Counter values handed out by several processes at once: every number once.
+TEST(Counters, ProcessesNeverGetTheSameNumber) {
+  TempDir dir;
+  const std::string path = dir.File("c.qmk");
+  ScriptedUi ui;
+  {
+    CProjectStore store(ui);
+    ASSERT_EQ(store.Create(path, 1), DBStatus::kOk);
+    ASSERT_EQ(store.AddTable(kMiscTag, ""), DBStatus::kOk);
+    StoreCounters counters(store, 0);
+    ASSERT_EQ(counters.SetCounter(kMiscTag, kDefectCounterRecord, 99), DBStatus::kOk);
+  }
+  const auto file = ReadFileBytes(path);
+  EXPECT_EQ(std::vector<std::uint8_t>(file.end() - 4, file.end()),
+            std::vector<std::uint8_t>({0, 0, 0, 99}));
+  std::vector<std::unique_ptr<Child>> children;
+  for (std::uint32_t user = 1; user <= 3; ++user) {
+    children.push_back(std::make_unique<Child>([=](Child::Channel& c) {
+      ScriptedUi childUi;
+      CProjectStore store(childUi);
+      if (store.Open(path) != DBStatus::kOk || store.LoginUser(user) != DBStatus::kOk) return 1;
+      StoreCounters counters(store, user);
+      for (int i = 0; i < 100; ++i) {
+        std::uint32_t value = 0;
+        // A record locked by another user at that moment refuses; the window would retry.
+        if (counters.NextCounter(kMiscTag, kDefectCounterRecord, value) == DBStatus::kOk) {
+          c.Send(std::to_string(value));
+        }
+      }
+      return 0;
+    }));
+  }
+  std::set<std::uint32_t> given;
+  std::size_t count = 0;
+  for (auto& child : children) {
+    for (std::string n = child->Receive(); !n.empty(); n = child->Receive(), ++count) {
+      given.insert(static_cast<std::uint32_t>(std::stoul(n)));
+    }
+    ASSERT_EQ(child->Wait(), 0);
+  }
+  EXPECT_EQ(given.size(), count) << "a number was given twice";
+  ASSERT_FALSE(given.empty());
+  EXPECT_EQ(*given.begin(), 100u);
+  CProjectStore store(ui);
+  ASSERT_EQ(store.Open(path), DBStatus::kOk);
+  std::uint32_t stored = 0;
+  ASSERT_EQ(ReadDefectCounter(store, stored), DBStatus::kOk);
+  EXPECT_EQ(stored, *given.rbegin());
+  EXPECT_EQ(stored, 99 + count) << "every number handed out was counted";
+}
+
+using ByteList = std::vector<std::uint8_t>;
+
+// `head`, then the bytes of `body`.
+ByteList Cat(ByteList head, std::string_view body) {
+  head.insert(head.end(), body.begin(), body.end());
+  return head;
+}
+
+template <class Write>
+ByteList Written(Write&& write) {
+  CHandleFile file;
+  PayloadWriter out(file);
+  write(out);
+  return file.Detach();
+}
+
+TEST(Payload, ElementsAreBigEndianAndStringsAreCutWhole) {
+  EXPECT_EQ(
+      Written([](PayloadWriter& w) {
+        w.U16(0x0102);
+        w.U8(7);
+        w.U32(0xDEADBEEF);
+        w.Stamp(0xFFFFFFFF);
+        w.Float64(-1.5);
+        w.String("abc");
+        w.Text("hi");
+        w.Raw(ByteList{9, 8});
+      }),
+      (ByteList{0x01, 0x02, 0x07, 0xDE, 0xAD, 0xBE, 0xEF, 0xFF, 0xFF, 0xFF, 0xFF, 0xBF, 0xF8, 0, 0,
+                0,    0,    0,    0,    0x03, 'a',  'b',  'c',  0,    2,    'h',  'i',  9,    8}));
+
+  // A two-byte character is not halved at the cut; text that is not UTF-8 is cut at the
+  // byte, even where its bytes look like the inside of a character.
+  std::string accents;
+  for (int i = 0; i < 128; ++i) accents += "\xC3\xA9";
+  EXPECT_EQ(Written([&](PayloadWriter& w) { w.String(accents); }),
+            Cat({254}, accents.substr(0, 254)));
+  EXPECT_EQ(Written([](PayloadWriter& w) { w.String(std::string(300, '\xA9')); }),
+            Cat({255}, std::string(255, '\xA9')));
+  EXPECT_EQ(Written([](PayloadWriter& w) { w.String("\xE2\x82\xAC\xE2\x82\xAC", 4); }),
+            (ByteList{3, 0xE2, 0x82, 0xAC}))
+      << "a field's own capacity cuts too";
+  EXPECT_EQ(Written([](PayloadWriter& w) { w.Text(std::string(40000, 't')); }),
+            Cat({0x7F, 0xFF}, std::string(32767, 't')));
+}
+
+TEST(Payload, ReadingKeepsFieldsWhereThereIsNothingToRead) {
+  std::string s;
+  std::uint8_t b = 42;
+  std::uint16_t u = 0;
+  double d = 0;
+
+  // A 0 byte reads as a blank; a string longer than its field stops the reading for good.
+  ByteList bytes = Cat({255}, std::string(255, 'x'));
+  bytes.insert(bytes.end(), {3, 'a', 0, 'b', 100});
+  bytes = Cat(bytes, std::string(100, 'y') + "\x05");
+  PayloadReader strings(bytes);
+  ASSERT_TRUE(strings.String(s, 255));
+  ASSERT_TRUE(strings.String(s, 63));
+  EXPECT_FALSE(strings.String(s, 63));
+  EXPECT_FALSE(strings.U8(b));
+  EXPECT_TRUE(strings.failed());
+  EXPECT_EQ(s, "a b");
+  EXPECT_EQ(b, 42);
+
+  // A text over the reader's limit leaves its tail to be read as what follows; an
+  // element that runs past the end reads as nothing and takes the rest with it.
+  const ByteList more{0x40, 0x09, 0x21, 0xFB, 0x54, 0x44, 0x2D, 0x18, 0,
+                      5,    'h',  'e',  'l',  'l',  'o',  0,    7};
+  PayloadReader rest(more);
+  ASSERT_TRUE(rest.Float64(d));
+  EXPECT_EQ(d, std::numbers::pi);
+  ASSERT_TRUE(rest.Text(s, 3));
+  ASSERT_TRUE(rest.U8(b));
+  ASSERT_TRUE(rest.U16(u));
+  EXPECT_EQ(s + static_cast<char>(b), "hell");
+  EXPECT_EQ(u, 0x6F00);
+  EXPECT_FALSE(rest.U16(u)) << "one byte is not a u16";
+  EXPECT_FALSE(rest.U8(b)) << "the short element took the rest";
+  EXPECT_EQ(u, 0x6F00);
+  EXPECT_FALSE(rest.failed()) << "reading past the end is no failure";
+
+  // A text's 0 bytes read as blanks; a length below 0 as a signed number stops the reading.
+  const ByteList texts{0, 3, 'a', 0, 'b', 0x80, 0, 'x', 'y'};
+  PayloadReader signedLength(texts);
+  ASSERT_TRUE(signedLength.Text(s, 100));
+  EXPECT_EQ(s, "a b");
+  EXPECT_FALSE(signedLength.Text(s, 100));
+  EXPECT_TRUE(signedLength.failed());
+  EXPECT_EQ(s, "a b");
+
+  // The version of every payload: one outside the range, or none, throws.
+  const ByteList two{0, 2}, three{0, 3}, none;
+  PayloadReader ok(two), high(three), empty(none);
+  EXPECT_EQ(ReadVersion(ok, 1, 2), 2);
+  EXPECT_THROW(ReadVersion(high, 1, 2), ItemError);
+  EXPECT_THROW(ReadVersion(empty, 1, 2), ItemError);
+}
+
+}  // namespace
 }  // namespace qm::test

@@ -84,8 +84,7 @@ class ValueListsTest : public ::testing::Test {
   }
   // A name in the newest layout.
   static ByteList Name(std::uint8_t deleted, const std::string& name, std::uint32_t order) {
-    const auto length = static_cast<std::uint8_t>(name.size());
-    return Bytes().u16(257).u8(deleted).u8(length).text(name).u32(order).b;
+    return Bytes().u16(257).u8(deleted).str8(name).u32(order).b;
   }
 
   TempDir dir;

@@ -439,23 +439,18 @@ TEST_F(DefectWindowTest, AClosedDefectShowsItsResolutionAndTheCloseRowGivesIt) {
 // opens the held defect: read-only, naming who holds it, until ten seconds after the first
 // saved and let go, when its retry takes the lock and shows what the first saved.
 TEST_F(DefectWindowTest, ASelectionActionLeavesOutTheDefectAnOpenWindowHolds) {
-  const std::string file = path;
-  Child first([file](Child::Channel& c) {
-    ScriptedUi childUi;
-    QuietHost childHost;
-    ProjectItemKinds childKinds;
-    EditMarks childMarks;
-    FakeClock childClock;
-    CDBDoc mine(childUi, childKinds, childHost);
-    if (mine.OpenProject(file, ui::LoginEntry{"tess", ""}) != 1) return 1;
+  // The child works on its own copies of this test's objects.
+  Child first([this](Child::Channel& c) {
+    CDBDoc mine(ui, kinds, host);
+    if (mine.OpenProject(path, ui::LoginEntry{"tess", ""}) != 1) return 1;
     auto& table = static_cast<CDefectTable&>(*mine.GetTable(kDefectTag));
     CDefectWindow window(
-        mine, table, childUi, childMarks,
+        mine, table, ui, marks,
         [](CDefectEvent& e, EventDialogMode) -> std::optional<EventDialogResult> {
           e.notes = "Only with a full disk";
           return EventDialogResult::kOk;
         },
-        childClock);
+        clock);
     window.Open(CRecordWindow::kEdit, {table.DefectAt(2)}, 1);
     if (!window.lockHeld()) return 2;
     if (!window.RunCommand(DefectCommand::kComment)) return 3;

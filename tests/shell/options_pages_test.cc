@@ -1,10 +1,14 @@
 // The Options dialog's logic: its pages by what is open, the General page's values, and
-// what OK writes where.
+// what OK writes where; the session commands' passwords.
 #include "shell/options_pages.h"
 
 #include <gtest/gtest.h>
 
+#include "people/user_group.h"
 #include "session/project_records.h"
+#include "shell/app_preferences.h"
+#include "shell/session_commands.h"
+#include "shell/task_window.h"
 #include "shell_project.h"
 
 namespace qm::test {
@@ -82,6 +86,67 @@ TEST_F(OptionsTest, ASingleUserProjectKeepsItsChoicesOnItsProjectPage) {
   ASSERT_EQ(doc.OpenProject(path), 1);
   EXPECT_TRUE(ReadPersonalSettings(doc.preferences()).firstNameFirst) << "misc record 3";
   doc.CloseProject();
+}
+
+// The session commands on a real project: a password stored where it belongs and refused
+// where it may not change.
+using Strings = std::vector<std::string>;
+
+using SessionCommandsTest = ShellProject;
+
+TEST_F(SessionCommandsTest, AUsersOwnPasswordIsStoredAndTheRememberedLoginFollows) {
+  MakeProject(path);
+  CAppPreferences preferences(dir.File("Quillmark.conf"));
+  preferences.SetLastUser("ADMIN", "");
+  Open();
+  ASSERT_EQ(CurrentPassword(*doc), "");
+
+  {  // Refused while a window of this program edits the record, and nothing changes.
+    CTaskWindow window(*doc, table<CTaskTable>(kTasksTag), ui, marks);
+    marks.Set(doc->currentUser(), &window);
+    EXPECT_FALSE(StorePassword(*doc, &marks, &preferences, "s3cret", ui));
+  }
+  EXPECT_EQ(ui.Texts(), Strings{"Your user record is open in a window. Close it and try again."});
+  EXPECT_EQ(CurrentPassword(*doc), "");
+
+  EXPECT_TRUE(StorePassword(*doc, nullptr, &preferences, "s3cret", ui));
+  doc->CloseProject();
+  std::string name, password;
+  CAppPreferences reread(dir.File("Quillmark.conf"));
+  reread.Load();
+  reread.GetLastUser(name, password);
+  EXPECT_EQ(password, "s3cret") << "the next start logs in by itself still";
+  Open(ui::LoginEntry{"admin", "S3CRET"});
+
+  // A group that denies "Set Own Password" leaves nothing to change.
+  auto& group = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(1));
+  group.SetCommandDisabled(37, true);
+  ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(group), DBStatus::kOk);
+  ASSERT_EQ(doc->LogInUser(ui::LoginEntry{"tess", ""}), 0);
+  EXPECT_EQ(CurrentPassword(*doc), std::nullopt);
+  EXPECT_FALSE(StorePassword(*doc, nullptr, nullptr, "x", ui));
+}
+
+// Asked for at every opening, in any case of its letters; a cancel shows nothing.
+TEST_F(SessionCommandsTest, ASingleUserProjectsPasswordIsAskedForAtEveryOpening) {
+  MakeProject(path, false);
+  Open(std::nullopt);
+  ASSERT_EQ(CurrentPassword(*doc), "");
+  EXPECT_TRUE(StorePassword(*doc, nullptr, nullptr, "Open", ui));
+  doc->CloseProject();
+  ui.ScriptPassword("shut");
+  ui.ScriptPassword("OPEN");
+  Open(std::nullopt);
+  EXPECT_EQ(
+      ui.passwordTexts,
+      Strings(2, "The file " + path + " is password protected. Please enter the password below."));
+  EXPECT_EQ(ui.Texts(), Strings{"Password incorrect -- please try again."});
+  EXPECT_EQ(CurrentPassword(*doc), "Open");
+  doc->CloseProject();
+  ui.shown.clear();
+  ui.ScriptPassword(std::nullopt);
+  EXPECT_EQ(doc->OpenProject(path), 0);
+  EXPECT_TRUE(ui.shown.empty());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The list window logic of the defect list: its saved state against hand-built bytes in
 // each version, column insert and remove with their sort marks, the header's hit test, the
-// title, and the window placement in front of the state.
+// title, the window placement in front of the state, and a window pulled into the area.
 #include "shell/record_list.h"
 
 #include <gtest/gtest.h>
@@ -10,27 +10,12 @@
 #include "defects/defect.h"
 #include "defects/defect_table.h"
 #include "people/user.h"
+#include "shell/window_fit.h"
+#include "store/file_bytes.h"
 #include "support/scripted_ui.h"
 
 namespace qm::test {
 namespace {
-
-// Big-endian u16 values, and a title as its length byte and bytes.
-struct Bytes {
-  std::vector<std::uint8_t> b;
-  Bytes& U16(std::initializer_list<std::uint16_t> values) {
-    for (const std::uint16_t v : values) {
-      b.push_back(static_cast<std::uint8_t>(v >> 8));
-      b.push_back(static_cast<std::uint8_t>(v));
-    }
-    return *this;
-  }
-  Bytes& Title(std::string_view t) {
-    b.push_back(static_cast<std::uint8_t>(t.size()));
-    b.insert(b.end(), t.begin(), t.end());
-    return *this;
-  }
-};
 
 class RecordListTest : public ::testing::Test {
  protected:
@@ -47,23 +32,23 @@ class RecordListTest : public ::testing::Test {
 
 TEST_F(RecordListTest, TheDefaultStateIsWrittenAsVersion258) {
   Bytes expected;
-  expected.U16({258, 6});
-  expected.U16({65535, 28, 0, 0, 0}).Title("").U16({1});
-  expected.U16({1, 32, 20, 100, 130}).Title("No.").U16({0});
-  expected.U16({2, 234, 50, 400, 129}).Title("Summary").U16({0});
-  expected.U16({4, 112, 50, 200, 129}).Title("Type").U16({0});
-  expected.U16({5, 78, 50, 200, 129}).Title("Priority").U16({0});
-  expected.U16({6, 102, 50, 200, 129}).Title("Status").U16({0});
-  expected.U16({2, 0, 0, 0});
+  expected.u16({258, 6});
+  expected.u16({65535, 28, 0, 0, 0}).str8("").u16(1);
+  expected.u16({1, 32, 20, 100, 130}).str8("No.").u16(0);
+  expected.u16({2, 234, 50, 400, 129}).str8("Summary").u16(0);
+  expected.u16({4, 112, 50, 200, 129}).str8("Type").u16(0);
+  expected.u16({5, 78, 50, 200, 129}).str8("Priority").u16(0);
+  expected.u16({6, 102, 50, 200, 129}).str8("Status").u16(0);
+  expected.u16({2, 0, 0, 0});
   EXPECT_EQ(list.WriteState(), expected.b);
   EXPECT_EQ(list.columns()[2].x, 60) << "the widths of the columns before it";
 
   // Read back into a list that was changed, it restores everything, kept words included.
   Bytes changed;
-  changed.U16({258, 2});
-  changed.U16({2, 300, 50, 400, 129}).Title("Summary").U16({0});
-  changed.U16({33, 90, 20, 400, 130}).Title("Severity").U16({0});
-  changed.U16({2, 1, 7, 9});
+  changed.u16({258, 2});
+  changed.u16({2, 300, 50, 400, 129}).str8("Summary").u16(0);
+  changed.u16({33, 90, 20, 400, 130}).str8("Severity").u16(0);
+  changed.u16({2, 1, 7, 9});
   EXPECT_EQ(list.ReadState(changed.b), changed.b.size());
   EXPECT_EQ(Fields(), (std::vector<std::uint16_t>{2, 33}));
   EXPECT_EQ(list.primarySortColumn(), 2);
@@ -73,9 +58,9 @@ TEST_F(RecordListTest, TheDefaultStateIsWrittenAsVersion258) {
 
 TEST_F(RecordListTest, OlderStatesKeepTheSortColumnsAndWorkOutTheirFlags) {
   Bytes v256;
-  v256.U16({256, 2});
-  v256.U16({65535, 28, 0, 0, 0}).Title("");
-  v256.U16({2, 234, 50, 400, 129}).Title("Summary");
+  v256.u16({256, 2});
+  v256.u16({65535, 28, 0, 0, 0}).str8("");
+  v256.u16({2, 234, 50, 400, 129}).str8("Summary");
   list.ReadState(v256.b);
   ASSERT_EQ(list.columns().size(), 2u);
   EXPECT_EQ(list.columns()[0].flags, 1) << "a field id negative as a signed number";
@@ -83,8 +68,8 @@ TEST_F(RecordListTest, OlderStatesKeepTheSortColumnsAndWorkOutTheirFlags) {
   EXPECT_EQ(list.primarySortColumn(), 2) << "the defaults stay";
 
   Bytes v257;
-  v257.U16({257, 1});
-  v257.U16({65535, 28, 0, 0, 0}).Title("").U16({0});
+  v257.u16({257, 1});
+  v257.u16({65535, 28, 0, 0, 0}).str8("").u16(0);
   list.ReadState(v257.b);
   EXPECT_EQ(list.columns()[0].flags, 0) << "flags as stored";
   EXPECT_EQ(list.primarySortColumn(), 2);
@@ -92,11 +77,9 @@ TEST_F(RecordListTest, OlderStatesKeepTheSortColumnsAndWorkOutTheirFlags) {
 
 TEST_F(RecordListTest, AStateThatCannotBeReadLeavesTheColumns) {
   const std::vector<std::uint8_t> before = list.WriteState();
-  Bytes unknown;
-  unknown.U16({259, 0});
-  EXPECT_THROW(list.ReadState(unknown.b), ListStateError);
+  EXPECT_THROW(list.ReadState(Bytes().u16({259, 0}).b), ListStateError);
   Bytes cut;
-  cut.U16({258, 2, 2, 234, 50, 400, 129}).Title("Summary").U16({0, 4});
+  cut.u16({258, 2, 2, 234, 50, 400, 129}).str8("Summary").u16({0, 4});
   EXPECT_THROW(list.ReadState(cut.b), ListStateError);
   EXPECT_EQ(list.WriteState(), before);
 
@@ -243,6 +226,33 @@ TEST(PeopleLists, UsersAndCustomersShareATableAndCountTheirDefects) {
   EXPECT_EQ(cell(users, tess, 11), "1");
   EXPECT_EQ(cell(customers, acme, 10), "1") << "one defect, however many of its rows";
   EXPECT_EQ(customers.columns()[3].title, "Reported");
+}
+
+// A window's rectangle pulled into the main window's area, over the places a remembered or
+// default placement can leave it.
+TEST(WindowFitTest, EveryWindowEndsWithinTheArea) {
+  struct Case {
+    const char* what;
+    AreaRect rect;
+    std::int32_t width, height;
+    AreaRect fitted;
+  };
+  const Case cases[] = {
+      {"inside stays", {10, 20, 410, 320}, 800, 600, {10, 20, 410, 320}},
+      {"over the right edge moves left", {600, 20, 1000, 320}, 800, 600, {400, 20, 800, 320}},
+      {"above and left of the area moves in", {-50, -30, 350, 270}, 800, 600, {0, 0, 400, 300}},
+      {"from a larger screen, far off", {2000, 1500, 2760, 2060}, 800, 600, {40, 40, 800, 600}},
+      {"wider than the area takes its width", {100, 10, 1100, 310}, 800, 600, {0, 10, 800, 310}},
+      {"larger both ways takes the whole area", {-5, -5, 2000, 2000}, 640, 480, {0, 0, 640, 480}},
+      {"an area not laid out yet changes nothing",
+       {600, 500, 1000, 900},
+       0,
+       0,
+       {600, 500, 1000, 900}},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(FitIntoArea(c.rect, c.width, c.height), c.fitted) << c.what;
+  }
 }
 
 }  // namespace

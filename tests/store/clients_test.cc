@@ -20,6 +20,13 @@ constexpr Tag kDfct = MakeTag("dfct");
 
 std::vector<std::uint8_t> P(const std::string& s) { return {s.begin(), s.end()}; }
 
+// Entry n of the lock block of the file at `path`, and such an entry once released.
+std::vector<std::uint8_t> LockEntry(const std::string& path, std::size_t n) {
+  const auto f = ReadFileBytes(path);
+  return {f.begin() + 4928 + 8 + 18 * n, f.begin() + 4928 + 26 + 18 * n};
+}
+const std::vector<std::uint8_t> kReleased = Bytes().tag("????").u32(0).u32(0).u16(0).u32(~0u).b;
+
 // A multi-user file with the table dfct and its record 1, "first".
 class Clients : public ::testing::Test {
  protected:
@@ -31,16 +38,15 @@ class Clients : public ::testing::Test {
     ASSERT_EQ(store.AddRecord(kDfct, P("first"), nullptr), DBStatus::kOk);
   }
 
-  // A child that opens the file, logs in as user 7, claims dfct or locks its record 1, says
-  // what that answered, and waits for the word to end.
+  // A child that opens the file, logs in as user 7, claims dfct or locks its records 1 and 2,
+  // says what that answered, and waits for the word to end.
   std::unique_ptr<Child> Client(bool claim) {
-    const std::string file = path;
-    auto child = std::make_unique<Child>([file, claim](Child::Channel& c) {
-      ScriptedUi childUi;
-      CProjectStore store(childUi);
-      if (store.Open(file) != DBStatus::kOk || store.LoginUser(7) != DBStatus::kOk) return 10;
-      c.Send(
-          std::to_string(Code(claim ? store.LockDatabase(kDfct) : store.LockRecord(kDfct, 1, 7))));
+    auto child = std::make_unique<Child>([this, claim](Child::Channel& c) {
+      CProjectStore store(ui);
+      if (store.Open(path) != DBStatus::kOk || store.LoginUser(7) != DBStatus::kOk) return 10;
+      DBStatus s = claim ? store.LockDatabase(kDfct) : store.LockRecord(kDfct, 1, 7);
+      if (!claim && s == DBStatus::kOk) s = store.LockRecord(kDfct, 2, 7);
+      c.Send(std::to_string(Code(s)));
       c.Receive();
       return 0;
     });
@@ -203,7 +209,11 @@ TEST_F(Clients, ADeadClientsSlotAndLockAreTakenOver) {
   ASSERT_EQ(me.IsUserLoggedIn(7, in), DBStatus::kOk);
   EXPECT_FALSE(in) << "the next refresh clears the slot of a dead client";
   EXPECT_EQ(BeU32(ReadFileBytes(path), 1044 + 12), before + 1);
-  ASSERT_EQ(me.LockRecord(kDfct, 1, 8), DBStatus::kOk) << "its lock is taken over";
+  // Its locks no longer count: a look clears the entry, a lock takes it over.
+  ASSERT_EQ(me.IsRecordLocked(kDfct, 2, locked), DBStatus::kOk);
+  EXPECT_FALSE(locked);
+  EXPECT_EQ(LockEntry(path, 1), kReleased);
+  ASSERT_EQ(me.LockRecord(kDfct, 1, 8), DBStatus::kOk);
   EXPECT_EQ(me.LockRecord(kDfct, 1, 8), DBStatus::kRecordLocked) << "not re-entrant";
   ASSERT_EQ(me.IsRecordLocked(kDfct, 1, locked, &holder), DBStatus::kOk);
   EXPECT_EQ(holder.userId, 8u);
@@ -222,15 +232,9 @@ TEST_F(Clients, TheLockBlockHoldsAHundredAndTwentyEightLocks) {
   EXPECT_EQ(me.LockRecord(kDfct, 129, 3), DBStatus::kRecordLocked);
   ASSERT_EQ(me.UnlockRecord(kDfct, 64), DBStatus::kOk);
   ASSERT_EQ(me.LockRecord(kDfct, 129, 3), DBStatus::kOk);
-  // A released entry: tag ????, zeros, lockedAt FFFFFFFF; entry 64 was reused.
-  const auto f = ReadFileBytes(path);
-  EXPECT_EQ(BeU32(f, 4928 + 8 + 63 * 18 + 4), 129u);
+  EXPECT_EQ(BeU32(LockEntry(path, 63), 4), 129u) << "entry 64 was reused";
   ASSERT_EQ(me.UnlockRecord(kDfct, 1), DBStatus::kOk);
-  Bytes released;
-  released.tag("????").u32(0).u32(0).u16(0).u32(0xFFFFFFFF);
-  const auto g = ReadFileBytes(path);
-  EXPECT_EQ(std::vector<std::uint8_t>(g.begin() + 4928 + 8, g.begin() + 4928 + 26), released.b);
-  EXPECT_EQ(BeU32(g, 4928 + 4), 131u) << "every lock and unlock is counted";
+  EXPECT_EQ(BeU32(ReadFileBytes(path), 4928 + 4), 131u) << "every lock and unlock is counted";
 }
 
 TEST_F(Clients, NoticesReachEveryOtherClientOnce) {
@@ -278,9 +282,6 @@ TEST(ClientsSingleUser, EverythingAnswersAtOnceAndLocksNothing) {
   ScriptedUi ui;
   CProjectStore store(ui);
   bool flag = true;
-  EXPECT_EQ(store.LockRecord(kDfct, 1, 1), DBStatus::kNotOpen);
-  EXPECT_EQ(store.LoginUser(1), DBStatus::kNotOpen);
-  EXPECT_EQ(store.IsRecordLocked(kDfct, 1, flag), DBStatus::kNotOpen);
   ASSERT_EQ(store.Create(dir.File("s.qmk"), 0), DBStatus::kOk);
   const auto before = ReadFileBytes(dir.File("s.qmk"));
   EXPECT_EQ(store.LoginUser(1), DBStatus::kOk);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,10 @@ struct Bytes {
   }
   Bytes& u16(std::uint16_t v) {
     return u8(static_cast<std::uint8_t>(v >> 8)).u8(static_cast<std::uint8_t>(v));
+  }
+  Bytes& u16(std::initializer_list<std::uint16_t> values) {
+    for (const std::uint16_t v : values) u16(v);
+    return *this;
   }
   Bytes& u32(std::uint32_t v) {
     return u16(static_cast<std::uint16_t>(v >> 16)).u16(static_cast<std::uint16_t>(v));
