@@ -24,6 +24,7 @@ class GroupRecordWindow : public RecordWindowWidget {
   CGroupWindow& model() { return model_; }
   QListWidget* users() const { return users_; }
   QListWidget* rights() const { return rights_; }
+  QTabWidget* tabs() const { return tabs_; }
 
  private:
   void Show() override;

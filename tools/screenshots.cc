@@ -1,6 +1,6 @@
 // Pictures of the window program for the README: the main window with the defect list, a
-// defect window on its Detail tab with the reported-by pane and on its History tab, and the
-// Options dialog, made offscreen on the project named.
+// defect window on its Detail tab with the reported-by pane and on its History tab, the
+// Options dialog, and a user group's rights, made offscreen on the project named.
 //
 //   quillmark_screenshots PROJECT OUT-FOLDER
 #include <QApplication>
@@ -13,6 +13,7 @@
 #include <cstdio>
 
 #include "defect_record_window.h"
+#include "group_record_window.h"
 #include "main_frame.h"
 #include "options_dialog.h"
 #include "platform/preference_file.h"
@@ -62,6 +63,16 @@ int main(int argc, char** argv) {
   dialog.show();
   QApplication::processEvents();
   if (!dialog.grab().save(out + "/options.png")) return 4;
+  dialog.close();
+
+  qm::app::RecordListWindow* groups = frame.ShowList(qm::kListWindowKinds[2]);
+  groups->view()->selectRow(1);
+  auto* group = dynamic_cast<qm::app::GroupRecordWindow*>(frame.OpenSelection(true));
+  if (group == nullptr) return 6;
+  group->parentWidget()->setGeometry(60, 10, 560, 640);
+  group->tabs()->setCurrentIndex(3);
+  QApplication::processEvents();
+  if (!group->parentWidget()->grab().save(out + "/user-group.png")) return 7;
   frame.CloseProject();
   return 0;
 }
