@@ -48,7 +48,7 @@ constexpr const ListWindowKind& kCustomerListWindow = kListWindowKinds[7];
 // The lists this program has, in the Window menu's order, with their menu items.
 constexpr std::pair<const ListWindowKind*, const char*> kShownLists[] = {
     {&kDefectListWindow, "&Defect List"},         {&kUserListWindow, "&User List"},
-    {&kCustomerListWindow, "C&ustomer List"},     {&kGroupListWindow, "User &Groups"},
+    {&kCustomerListWindow, "Cu&stomer List"},     {&kGroupListWindow, "User &Groups"},
     {&kConfigListWindow, "Test Con&figurations"}, {&kWorkbookWindow, "&Workbook"}};
 
 bool IsPeople(const RecordListWindow* list) {

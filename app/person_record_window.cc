@@ -78,6 +78,7 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   // The person's own computer, as a report of theirs may name it.
   computer_ = new ComputerConfigForm;
   computer_->onEdited = [this] { Edited(); };
+  computer_->layout()->setContentsMargins(9, 9, 9, 9);
   tabs_->addTab(computer_, "Computer");
   layout->addLayout(MakeButtonRow());
 
@@ -125,7 +126,7 @@ void PersonRecordWindow::Show() {
   const bool editable = model_.editable();
   for (QWidget* field : findChildren<QLineEdit*>()) field->setEnabled(editable);
   for (QWidget* field : findChildren<QPlainTextEdit*>()) field->setEnabled(editable);
-  if (group_ != nullptr) group_->setEnabled(editable);
+  if (group_ != nullptr) group_->setEnabled(model_.groupEditable());
   // A login and its password are changed only by those whose group allows it.
   if (login_ != nullptr) {
     login_->setEnabled(model_.loginEditable());

@@ -390,12 +390,22 @@ bool CPersonWindow::loginEditable() const {
   return editable() && (mode() != kEdit || doc().HasRight(Right::kEditUserLogin));
 }
 
-void CPersonWindow::StoreFields(RecordItem& item) {
+bool CPersonWindow::groupEditable() const {
+  return editable() && (mode() != kEdit || doc().HasRight(Right::kEditUserGroups));
+}
+
+void CPersonWindow::KeepWhatMayNotChange() {
+  const auto* stored = dynamic_cast<const CUser*>(currentItem());
+  if (stored == nullptr) return;
   if (!loginEditable()) {
-    const auto& stored = static_cast<const CUser&>(item);
-    shown_->SetLogin(stored.GetLogin());
-    shown_->SetPassword(stored.GetPassword());
+    shown_->SetLogin(stored->GetLogin());
+    shown_->SetPassword(stored->GetPassword());
   }
+  if (!groupEditable()) shown_->SetGroupId(stored->GetGroupId());
+}
+
+void CPersonWindow::StoreFields(RecordItem& item) {
+  KeepWhatMayNotChange();
   const std::uint32_t id = item.GetId();
   item.CopyPayloadFrom(*shown_);
   item.SetId(id);
@@ -410,6 +420,7 @@ std::unique_ptr<RecordItem> CPersonWindow::NewItem() {
 }
 
 std::optional<FieldRefusal> CPersonWindow::ValidateFields() {
+  KeepWhatMayNotChange();
   return ValidatePerson(table(), *shown_, doc().multiUser());
 }
 

@@ -82,9 +82,12 @@ class CPersonWindow : public CRecordWindow {
   CUser& person() { return *shown_; }
   void MarkChanged() { changed_ = true; }
   bool fieldsEnabled() const { return fieldsEnabled_; }
-  // Whether the login and password of a person in the list may change: only for those whose
-  // group allows it. Without that right an edit keeps the stored ones, whatever was typed.
+  // Whether the login and password of a person in the list may change, and whether the
+  // person's group may: on an edit, only for those whose group allows "Edit User Login", and
+  // "Edit User Groups", since a new group changes the groups' members. Without the right an
+  // edit keeps what was stored, whatever was typed.
   bool loginEditable() const;
+  bool groupEditable() const;
   // The Statistics tab, counted now.
   PersonStatistics Statistics() const;
 
@@ -102,6 +105,9 @@ class CPersonWindow : public CRecordWindow {
   void ResetForAdd() override;
 
  private:
+  // Puts back the stored login, password and group where the user may not change them.
+  void KeepWhatMayNotChange();
+
   bool customers_;
   std::unique_ptr<CUser> shown_;
   std::vector<std::uint8_t> loaded_;

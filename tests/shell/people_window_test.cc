@@ -202,9 +202,11 @@ TEST_F(PeopleProject, ThePersonWindowAddsCheckedPeopleAndEditsThem) {
   EXPECT_EQ(Named("Ng, Tess").GetEmail(), "tess@example.org");
   EXPECT_EQ(ui.shown.size(), 2u);
 
-  // Without "Edit User Login" an edit keeps the stored login and password.
+  // Without "Edit User Login" and "Edit User Groups" an edit keeps the stored login,
+  // password and group.
   auto& group = static_cast<CUserGroup&>(*doc->GetTable(kGroupTag)->ItemAt(1));
   group.SetCommandDisabled(RightNumber(Right::kEditUserLogin), true);
+  group.SetCommandDisabled(RightNumber(Right::kEditUserGroups), true);
   ASSERT_EQ(doc->GetTable(kGroupTag)->SaveItem(group), DBStatus::kOk);
   ASSERT_GE(doc->LogInUser(ui::LoginEntry{"ola", ""}), 0);
   CPersonWindow limited(*doc, *doc->GetTable(kUserTag), ui, marks, false);
@@ -213,11 +215,13 @@ TEST_F(PeopleProject, ThePersonWindowAddsCheckedPeopleAndEditsThem) {
   EXPECT_FALSE(limited.loginEditable());
   limited.person().SetLogin("tess2");
   limited.person().SetPassword("secret");
+  limited.person().SetGroupId(0);
   limited.person().SetEmail("ng@example.org");
   EXPECT_TRUE(limited.OnAcceptButton());
   EXPECT_EQ(Named("Ng, Tess").GetEmail(), "ng@example.org");
   EXPECT_EQ(Named("Ng, Tess").GetLogin(), "tess");
   EXPECT_EQ(Named("Ng, Tess").GetPassword(), "");
+  EXPECT_EQ(Named("Ng, Tess").GetGroupId(), 1u);
 }
 
 // Moving people who can log in or have work assigned to the customer list asks, naming
