@@ -560,6 +560,15 @@ int CDBDoc::LogInUser(const std::optional<ui::LoginEntry>& login) {
   if (const auto* account = dynamic_cast<const LoginAccount*>(currentUser())) {
     preferences_ = account->Preferences();
   }
+  // What arrived since the former user last looked was marked for that user, not this one.
+  if (former != currentUser()) {
+    for (const auto& [tag, table] : tables_) {
+      for (std::uint32_t p = 1; p <= table->count(); ++p) {
+        RecordItem& item = *table->ItemAt(p);
+        item.isNew = item.isChanged = item.isAssigned = false;
+      }
+    }
+  }
   // The workbook is the new user's: the tasks of the defects assigned to that user.
   kinds_.AfterLogin(*this);
   return 0;

@@ -64,6 +64,7 @@ void ProjectItemKinds::AfterLogin(CDBDoc& doc) const {
   if (tasks == nullptr || defects == nullptr) return;
   doc.userInterface().SetStatusText("Adding assigned defects to workbook...");
   RebuildWorkbook(*tasks, *defects, doc.currentUserId());
+  doc.userInterface().SetStatusText("");
 }
 
 void ProjectItemKinds::ItemArrived(CDBDoc& doc, Tag table, RecordItem& item) const {

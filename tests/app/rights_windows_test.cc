@@ -59,10 +59,14 @@ TEST_F(RightsWindows, AGroupMadeInItsWindowLimitsItsMemberFromTheNextLogin) {
   EXPECT_FALSE(Group("Administration")->HasUser(member.GetId())) << "one group for each user";
 
   EXPECT_TRUE(frame.doc()->HasRight(Right::kDeleteDefects)) << "the administrator keeps it";
+  // The marks of what arrived were the administrator's; the status bar ends where it began.
+  frame.doc()->GetTable(kUserTag)->ItemAt(1)->isNew = true;
   ui.ScriptLogin(ui::LoginEntry{"tess", ""});
   Named<QAction>(frame, "&Log In User...")->trigger();
   EXPECT_FALSE(frame.doc()->HasRight(Right::kDeleteDefects));
   EXPECT_TRUE(frame.doc()->HasRight(Right::kAddDefects));
+  EXPECT_FALSE(frame.doc()->GetTable(kUserTag)->ItemAt(1)->isNew);
+  EXPECT_EQ(ui.statusTexts.back(), "");
 }
 
 TEST_F(RightsWindows, ATestConfigurationIsAddedAndASecondOfItsNameRefused) {
