@@ -111,6 +111,10 @@ TEST(RefusedCli, RefusalsSayWhyAndChangeNothing) {
        "Are you sure that you want to delete the selected items(s)? There is no undo "
        "available.\n"},
       {a + "user @ nobody", 1, "There is no person \"nobody\".\n"},
+      {a + "values @ sevr add 'causes crash'", 1,
+       "An item with that name already exists, please enter a unique name.\n"},
+      {a + "values @ Severity delete Cosmetic", 1,
+       "Are you sure that you want to delete the selected name? There is no undo available.\n"},
       // What the window refuses without a message, by a button it disables or a name it
       // leaves as it was.
       {a + "values @ Severity add ' '", 1,

@@ -165,7 +165,6 @@ TEST_F(RecordStore, DamagedRecordsAreNamedAndGiveNoData) {
   EXPECT_EQ(delivered, 0u);
   EXPECT_EQ(store.ReadRecordToFile(kDfct, 1, dir.File("out")), DBStatus::kBadChecksum);
   EXPECT_FALSE(std::ifstream(dir.File("out")).good()) << "a damaged copy is not left behind";
-  // A damaged index head is an input/output failure.
   PutU32(f, 8796, 0x696e6478 + 1);
   WriteFileBytes(path, f);
   EXPECT_EQ(store.ReadRecord(kDfct, 1, out), DBStatus::kIoError);
