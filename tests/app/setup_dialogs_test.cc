@@ -112,7 +112,6 @@ TEST_F(SetupDialogsTest, TheNumberingDialogRefusesANumberInUseAndTakesAHigherOne
   EXPECT_EQ(dialog.nextNumber()->text(), "3");
   EXPECT_TRUE(dialog.mail()->isChecked());
 
-  // Esc changes nothing.
   dialog.show();
   dialog.mail()->setChecked(false);
   QTest::keyClick(dialog.nextNumber(), Qt::Key_Escape);
@@ -187,7 +186,6 @@ TEST_F(SetupDialogsTest, TheRecentFilesOpenAndAMissingOneLeavesTheList) {
   ASSERT_NE(first, nullptr);
   EXPECT_TRUE(first->isVisible());
 
-  // The second entry opens its project, which heads the list from then on.
   frame.OpenRecentFile(1);
   EXPECT_EQ(frame.doc()->path(), other);
   EXPECT_EQ(frame.recentFiles().paths(), (Strings{other, path}));

@@ -71,7 +71,6 @@ TEST_F(WindowKeysTest, EscAndEnterAnswerForTheButtonsOfRecordWindowsAndLists) {
   Press(summary, Qt::Key_Return);
   ASSERT_EQ(list->Title(), "Defects - (1 item, 0 selected)");
 
-  // Enter on a row opens it; Esc gives up the edit.
   list->view()->selectRow(0);
   Press(list->view(), Qt::Key_Return);
   ASSERT_EQ(frame.recordWindows().size(), 1u);

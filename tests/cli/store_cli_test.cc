@@ -43,7 +43,6 @@ TEST_F(StoreCli, RecordsGoInAndComeOutAsTheyWere) {
             "\"checksum\":16173,\"payload\":\"74776f\"}]}\n");
   EXPECT_EQ(Run("store read " + File() + " dfct --id 1").out, std::string("A\0B", 3));
 
-  EXPECT_EQ(Run("store put " + File() + " dfct --id 1 --mode 1", "x").code, 1);
   ASSERT_EQ(Run("store put " + File() + " dfct --id 1 --mode 3", "put").code, 0);
   ASSERT_EQ(Run("store update " + File() + " dfct --id 2", "changed").code, 0);
   ASSERT_EQ(Run("store delete " + File() + " dfct --id 2").code, 0);

@@ -155,7 +155,6 @@ TEST_F(ItemTableTest, ItemsKeepTheirSortedPlacesThroughTheStore) {
   EXPECT_EQ(gone.get(), &pear);
   EXPECT_TRUE(pear.owners().empty());
 
-  // The pear has left the file; "skip" makes no item.
   AddRaw(NoteBytes(0, "cherry", 4));
   AddRaw(NoteBytes(0, "skip", 3));
   NoteTable loaded(&store, kDfct, ui);

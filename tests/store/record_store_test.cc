@@ -94,33 +94,6 @@ TEST_F(RecordStore, UpdateWritesTheNewVersionApartFromTheOld) {
   EXPECT_EQ(store.UpdateRecord(kDfct, 9, P("q")), DBStatus::kNoSuchRecord);
 }
 
-// A single-user file and a claim read through a window read ahead; what the client writes
-// itself must show at once.
-TEST(RecordStoreReadAhead, ReadsSeeTheClientsOwnWrites) {
-  TempDir dir;
-  ScriptedUi ui;
-  for (std::uint16_t multiUser : {std::uint16_t{0}, std::uint16_t{1}}) {
-    const std::string path = dir.File("r" + std::to_string(multiUser) + ".qmk");
-    CProjectStore store(ui);
-    ASSERT_EQ(store.Create(path, multiUser), DBStatus::kOk);
-    ASSERT_EQ(store.AddTable(kDfct, ""), DBStatus::kOk);
-    ASSERT_EQ(store.Close(), DBStatus::kOk);
-    ASSERT_EQ(store.Open(path), DBStatus::kOk);
-    for (int i = 0; i < 50; ++i)
-      ASSERT_EQ(store.AddRecord(kDfct, P("record"), nullptr), DBStatus::kOk);
-    ASSERT_EQ(store.LockDatabase(kDfct), DBStatus::kOk);
-    std::vector<std::uint8_t> out;
-    ASSERT_EQ(store.ReadRecord(kDfct, 10, out), DBStatus::kOk);
-    ASSERT_EQ(store.UpdateRecord(kDfct, 11, P("RECORD")), DBStatus::kOk);
-    ASSERT_EQ(store.ReadRecord(kDfct, 11, out), DBStatus::kOk);
-    EXPECT_EQ(std::string(out.begin(), out.end()), "RECORD") << multiUser;
-    ASSERT_EQ(store.AddRecord(kDfct, P("fifty-one"), nullptr), DBStatus::kOk);
-    ASSERT_EQ(store.ReadRecord(kDfct, 51, out), DBStatus::kOk);
-    EXPECT_EQ(std::string(out.begin(), out.end()), "fifty-one") << multiUser;
-    ASSERT_EQ(store.UnlockDatabase(), DBStatus::kOk);
-  }
-}
-
 TEST_F(RecordStore, PutRecordModesAndCallerIds) {
   Add("a");
   Add("b");
@@ -165,7 +138,6 @@ TEST_F(RecordStore, DamagedRecordsAreNamedAndGiveNoData) {
   EXPECT_EQ(delivered, 0u);
   EXPECT_EQ(store.ReadRecordToFile(kDfct, 1, dir.File("out")), DBStatus::kBadChecksum);
   EXPECT_FALSE(std::ifstream(dir.File("out")).good()) << "a damaged copy is not left behind";
-  // A damaged index head is an input/output failure.
   PutU32(f, 8796, 0x696e6478 + 1);
   WriteFileBytes(path, f);
   EXPECT_EQ(store.ReadRecord(kDfct, 1, out), DBStatus::kIoError);
