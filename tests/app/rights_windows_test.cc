@@ -1,6 +1,7 @@
 // The user group and test configuration windows through their widgets: a group made with
 // its rights, its member and a custom-value box, which reach the member at the next login;
 // a configuration added, and a second of the same name refused.
+#include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QListWidget>
@@ -22,6 +23,10 @@ class RightsWindows : public FrameTest {
   static QListWidgetItem* Row(const QListWidget& list, const QString& text) {
     const QList<QListWidgetItem*> found = list.findItems(text, Qt::MatchExactly);
     return found.isEmpty() ? nullptr : found.front();
+  }
+  void LogIn(const char* login) {
+    ui.ScriptLogin(ui::LoginEntry{login, ""});
+    Named<QAction>(frame, "&Log In User...")->trigger();
   }
   const CUserGroup* Group(const std::string& name) {
     const ItemTable& groups = *frame.doc()->GetTable(kGroupTag);
@@ -61,12 +66,50 @@ TEST_F(RightsWindows, AGroupMadeInItsWindowLimitsItsMemberFromTheNextLogin) {
   EXPECT_TRUE(frame.doc()->HasRight(Right::kDeleteDefects)) << "the administrator keeps it";
   // The marks of what arrived were the administrator's; the status bar ends where it began.
   frame.doc()->GetTable(kUserTag)->ItemAt(1)->isNew = true;
-  ui.ScriptLogin(ui::LoginEntry{"tess", ""});
-  Named<QAction>(frame, "&Log In User...")->trigger();
+  LogIn("tess");
   EXPECT_FALSE(frame.doc()->HasRight(Right::kDeleteDefects));
   EXPECT_TRUE(frame.doc()->HasRight(Right::kAddDefects));
   EXPECT_FALSE(frame.doc()->GetTable(kUserTag)->ItemAt(1)->isNew);
   EXPECT_EQ(ui.statusTexts.back(), "");
+}
+
+// Each list's five item commands follow their rights: a member of a group without the right
+// finds the command off (without the view right, the list refused with its reason), and
+// with it back, on.
+TEST_F(RightsWindows, EachItemCommandOfEachListFollowsItsRight) {
+  Cli("group " + path + " add Testers");
+  Cli("group " + path + " Testers members add tess");
+  Open();
+  auto& testers = static_cast<CUserGroup&>(*frame.doc()->GetTable(kGroupTag)->ItemAt(2));
+  ASSERT_EQ(testers.name.str(), "Testers");
+  const std::pair<Right ItemRights::*, const char*> commands[] = {
+      {&ItemRights::add, "&Add Item..."},
+      {&ItemRights::edit, "&Edit Item..."},
+      {&ItemRights::view, "&View Item"},
+      {&ItemRights::remove, "D&elete Item"},
+      {&ItemRights::duplicate, "D&uplicate Item"}};
+  for (const std::size_t k : {0, 1, 2, 3, 5, 7}) {
+    const ListWindowKind& kind = kListWindowKinds[k];
+    for (const auto& [right, text] : commands) {
+      if (kind.rights.*right == Right::kNone) continue;
+      SCOPED_TRACE(std::string(kind.valueName) + " " + text);
+      for (const bool denied : {true, false}) {
+        testers.SetCommandDisabled(RightNumber(kind.rights.*right), denied);
+        ASSERT_EQ(frame.doc()->GetTable(kGroupTag)->SaveItem(testers), DBStatus::kOk);
+        LogIn("tess");
+        app::RecordListWindow* list = frame.ShowList(kind);
+        if (right == &ItemRights::view && denied) {
+          EXPECT_EQ(list, nullptr);
+          EXPECT_EQ(ui.Texts().back(), RightRefusal(kind.rights.view));
+        } else {
+          ASSERT_NE(list, nullptr);
+          QApplication::processEvents();
+          EXPECT_EQ(Named<QAction>(frame, text)->isEnabled(), !denied);
+        }
+        LogIn("admin");
+      }
+    }
+  }
 }
 
 TEST_F(RightsWindows, ATestConfigurationIsAddedAndASecondOfItsNameRefused) {
