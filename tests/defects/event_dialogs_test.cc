@@ -22,12 +22,6 @@ std::uint32_t Day(int year, int month, int day) {
 
 std::uint32_t March7() { return Day(2021, 3, 7); }
 
-std::unique_ptr<CDefectEvent> New(EventKind kind) {
-  auto event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
-  event->date = March7() + 3600 * 15;
-  return event;
-}
-
 // What OK is refused with: the message, the field to focus and whether its text is selected.
 std::tuple<std::string_view, EventField, bool> Refused(EventDialog& dialog) {
   const auto answer = dialog.Accept(EventDialogResult::kOk);
@@ -94,7 +88,8 @@ TEST(EventDialog, EachKindsTitleChecksUserAndSaveButton) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.title);
-    auto event = New(row.kind);
+    auto event = CDefectEvent::Make(static_cast<std::int16_t>(row.kind));
+    event->date = March7() + 3600 * 15;
     const auto original = event->Clone();
     EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId,
               row.kind == EventKind::kAssign ? 0u : kMe);
@@ -137,8 +132,6 @@ TEST(EventDialog, EstimateAndFixFields) {
   estimate.date = March7();
   EventDialog dialog(estimate, EventDialogMode::kEdit, kMe, true);
 
-  dialog.hoursText = "-2";
-  EXPECT_EQ(std::get<0>(Refused(dialog)), "The number of hours you entered is not valid.");
   dialog.hoursText = " ";
   dialog.estimatedDateText = "  ";
   EXPECT_EQ(std::get<0>(Refused(dialog)),

@@ -32,14 +32,6 @@ Bytes RowHead(std::uint16_t version, std::uint16_t kind) {
   return b.str16("It crashes.").u32(3).str16("1. Open\r2. Print").u16(kind);
 }
 
-// The custom configuration: the fields of the current test configuration record form.
-Bytes& LabConfig(Bytes& b) {
-  b.u16(0x102).u8(0).str8("Lab PC").u8(0).u8(0);  // name, model, brand
-  b.str8("NT 4.0").zeros(8);                      // operatingSystem, then eight empty texts
-  b.u8(1).str8("Cd").zeros(7);                    // cd-rom; modem, printer, scanner, rom empty
-  return b.u8(1);                                 // multipleMonitors
-}
-
 TEST(ReportedBy, RowFormOfEachConfigKind) {
   for (std::uint16_t kind = 1; kind <= 3; ++kind) {
     SCOPED_TRACE(kind);
@@ -48,7 +40,10 @@ TEST(ReportedBy, RowFormOfEachConfigKind) {
     Bytes written = RowHead(2, kind);
     for (Bytes* b : {&read, &written}) {
       if (kind == 2) b->u32(0x1234);
-      if (kind == 3) LabConfig(*b);
+      if (kind == 3) {  // a test configuration record: name, os, cd-rom, multiple monitors
+        b->u16(0x102).u8(0).str8("Lab PC").zeros(2).str8("NT 4.0").zeros(8).u8(1).str8("Cd");
+        b->zeros(7).u8(1);
+      }
       b->u32(2);
       NotesAttachment(*b, b == &read ? 1 : 2);
       LogAttachment(*b).str16("SCSI card");
