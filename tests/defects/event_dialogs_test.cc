@@ -40,12 +40,11 @@ std::optional<EventDialogResult> Closed(EventDialog& dialog,
 
 // The Save buttons: "-" for one hidden, a letter for one shown, capital when enabled.
 std::string Buttons(const EventDialog& d) {
-  return {!d.saveAndAssignVisible()  ? '-'
-          : d.saveAndAssignEnabled() ? 'A'
-                                     : 'a',
-          !d.saveAndReleaseVisible()  ? '-'
-          : d.saveAndReleaseEnabled() ? 'R'
-                                      : 'r'};
+  const auto state = [](bool visible, bool enabled, char letter) {
+    return !visible ? '-' : enabled ? letter : static_cast<char>(letter - 'A' + 'a');
+  };
+  return {state(d.saveAndAssignVisible(), d.saveAndAssignEnabled(), 'A'),
+          state(d.saveAndReleaseVisible(), d.saveAndReleaseEnabled(), 'R')};
 }
 
 // Per kind: the title, the checks in their order with their words, the user chosen at
