@@ -166,15 +166,6 @@ TEST(DefectEvents, OrderByDateThenWeightAndReplay) {
   EXPECT_EQ(d.status(), 3);
   d.RemoveEvent(d.EventAt(d.EventCount()));
   EXPECT_EQ(d.status(), 6);
-
-  CDefect comments;
-  comments.AddEvent(Event(EventKind::kComment, 100));
-  EXPECT_EQ(comments.status(), 1);
-  auto close = Event(EventKind::kClose, 100);
-  static_cast<CCloseEvent&>(*close).resolutionId = 7;
-  comments.AddEvent(std::move(close));
-  EXPECT_EQ(comments.status(), 5);
-  EXPECT_EQ(comments.copies().resolutionId, 7u);
 }
 
 TEST(DefectTable, SortsByNumberThenTypeThenRecord) {
