@@ -249,8 +249,6 @@ TEST_F(SelectionActions, DuplicatesTakeTheNextNumberOnlyWhenTheSourceHasOne) {
   EXPECT_EQ(copies[0]->number, 41u);
   EXPECT_EQ(copies[1]->number, 0u) << "an un-numbered defect stays so";
   EXPECT_EQ(copies[0]->EventCount(), 1u);
-  EXPECT_NE(copies[0]->GetId(), Defect(1).GetId());
-  EXPECT_EQ(defects().count(), 5u);
   EXPECT_TRUE(ui.shown.empty());
 }
 
