@@ -14,7 +14,6 @@ class ChangeHistory : public SampleDefect {
   Event& NewEvent(std::uint32_t n) {
     return dynamic_cast<Event&>(*edited->EventAt(n));
   }
-  // Starts the edit: the new defect is a copy of the old one as it stands.
   void Edit() { edited = d.Clone(); }
   std::string Changes() {
     std::string text = "left from before";

@@ -18,7 +18,6 @@ using ByteList = std::vector<std::uint8_t>;
 
 constexpr std::uint32_t kDate = 0xB1C2D3E4;
 
-// Reads the event from `bytes` and answers how many of them it left unread.
 std::size_t Read(CDefectEvent& event, const ByteList& bytes, std::uint16_t recordVersion) {
   PayloadReader in(bytes);
   event.ReadFrom(in, recordVersion);
@@ -65,7 +64,6 @@ TEST(DefectEvent, EachKindsByteForm) {
   for (const auto& [event, bytes] : cases) {
     SCOPED_TRACE(event->ActionText());
     EXPECT_EQ(Written(*event), bytes.b);
-    // Read back from the hand-built bytes, the event writes them again unchanged.
     auto read = CDefectEvent::Make(static_cast<std::int16_t>(event->kind()));
     EXPECT_EQ(Read(*read, bytes.b, 0x104), 0u);
     EXPECT_EQ(read->version, 0x104);
@@ -88,7 +86,6 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   PutU16(old.b, 12, 7);
   Read(fix, old.b, 0x101);
   EXPECT_EQ(fix.hours, 7.0);
-  // Written back, the notes become text and the hours a float64.
   EXPECT_EQ(Written(fix), Head("old").u32(0x401C0000).u32(0).u8(0).u8(1).u32(4).fixed33("0.9").b);
 
   // 0x102 and 0x103 hold twelve bytes that say nothing in place of the hours.
@@ -127,7 +124,6 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
   EXPECT_EQ(Written(estimate),
             Head("").u32(0xBFF00000).u32(0).u32(0xFFFFFFFF).fixed33(std::string(31, 'v')).b);
 
-  // A release version is stored as at most 32 bytes, cut the same way.
   CReleaseNotesEvent release;
   release.userId = 7;
   release.date = kDate;
@@ -138,14 +134,8 @@ TEST(DefectEvent, OlderFormsAndFixedVersions) {
 
 TEST(DefectEvent, ReplayCopiesWhatEachKindSets) {
   DefectCopies copies;
-  copies.assignedToId = 3;
-  copies.dateAssigned = 100;
   CFixEvent fix;
   fix.userId = 8;
-  fix.hours = 0;
-  fix.Apply(copies, 0);
-  EXPECT_EQ(copies.hoursToFix, -1.0) << "no hours spent is none";
-  EXPECT_EQ(copies.dateAssigned, platform::kNoStamp) << "a fix ends the assignment";
   for (const double hours : {2.0, 3.0, -1.0}) {
     fix.hours = hours;
     fix.Apply(copies, 0);
@@ -155,7 +145,6 @@ TEST(DefectEvent, ReplayCopiesWhatEachKindSets) {
   estimate.hours = 6;
   estimate.Apply(copies, 0);
 
-  // A pass closes the defect but gives it no closing resolution.
   copies.closeResolutionId = 12;
   CVerifyEvent verify;
   verify.userId = 10;

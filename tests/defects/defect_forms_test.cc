@@ -27,7 +27,6 @@ class DefectForms : public SampleDefect {
     EXPECT_TRUE(d.GetFieldText(n, text)) << n;
     return text;
   }
-  // The texts of fields, each ended by "|".
   std::string Fields(std::initializer_list<std::uint16_t> numbers) {
     std::string texts;
     for (const std::uint16_t n : numbers) texts += Field(n) + "|";
@@ -106,12 +105,6 @@ TEST_F(DefectForms, FieldTextsFollowTheEvents) {
   EXPECT_EQ(Field(207), "Smith, Ann");
   EXPECT_EQ(Field(209), "second");
   EXPECT_FALSE(d.GetFieldText(46, text));
-
-  ASSERT_TRUE(d.GetFieldByTag(MakeTag("SUMM"), text, &block));
-  EXPECT_EQ(block, "Crash <on> save") << "a short field is copied to the block";
-  ASSERT_TRUE(d.GetFieldByTag(MakeTag("ASSN"), text, &block));
-  EXPECT_EQ(block, "") << "the newest assignment's notes";
-  EXPECT_FALSE(d.GetFieldByTag(MakeTag("XXXX"), text, &block));
   EXPECT_EQ(DefectFieldLabel(208), "") << "labels are looked up for 1 to 45 and 200 to 207";
   EXPECT_EQ(DefectFieldLabel(207), "Comment By");
 }
@@ -219,7 +212,6 @@ TEST_F(DefectForms, TextAndHtmlWhole) {
           Wide(2, "Attachments:", "<BR>&nbsp;&nbsp;none") + kEnd + "</TABLE>\n" +
           "</TD></TR>\n</TABLE>\n" + history + "</TD></TR>\n</TABLE>\n</TD></TR></TABLE>\n");
 
-  // A stored configuration that is gone.
   first.SetTestConfigId(6);
   text.clear();
   first.WriteText(text, lookups);
@@ -278,7 +270,6 @@ TEST_F(DefectForms, TextAndHtmlOfEachEventKind) {
     EXPECT_EQ(html, kTable + expected[i].second + "</TABLE>\n");
   }
 
-  // Hours not given leave their line out.
   auto estimate = Estimate();
   estimate->hours = -1.0;
   std::string out;

@@ -16,19 +16,11 @@ namespace qm::test {
 namespace {
 
 constexpr std::uint32_t kMe = 9;
-// A function, not a constant: the clock's own tables are set up at static
-// initialisation too, in an order not known here.
 std::uint32_t Day(int year, int month, int day) {
   return platform::StampFromCivil({year, month, day, 0, 0, 0});
 }
 
 std::uint32_t March7() { return Day(2021, 3, 7); }
-
-std::unique_ptr<CDefectEvent> New(EventKind kind) {
-  auto event = CDefectEvent::Make(static_cast<std::int16_t>(kind));
-  event->date = March7() + 3600 * 15;  // made now, at some time of the day
-  return event;
-}
 
 // What OK is refused with: the message, the field to focus and whether its text is selected.
 std::tuple<std::string_view, EventField, bool> Refused(EventDialog& dialog) {
@@ -48,12 +40,11 @@ std::optional<EventDialogResult> Closed(EventDialog& dialog,
 
 // The Save buttons: "-" for one hidden, a letter for one shown, capital when enabled.
 std::string Buttons(const EventDialog& d) {
-  return {!d.saveAndAssignVisible()  ? '-'
-          : d.saveAndAssignEnabled() ? 'A'
-                                     : 'a',
-          !d.saveAndReleaseVisible()  ? '-'
-          : d.saveAndReleaseEnabled() ? 'R'
-                                      : 'r'};
+  const auto state = [](bool visible, bool enabled, char letter) {
+    return !visible ? '-' : enabled ? letter : static_cast<char>(letter - 'A' + 'a');
+  };
+  return {state(d.saveAndAssignVisible(), d.saveAndAssignEnabled(), 'A'),
+          state(d.saveAndReleaseVisible(), d.saveAndReleaseEnabled(), 'R')};
 }
 
 // Per kind: the title, the checks in their order with their words, the user chosen at
@@ -96,12 +87,12 @@ TEST(EventDialog, EachKindsTitleChecksUserAndSaveButton) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.title);
-    auto event = New(row.kind);
+    auto event = CDefectEvent::Make(static_cast<std::int16_t>(row.kind));
+    event->date = March7() + 3600 * 15;
     const auto original = event->Clone();
-    // The user logged in, but not for an assignment, and no one in the other mode.
     EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId,
               row.kind == EventKind::kAssign ? 0u : kMe);
-    if (row.kind != EventKind::kVerify) {  // its buttons are its own, below
+    if (row.kind != EventKind::kVerify) {
       for (bool mayAssign : {true, false}) {
         EXPECT_EQ(Buttons(EventDialog(*event, EventDialogMode::kEdit, kMe, mayAssign)),
                   row.saveAndAssign && mayAssign ? "A-" : "--");
@@ -112,7 +103,6 @@ TEST(EventDialog, EachKindsTitleChecksUserAndSaveButton) {
     EXPECT_EQ(dialog.Title(), row.title);
     EXPECT_TRUE(dialog.fieldsEnabled());
 
-    // Nothing filled in: the date is the first complaint, and its text gets selected.
     for (const char* date : {"", "  ", "2/30/2021", "yesterday"}) {
       dialog.dateText = date;
       EXPECT_EQ(Refused(dialog), std::tuple(row.dateMessage, EventField::kDate, true)) << date;
@@ -126,26 +116,21 @@ TEST(EventDialog, EachKindsTitleChecksUserAndSaveButton) {
       dialog.versionText = "2.0";
       dialog.notes = "Seen again";
     }
-    // A refusal leaves the event alone.
     EXPECT_EQ(event->userId, original->userId);
     EXPECT_EQ(event->date, original->date);
 
     EXPECT_EQ(Closed(dialog), EventDialogResult::kOk);
     EXPECT_EQ(event->userId, 4u);
-    EXPECT_EQ(event->date, March7());  // a typed date is the day, at midnight
-    // An event that has its user opens with that user.
+    EXPECT_EQ(event->date, March7());
     EXPECT_EQ(EventDialog(*event, EventDialogMode::kEdit, kMe, true).userId, 4u);
   }
 }
 
-TEST(EventDialog, EstimateNeedsHoursAboveZeroOrADateOrAVersion) {
+TEST(EventDialog, EstimateAndFixFields) {
   CEstimateEvent estimate;
   estimate.date = March7();
   EventDialog dialog(estimate, EventDialogMode::kEdit, kMe, true);
 
-  // Hours below 0 are refused; only blanks are nothing given.
-  dialog.hoursText = "-2";
-  EXPECT_EQ(std::get<0>(Refused(dialog)), "The number of hours you entered is not valid.");
   dialog.hoursText = " ";
   dialog.estimatedDateText = "  ";
   EXPECT_EQ(std::get<0>(Refused(dialog)),
@@ -164,38 +149,32 @@ TEST(EventDialog, EstimateNeedsHoursAboveZeroOrADateOrAVersion) {
   EXPECT_EQ(estimate.estimatedDate, platform::kNoStamp);
   EXPECT_EQ(estimate.estimatedVersion, "2.1");
 
-  // Hours open as "%5.2lf" and read back from that form.
   estimate.hours = 2.5;
   EventDialog reopened(estimate, EventDialogMode::kEdit, kMe, true);
   EXPECT_EQ(reopened.hoursText, " 2.50");
   EXPECT_EQ(Closed(reopened), EventDialogResult::kOk);
   EXPECT_EQ(estimate.hours, 2.5);
-}
 
-TEST(EventDialog, FixFieldsAreWritten) {
   CFixEvent fix;
   fix.date = March7();
-  EventDialog dialog(fix, EventDialogMode::kEdit, kMe, true);
-  dialog.resolutionId = 3;
-  dialog.affectsTestPlan = true;
-  dialog.hoursText = "1.5";
-  // 31 bytes and a two-byte character: the version keeps whole characters only.
-  dialog.versionText = std::string(31, 'v') + "\xC3\xA9";
-  ASSERT_EQ(Closed(dialog), EventDialogResult::kOk);
+  EventDialog fixDialog(fix, EventDialogMode::kEdit, kMe, true);
+  fixDialog.resolutionId = 3;
+  fixDialog.affectsTestPlan = true;
+  fixDialog.hoursText = "1.5";
+  fixDialog.versionText = std::string(31, 'v') + "\xC3\xA9";  // whole characters only
+  ASSERT_EQ(Closed(fixDialog), EventDialogResult::kOk);
   EXPECT_EQ(
       std::tuple(fix.hours, fix.resolutionId, fix.affectsDocs, fix.affectsTestPlan, fix.fixVersion),
       std::tuple(1.5, 3u, false, true, std::string(31, 'v')));
-
-  // A typed "-0" is the 0 every view shows as " 0.00".
-  dialog.hoursText = "-0";
-  ASSERT_EQ(Closed(dialog), EventDialogResult::kOk);
+  fixDialog.hoursText = "-0";
+  ASSERT_EQ(Closed(fixDialog), EventDialogResult::kOk);
   EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, kMe, true).hoursText, " 0.00");
   fix.hours = -1.0;
   EXPECT_EQ(EventDialog(fix, EventDialogMode::kEdit, kMe, true).hoursText, "");
 }
 
 TEST(EventDialog, VerifySaveButtonsAndViewMode) {
-  // Verify shows both buttons even to a user without the right; Pass and Fail switch them.
+  // Shown even to a user without the right to assign; Pass and Fail switch them.
   CVerifyEvent verify;
   verify.date = March7();
   EventDialog dialog(verify, EventDialogMode::kEdit, kMe, false);
@@ -205,14 +184,12 @@ TEST(EventDialog, VerifySaveButtonsAndViewMode) {
   EXPECT_EQ(Closed(dialog, EventDialogResult::kSaveAndAssign), EventDialogResult::kSaveAndAssign);
   EXPECT_FALSE(verify.passed);
 
-  // A failed verification opens with Fail chosen.
   EventDialog failed(verify, EventDialogMode::kEdit, kMe, false);
   EXPECT_EQ(Buttons(failed), "Ar");
   failed.passed = true;
   EXPECT_EQ(Closed(failed, EventDialogResult::kSaveAndRelease), EventDialogResult::kSaveAndRelease);
   EXPECT_TRUE(verify.passed);
 
-  // Viewing disables all and changes nothing.
   EventDialog view(verify, EventDialogMode::kView, kMe, true);
   EXPECT_FALSE(view.fieldsEnabled());
   EXPECT_EQ(Buttons(view), "--");
@@ -249,7 +226,6 @@ TEST(EventDialog, ParseDate) {
       {"2/6/2040", Day(2040, 2, 6)},
   };
   for (const auto& [text, stamp] : read) EXPECT_EQ(ParseDate(text), stamp) << text;
-  // The day a stamp of the event shows reads back to that day.
   EXPECT_EQ(ParseDate(FormatDate(March7() + 3600 * 15)), March7());
 
   for (const char* text : {"", "3/7", "3/7/", "3/7/2021x", "3/7/202", "3/7/20211", "13/1/2021",

@@ -46,7 +46,6 @@ class FakeLookups : public DefectLookups {
   }
   std::uint32_t CurrentUserId() const override { return 0; }
 
-  // Enters each name as the value of its id in its list.
   void AddValues(std::initializer_list<std::tuple<Tag, std::uint32_t, const char*>> names) {
     for (const auto& [list, id, name] : names) {
       values.emplace(std::piecewise_construct, std::forward_as_tuple(list, id),
@@ -116,7 +115,6 @@ class SampleDefect : public ::testing::Test {
     row->reproducedId = 7;
     return row;
   }
-  // An event added to the defect on a day of February.
   template <class Event>
   Event& Add(int day, std::uint32_t user, const char* notes) {
     auto e = std::make_unique<Event>();

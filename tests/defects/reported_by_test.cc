@@ -26,19 +26,10 @@ Bytes& LogAttachment(Bytes& b) {
   return b.u32(70000).u32(CFileAttachment::kInFolder).str8("00000012.dat");
 }
 
-// A row up to and including its config kind.
 Bytes RowHead(std::uint16_t version, std::uint16_t kind) {
   Bytes b;
   b.u16(version).u32(5).str8("Acme Labs").u32(86400 * 400).fixed33("4.0b2");
   return b.str16("It crashes.").u32(3).str16("1. Open\r2. Print").u16(kind);
-}
-
-// The custom configuration: the fields of the current test configuration record form.
-Bytes& LabConfig(Bytes& b) {
-  b.u16(0x102).u8(0).str8("Lab PC").u8(0).u8(0);  // name, model, brand
-  b.str8("NT 4.0").zeros(8);                      // operatingSystem, then eight empty texts
-  b.u8(1).str8("Cd").zeros(7);                    // cd-rom; modem, printer, scanner, rom empty
-  return b.u8(1);                                 // multipleMonitors
 }
 
 TEST(ReportedBy, RowFormOfEachConfigKind) {
@@ -49,7 +40,10 @@ TEST(ReportedBy, RowFormOfEachConfigKind) {
     Bytes written = RowHead(2, kind);
     for (Bytes* b : {&read, &written}) {
       if (kind == 2) b->u32(0x1234);
-      if (kind == 3) LabConfig(*b);
+      if (kind == 3) {  // a test configuration record: name, os, cd-rom, multiple monitors
+        b->u16(0x102).u8(0).str8("Lab PC").zeros(2).str8("NT 4.0").zeros(8).u8(1).str8("Cd");
+        b->zeros(7).u8(1);
+      }
       b->u32(2);
       NotesAttachment(*b, b == &read ? 1 : 2);
       LogAttachment(*b).str16("SCSI card");
@@ -60,7 +54,6 @@ TEST(ReportedBy, RowFormOfEachConfigKind) {
     PayloadReader in(read.b);
     row.ReadFrom(in);
     EXPECT_EQ(in.remaining(), 1u);
-    // Written against bytes built by hand, what was read shows each field in its place.
     EXPECT_EQ(row.configKind(), kind);
     ASSERT_EQ(row.customConfig() != nullptr, kind == 3);
     ASSERT_EQ(row.AttachmentCount(), 2u);
@@ -69,7 +62,7 @@ TEST(ReportedBy, RowFormOfEachConfigKind) {
   }
 }
 
-TEST(ReportedBy, OlderRowsAndRefusedVersions) {
+TEST(ReportedBy, OlderDamagedAndRefusedRows) {
   // Version 1 ends at its attachments: the byte behind them is not other hardware.
   Bytes old = RowHead(1, 1);
   old.u32(0).u8(0x7F);
@@ -81,33 +74,26 @@ TEST(ReportedBy, OlderRowsAndRefusedVersions) {
   Bytes current = RowHead(2, 1);
   EXPECT_EQ(Written(row), current.u32(0).u16(0).b) << "written back as version 2";
 
-  const auto codeOf = [](const Bytes& b) {
-    return ThrownCode([&b] { ReadItem<CReportedBy>(b.b); });
-  };
+  // Refused versions of a row and of an attachment, a count of four thousand million with
+  // one attachment behind it, an attachment cut off before its stored name: the whole
+  // attachments stay.
+  std::vector<std::pair<Bytes, std::uint32_t>> damaged;
   for (std::uint16_t version : std::initializer_list<std::uint16_t>{0, 3}) {
-    SCOPED_TRACE(version);
-    Bytes row3 = RowHead(version, 1);
-    EXPECT_EQ(codeOf(row3.u32(0).u16(0)), kItemFailed) << "a row";
+    damaged.emplace_back(RowHead(version, 1).u32(0).u16(0), 0);
     Bytes attachment = RowHead(2, 1);
-    attachment.u32(1);
-    NotesAttachment(attachment, version);
-    EXPECT_EQ(codeOf(attachment.str16("")), kItemFailed) << "an attachment";
+    damaged.emplace_back(NotesAttachment(attachment.u32(1), version).str16(""), 0);
   }
-}
-
-TEST(ReportedBy, DamagedAttachmentCount) {
-  // A count of four thousand million with one attachment behind it ends at the payload's
-  // end, and so does an attachment cut off before its stored name.
   Bytes huge = RowHead(2, 1);
-  LogAttachment(huge.u32(0xFFFFFFFF));
+  damaged.emplace_back(LogAttachment(huge.u32(0xFFFFFFFF)), 1);
   Bytes cut = RowHead(2, 1);
   LogAttachment(cut.u32(1));
   cut.b.resize(cut.b.size() - 5);
-  for (const Bytes* b : {&huge, &cut}) {
-    CReportedBy row;
-    PayloadReader in(b->b);
-    EXPECT_EQ(ThrownCode([&] { row.ReadFrom(in); }), kItemFailed);
-    EXPECT_EQ(row.AttachmentCount(), b == &huge ? 1u : 0u) << "the whole ones stay";
+  damaged.emplace_back(cut, 0);
+  for (const auto& [bytes, whole] : damaged) {
+    CReportedBy damagedRow;
+    PayloadReader from(bytes.b);
+    EXPECT_EQ(ThrownCode([&] { damagedRow.ReadFrom(from); }), kItemFailed) << bytes.b.size();
+    EXPECT_EQ(damagedRow.AttachmentCount(), whole);
   }
 }
 

@@ -24,7 +24,6 @@ std::vector<std::uint8_t> Record(std::uint16_t version) {
 
 TEST(TaskRecord, TheBytesBothWaysAndOnlyVersionOne) {
   const auto task = ReadItem<CTask>(Record(1));
-  // The kind comes before the status in the record.
   EXPECT_EQ(std::tuple(task->deleted, task->kind, task->status, task->priorityId, task->toDo.str(),
                        task->versionNeeded.str(), task->dateNeeded, task->dateEntered,
                        task->ownerId, task->reservedId, task->access, task->description),
@@ -54,7 +53,6 @@ class TaskForms : public SampleDefect {
     lookups.positions[{kPrio, 6}] = 2;
     Add<CAssignEvent>(1, 2, "");
   }
-  // A task of the table, made as the table makes one.
   std::unique_ptr<CTask> Task(std::uint16_t kind, const char* toDo) {
     std::unique_ptr<RecordItem> item = table.NewItem();
     auto task = std::unique_ptr<CTask>(static_cast<CTask*>(item.release()));
@@ -63,7 +61,6 @@ class TaskForms : public SampleDefect {
     if (kind == kTaskDefect) task->defect = &d;
     return task;
   }
-  // The to-do texts of the tasks in the order the table sorts them.
   std::vector<std::string> Sorted(std::vector<CTask*> tasks, std::int16_t field,
                                   std::int16_t direction = 1) {
     std::stable_sort(tasks.begin(), tasks.end(), [&](const CTask* a, const CTask* b) {
@@ -202,7 +199,6 @@ class Workbook : public ProjectTest {
     EXPECT_EQ(tasks->AddItem(item), DBStatus::kOk);
     return &t;
   }
-  // The names of the workbook's rows, each ended by "|".
   std::string Names() const {
     std::string rows;
     for (std::uint32_t p = 1; p <= tasks->count(); ++p) rows += tasks->TaskAt(p)->GetName() + "|";

@@ -78,9 +78,6 @@ TEST_F(Login, TheDialogAsksUntilAUserIsFoundWhoGetsTheRightsOfTheGroup) {
   EXPECT_FALSE(session.HasRight(4)) << "the group denies it";
   EXPECT_TRUE(session.HasRight(67));
   EXPECT_FALSE(session.HasRight(68));
-  bool in = false;
-  ASSERT_EQ(store.IsUserLoggedIn(tess->GetId(), in), DBStatus::kOk);
-  EXPECT_TRUE(in);
   EXPECT_EQ(session.LogIn(ui::LoginEntry{"tess", "Secret"}), 1) << "the same user again";
 
   // A given login with a wrong password ends without the dialog, as does a cancel.
@@ -135,7 +132,6 @@ TEST(PasswordChange, OldThenNewTwice) {
   EXPECT_EQ(change.prompt(), "Retype the new password to verify.");
   EXPECT_EQ(change.Submit("other"),
             "The two passwords you have entered do not match -- please try again.");
-  EXPECT_EQ(change.stage(), 2);
   EXPECT_EQ(change.Submit(std::string(40, 'p')), std::nullopt);
   EXPECT_EQ(change.Submit(std::string(32, 'p')), std::nullopt);
   EXPECT_TRUE(change.done());

@@ -13,19 +13,6 @@
 namespace qm::test {
 namespace {
 
-// Model|brand|rom|os|version|cpu|MHz|RAM|disk type|disk size|other|CD-ROM|printer|, then
-// the flags of the CD-ROM and the printer.
-std::string Captured(const CTestConfig& c) {
-  std::string fields;
-  for (const std::string& field :
-       {c.model.str(), c.brand.str(), c.rom.str(), c.operatingSystem.str(), c.version.str(),
-        c.cpuType.str(), c.cpuSpeed.str(), c.ram.str(), c.hardDiskType.str(), c.hardDiskSize.str(),
-        c.otherHardware.str(), c.cdRom.str(), c.printer.str()}) {
-    fields += field + "|";
-  }
-  return fields + (c.hasCdRom ? "1" : "0") + (c.hasPrinter ? "1" : "0");
-}
-
 struct Case {
   const char* what;
   std::map<std::string, std::string> files;  // path below the root, contents
@@ -118,7 +105,18 @@ TEST(PeopleMachineCapture, FieldsFromSystemTrees) {
         config.otherHardware, config.cdRom, config.printer);
     config.hasCdRom = config.hasPrinter = true;
     CaptureThisComputer(config, {dir.path(), [&] { return c.printer; }});
-    EXPECT_EQ(Captured(config), c.captured);
+    // Model|brand|rom|os|version|cpu|MHz|RAM|disk type|disk size|other|CD-ROM|printer|, then
+    // the flags of the CD-ROM and the printer.
+    std::string captured;
+    for (const std::string& field :
+         {config.model.str(), config.brand.str(), config.rom.str(), config.operatingSystem.str(),
+          config.version.str(), config.cpuType.str(), config.cpuSpeed.str(), config.ram.str(),
+          config.hardDiskType.str(), config.hardDiskSize.str(), config.otherHardware.str(),
+          config.cdRom.str(), config.printer.str()}) {
+      captured += field + "|";
+    }
+    EXPECT_EQ(captured + (config.hasCdRom ? "1" : "0") + (config.hasPrinter ? "1" : "0"),
+              c.captured);
   }
 }
 

@@ -8,10 +8,6 @@
 namespace qm::test {
 namespace {
 
-std::unique_ptr<CUserGroup> Read(const std::vector<std::uint8_t>& payload) {
-  return ReadItem<CUserGroup>(payload);
-}
-
 TEST(PeopleGroup, RecordFormsOfEachVersion) {
   // Members and denied rights keep the order they came in, each once.
   CUserGroup group;
@@ -33,9 +29,9 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
   expected.str8("Night shift").u32(4).u32(2).u32(7).u32(0x01020304);
   expected.u32(4).u32(3).u32(8).u32(67).u32(4).u16(0x21).u32(12).u16(1);
   EXPECT_EQ(group.Pack(), expected.b);
-  EXPECT_EQ(Read(expected.b)->Pack(), expected.b);
-  EXPECT_THROW(Read(Bytes().u16(0x104).b), ItemError);
-  EXPECT_THROW(Read(Bytes().u16(0x0FF).b), ItemError);
+  EXPECT_EQ(ReadItem<CUserGroup>(expected.b)->Pack(), expected.b);
+  EXPECT_THROW(ReadItem<CUserGroup>(Bytes().u16(0x104).b), ItemError);
+  EXPECT_THROW(ReadItem<CUserGroup>(Bytes().u16(0x0FF).b), ItemError);
 
   // The deleted mark comes with 0x101, the flags with 0x102, the filter with 0x103; the
   // bytes after each record show a field read too many.
@@ -47,7 +43,7 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
     old.str8("Admins").str8("").str8("All rights").u32(4).u32(1).u32(3).u32(4).u32(1).u32(2);
     if (v >= 0x102) old.u16(3);
     if (v >= 0x103) old.u32(12).u16(1);
-    const auto read = Read(old.u32(0x0BADBAD0).u32(0x0BADBAD0).b);
+    const auto read = ReadItem<CUserGroup>(old.u32(0x0BADBAD0).u32(0x0BADBAD0).b);
     EXPECT_EQ(read->deleted, v >= 0x101);
     EXPECT_EQ(read->notes.str(), "All rights");
     EXPECT_EQ(read->userIds(), std::vector<std::uint32_t>{3});
@@ -59,7 +55,7 @@ TEST(PeopleGroup, RecordFormsOfEachVersion) {
   // A count beyond the payload: the whole ids are taken, then the record is at its end.
   Bytes cut;
   cut.u16(0x103).u8(0).str8("Cut").str8("").str8("").u32(4).u32(1000).u32(1).u32(2).u16(0xABCD);
-  const auto readCut = Read(cut.b);
+  const auto readCut = ReadItem<CUserGroup>(cut.b);
   EXPECT_EQ(readCut->userIds(), (std::vector<std::uint32_t>{1, 2}));
   EXPECT_TRUE(readCut->disabledCommands().empty());
   EXPECT_EQ(readCut->customFlags, 0);
