@@ -105,6 +105,13 @@ TEST_F(DefectForms, FieldTextsFollowTheEvents) {
   EXPECT_EQ(Field(207), "Smith, Ann");
   EXPECT_EQ(Field(209), "second");
   EXPECT_FALSE(d.GetFieldText(46, text));
+  // The mail templates' tags: a short field is copied to the block, ASSN is the newest
+  // assignment's notes.
+  ASSERT_TRUE(d.GetFieldByTag(MakeTag("SUMM"), text, &block));
+  EXPECT_EQ(block, "Crash <on> save");
+  ASSERT_TRUE(d.GetFieldByTag(MakeTag("ASSN"), text, &block));
+  EXPECT_EQ(block, "");
+  EXPECT_FALSE(d.GetFieldByTag(MakeTag("XXXX"), text, &block));
   EXPECT_EQ(DefectFieldLabel(208), "") << "labels are looked up for 1 to 45 and 200 to 207";
   EXPECT_EQ(DefectFieldLabel(207), "Comment By");
 }
