@@ -680,7 +680,10 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
   if (list == nullptr) list = defectList();
   if (list == nullptr) return nullptr;
   std::vector<RecordItem*> selected = list->SelectedItems();
-  if (selected.empty() || !Permits(edit ? list->kind().rights.edit : list->kind().rights.view)) {
+  // A double-click or Enter of one who may look but not change opens the items to view.
+  const ItemRights& rights = list->kind().rights;
+  if (edit && !doc_->HasRight(rights.edit) && doc_->HasRight(rights.view)) edit = false;
+  if (selected.empty() || !Permits(edit ? rights.edit : rights.view)) {
     return nullptr;
   }
   for (RecordItem* item : selected) item->isNew = item->isChanged = item->isAssigned = false;

@@ -13,6 +13,7 @@
 #include "group_record_window.h"
 #include "people/user.h"
 #include "people/user_group.h"
+#include "record_list_window.h"
 
 namespace qm::test {
 namespace {
@@ -105,6 +106,13 @@ TEST_F(RightsWindows, EachItemCommandOfEachListFollowsItsRight) {
           ASSERT_NE(list, nullptr);
           QApplication::processEvents();
           EXPECT_EQ(Named<QAction>(frame, text)->isEnabled(), !denied);
+          // A double-click of one who may not change the items opens them to view.
+          if (right == &ItemRights::edit && list->view()->model()->rowCount() > 0) {
+            list->view()->selectRow(0);
+            app::RecordWindowWidget* opened = frame.OpenSelection(true);
+            ASSERT_NE(opened, nullptr);
+            EXPECT_EQ(opened->logic().mode(), denied ? CRecordWindow::kView : CRecordWindow::kEdit);
+          }
         }
         LogIn("admin");
       }
