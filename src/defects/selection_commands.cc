@@ -34,6 +34,19 @@ bool ConfirmDeleteForGood(ui::Ui& ui) {
                  "", ui::Icon::kQuestion, ui::Buttons::kOkCancel}) == ui::Answer::kOk;
 }
 
+std::uint32_t DeleteForGood(CDBDoc& doc, ItemTable& table, const std::vector<RecordItem*>& items,
+                            const std::function<void(RecordItem&)>& before) {
+  std::uint32_t deleted = 0;
+  for (RecordItem* item : items) {
+    const std::uint32_t id = item->GetId();
+    if (before) before(*item);
+    if (table.DeleteItem(*item, false) != DBStatus::kOk) continue;
+    doc.PostChangeNotice(kNoticeDeleted, table.tag(), id);
+    ++deleted;
+  }
+  return deleted;
+}
+
 std::vector<CDefect*> DuplicateDefects(CDBDoc& doc, CDefectTable& table,
                                        const std::vector<CDefect*>& selection, ui::Ui& ui) {
   std::vector<CDefect*> copies;
@@ -57,17 +70,11 @@ std::uint32_t DeleteDefects(CDBDoc& doc, CDefectTable& table,
       LeaveOutLocked(doc, kDefectTag, selection, ui, kNotDeletedInUse);
   if (free.empty()) return 0;
   if (!ConfirmDeleteForGood(ui)) return 0;
-  std::uint32_t deleted = 0;
   auto* workbook = dynamic_cast<CTaskTable*>(doc.GetTable(kTasksTag));
-  for (CDefect* defect : free) {
-    const std::uint32_t id = defect->GetId();
+  return DeleteForGood(doc, table, {free.begin(), free.end()}, [workbook](RecordItem& defect) {
     // The workbook lets go of the defect first: its task must not outlive it.
-    if (workbook != nullptr) DropDefectTasks(*workbook, *defect);
-    if (table.DeleteItem(*defect, false) != DBStatus::kOk) continue;
-    doc.PostChangeNotice(kNoticeDeleted, kDefectTag, id);
-    ++deleted;
-  }
-  return deleted;
+    if (workbook != nullptr) DropDefectTasks(*workbook, static_cast<const CDefect&>(defect));
+  });
 }
 
 std::vector<std::uint8_t> ClipboardBlock(const std::vector<CDefect*>& selection) {

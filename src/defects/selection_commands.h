@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,9 +36,35 @@ std::vector<Item*> LeaveOutLocked(CDBDoc& doc, Tag table, const std::vector<Item
   return free;
 }
 
+// Copies named "Copy of" each selected item that is not locked, each changed by `adjust`
+// before it is stored; answers those stored. For items with a name of their own.
+template <class Item>
+std::vector<Item*> DuplicateNamed(CDBDoc& doc, ItemTable& table,
+                                  const std::vector<Item*>& selection, ui::Ui& ui,
+                                  std::string_view lockedMessage,
+                                  const std::function<void(Item&)>& adjust = nullptr) {
+  std::vector<Item*> copies;
+  for (const Item* source : LeaveOutLocked(doc, table.tag(), selection, ui, lockedMessage)) {
+    auto copy = std::make_unique<Item>();
+    copy->CopyPayloadFrom(*source);
+    copy->SetId(0);
+    copy->name = "Copy of " + source->name.str();
+    if (adjust) adjust(*copy);
+    Item* raw = copy.get();
+    std::unique_ptr<RecordItem> item = std::move(copy);
+    if (table.AddItem(item) == DBStatus::kOk) copies.push_back(raw);
+  }
+  return copies;
+}
+
 // "Are you sure that you want to delete the selected items(s)? There is no undo
 // available.", with OK and Cancel; true on OK.
 bool ConfirmDeleteForGood(ui::Ui& ui);
+
+// Deletes each of `items` from `table` for good, after `before` has run on it, and tells
+// the other clients of each one that went. Answers how many went.
+std::uint32_t DeleteForGood(CDBDoc& doc, ItemTable& table, const std::vector<RecordItem*>& items,
+                            const std::function<void(RecordItem&)>& before = nullptr);
 
 // What duplicate and delete say of the defects they leave out.
 inline constexpr std::string_view kNotDuplicatedInUse =

@@ -260,14 +260,7 @@ std::uint32_t DeleteTasks(CDBDoc& doc, CTaskTable& table, const std::vector<CTas
 
   const std::vector<CTask*> free = LeaveOutLocked(doc, kTasksTag, written, ui, kTasksInUse);
   if (free.empty() || !ConfirmDeleteForGood(ui)) return 0;
-  std::uint32_t deleted = 0;
-  for (CTask* task : free) {
-    const std::uint32_t id = task->GetId();
-    if (table.DeleteItem(*task, false) != DBStatus::kOk) continue;
-    doc.PostChangeNotice(kNoticeDeleted, kTasksTag, id);
-    ++deleted;
-  }
-  return deleted;
+  return DeleteForGood(doc, table, {free.begin(), free.end()});
 }
 
 }  // namespace qm

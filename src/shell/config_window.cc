@@ -55,34 +55,14 @@ std::uint32_t DeleteConfigs(CDBDoc& doc, const std::vector<CTestConfig*>& select
             ui::Icon::kInformation);
   }
   if (!ConfirmDeleteForGood(ui)) return 0;
-  ItemTable& configs = *doc.GetTable(kConfigTag);
-  std::uint32_t deleted = 0;
-  for (CTestConfig* config : going) {
-    const std::uint32_t id = config->GetId();
-    if (configs.DeleteItem(*config, false) != DBStatus::kOk) continue;
-    doc.PostChangeNotice(kNoticeDeleted, kConfigTag, id);
-    ++deleted;
-  }
-  return deleted;
+  return DeleteForGood(doc, *doc.GetTable(kConfigTag), {going.begin(), going.end()});
 }
 
 std::vector<CTestConfig*> DuplicateConfigs(CDBDoc& doc, const std::vector<CTestConfig*>& selection,
                                            ui::Ui& ui) {
-  ItemTable& configs = *doc.GetTable(kConfigTag);
-  std::vector<CTestConfig*> copies;
-  for (const CTestConfig* source : LeaveOutLocked(
-           doc, kConfigTag, selection, ui,
-           "One or more test configurations will not be duplicated because they are in use by "
-           "another user.")) {
-    auto copy = std::make_unique<CTestConfig>();
-    copy->CopyPayloadFrom(*source);
-    copy->SetId(0);
-    copy->name = "Copy of " + source->name.str();
-    CTestConfig* raw = copy.get();
-    std::unique_ptr<RecordItem> item = std::move(copy);
-    if (configs.AddItem(item) == DBStatus::kOk) copies.push_back(raw);
-  }
-  return copies;
+  return DuplicateNamed(doc, *doc.GetTable(kConfigTag), selection, ui,
+                        "One or more test configurations will not be duplicated because they "
+                        "are in use by another user.");
 }
 
 CConfigWindow::CConfigWindow(CDBDoc& doc, ItemTable& configs, ui::Ui& ui, EditMarks& marks,

@@ -110,34 +110,19 @@ std::uint32_t DeleteGroups(CDBDoc& doc, const std::vector<CUserGroup*>& selectio
     heir = *chosen;
   }
   for (CUser* user : orphans) (void)PlaceInGroup(doc, *user, heir);
-  std::uint32_t deleted = 0;
-  for (CUserGroup* group : going) {
-    const std::uint32_t id = group->GetId();
-    if (groups.DeleteItem(*group, false) != DBStatus::kOk) continue;
-    doc.PostChangeNotice(kNoticeDeleted, kGroupTag, id);
-    ++deleted;
-  }
-  return deleted;
+  return DeleteForGood(doc, groups, {going.begin(), going.end()});
 }
 
 std::vector<CUserGroup*> DuplicateGroups(CDBDoc& doc, const std::vector<CUserGroup*>& selection,
                                          ui::Ui& ui) {
-  ItemTable& groups = *doc.GetTable(kGroupTag);
-  std::vector<CUserGroup*> copies;
-  for (const CUserGroup* source : LeaveOutLocked(
-           doc, kGroupTag, selection, ui,
-           "One or more user groups will not be duplicated because they are in use by another "
-           "user.")) {
-    auto copy = std::make_unique<CUserGroup>();
-    copy->CopyPayloadFrom(*source);
-    copy->SetId(0);
-    copy->name = "Copy of " + source->name.str();
-    for (const std::uint32_t id : source->userIds()) copy->RemoveUser(id);
-    CUserGroup* raw = copy.get();
-    std::unique_ptr<RecordItem> item = std::move(copy);
-    if (groups.AddItem(item) == DBStatus::kOk) copies.push_back(raw);
-  }
-  return copies;
+  // A user is in one group only: the copy starts without members.
+  return DuplicateNamed<CUserGroup>(
+      doc, *doc.GetTable(kGroupTag), selection, ui,
+      "One or more user groups will not be duplicated because they are in use by another user.",
+      [](CUserGroup& copy) {
+        const std::vector<std::uint32_t> members = copy.userIds();
+        for (const std::uint32_t id : members) copy.RemoveUser(id);
+      });
 }
 
 // ---- the window ---------------------------------------------------------------------------

@@ -329,15 +329,10 @@ std::uint32_t DeletePeople(CDBDoc& doc, const std::vector<CUser*>& selection, bo
               ui::Buttons::kOkCancel}) != ui::Answer::kOk) {
     return 0;
   }
-  std::uint32_t deleted = 0;
-  for (CUser* person : going) {
-    const std::uint32_t id = person->GetId();
-    if (!person->IsCustomer()) (void)PlaceInGroup(doc, *person, 0);
-    if (people.DeleteItem(*person, false) != DBStatus::kOk) continue;
-    doc.PostChangeNotice(kNoticeDeleted, kUserTag, id);
-    ++deleted;
-  }
-  return deleted;
+  return DeleteForGood(doc, people, {going.begin(), going.end()}, [&doc](RecordItem& item) {
+    auto& person = static_cast<CUser&>(item);
+    if (!person.IsCustomer()) (void)PlaceInGroup(doc, person, 0);
+  });
 }
 
 std::vector<CUser*> DuplicatePeople(CDBDoc& doc, const std::vector<CUser*>& selection, ui::Ui& ui) {
