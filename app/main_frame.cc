@@ -610,15 +610,35 @@ void CMainFrame::CloseRecordWindow(RecordWindowWidget* window) {
 
 DefectRecordWindow* CMainFrame::AddDefect() {
   if (!Permits(kDefectListWindow.rights.add)) return nullptr;
-  auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
-  Place(window, kDefectTag, "DefectViewPos");
+  auto* window = static_cast<DefectRecordWindow*>(NewItemWindow(nullptr));
   window->Open(CRecordWindow::kAddClose);
   return window;
 }
 
-PersonRecordWindow* CMainFrame::NewPersonWindow(bool customers) {
-  auto* window = new PersonRecordWindow(*doc_, ui_, marks_, customers);
-  Place(window, kUserTag, customers ? "CustomerViewPos" : "UserViewPos");
+RecordWindowWidget* CMainFrame::NewItemWindow(const RecordListWindow* list) {
+  if (IsWorkbook(list)) {
+    auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
+    Place(window, kTasksTag, "TaskViewPos");
+    return window;
+  }
+  if (IsConfigs(list)) {
+    auto* window = new ConfigRecordWindow(*doc_, ui_, marks_);
+    Place(window, kConfigTag, "ConfigViewPos");
+    return window;
+  }
+  if (IsGroups(list)) {
+    auto* window = new GroupRecordWindow(*doc_, ui_, marks_);
+    Place(window, kGroupTag, "UserGroupViewPos");
+    return window;
+  }
+  if (IsPeople(list)) {
+    const bool customers = &list->kind() == &kCustomerListWindow;
+    auto* window = new PersonRecordWindow(*doc_, ui_, marks_, customers);
+    Place(window, kUserTag, customers ? "CustomerViewPos" : "UserViewPos");
+    return window;
+  }
+  auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
+  Place(window, kDefectTag, "DefectViewPos");
   return window;
 }
 
@@ -646,31 +666,10 @@ bool CMainFrame::Permits(Right right) {
 
 RecordWindowWidget* CMainFrame::AddItem() {
   RecordListWindow* list = ActiveList();
-  if (IsWorkbook(list)) {
-    if (!Permits(list->kind().rights.add)) return nullptr;
-    auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
-    Place(window, kTasksTag, "TaskViewPos");
-    window->Open(CRecordWindow::kAddClose);
-    return window;
-  }
-  if (IsConfigs(list)) {
-    if (!Permits(list->kind().rights.add)) return nullptr;
-    auto* window = new ConfigRecordWindow(*doc_, ui_, marks_);
-    Place(window, kConfigTag, "ConfigViewPos");
-    window->Open(CRecordWindow::kAddClose);
-    return window;
-  }
-  if (IsGroups(list)) {
-    if (!Permits(list->kind().rights.add)) return nullptr;
-    auto* window = new GroupRecordWindow(*doc_, ui_, marks_);
-    Place(window, kGroupTag, "UserGroupViewPos");
-    window->Open(CRecordWindow::kAddClose);
-    return window;
-  }
-  if (!IsPeople(list)) return AddDefect();
-  const bool customers = &list->kind() == &kCustomerListWindow;
+  // A new defect takes the project's rules of numbering and assignment.
+  if (list == nullptr || list->kind().kind == kDefectListWindow.kind) return AddDefect();
   if (!Permits(list->kind().rights.add)) return nullptr;
-  PersonRecordWindow* window = NewPersonWindow(customers);
+  RecordWindowWidget* window = NewItemWindow(list);
   window->Open(CRecordWindow::kAddClose);
   return window;
 }
@@ -695,39 +694,19 @@ RecordWindowWidget* CMainFrame::OpenSelection(bool edit) {
     for (RecordItem* item : selected) {
       const auto* task = static_cast<const CTask*>(item);
       if (task->kind == kTaskDefect && task->defect != nullptr) {
-        auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
-        Place(window, kDefectTag, "DefectViewPos");
-        window->Open(mode, {const_cast<CDefect*>(task->defect)}, 1);
-        opened = window;
+        opened = NewItemWindow(nullptr);
+        opened->Open(mode, {const_cast<CDefect*>(task->defect)}, 1);
       } else if (task->kind != kTaskDefect) {
         written.push_back(item);
       }
     }
     if (!written.empty()) {
-      auto* window = new TaskRecordWindow(*doc_, Workbook(), ui_, marks_);
-      Place(window, kTasksTag, "TaskViewPos");
-      window->Open(mode, std::move(written), 1);
-      opened = window;
+      opened = NewItemWindow(list);
+      opened->Open(mode, std::move(written), 1);
     }
-  } else if (IsConfigs(list)) {
-    auto* window = new ConfigRecordWindow(*doc_, ui_, marks_);
-    Place(window, kConfigTag, "ConfigViewPos");
-    window->Open(mode, std::move(selected), 1);
-    opened = window;
-  } else if (IsGroups(list)) {
-    auto* window = new GroupRecordWindow(*doc_, ui_, marks_);
-    Place(window, kGroupTag, "UserGroupViewPos");
-    window->Open(mode, std::move(selected), 1);
-    opened = window;
-  } else if (IsPeople(list)) {
-    PersonRecordWindow* window = NewPersonWindow(&list->kind() == &kCustomerListWindow);
-    window->Open(mode, std::move(selected), 1);
-    opened = window;
   } else {
-    auto* window = new DefectRecordWindow(*doc_, *Defects(), ui_, marks_, DialogRunner());
-    Place(window, kDefectTag, "DefectViewPos");
-    window->Open(mode, std::move(selected), 1);
-    opened = window;
+    opened = NewItemWindow(list);
+    opened->Open(mode, std::move(selected), 1);
   }
   list->Refresh(false);
   return opened;

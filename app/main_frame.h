@@ -145,7 +145,9 @@ class CMainFrame : public QMainWindow, private ProjectHost {
   // Where it stood when a window of its kind last closed.
   void Place(RecordWindowWidget* window, Tag table, std::string_view placementName);
   void CloseRecordWindow(RecordWindowWidget* window);
-  PersonRecordWindow* NewPersonWindow(bool customers);
+  // A record window for the items of `list` (the defects when null), placed where its kind
+  // was last; not yet opened.
+  RecordWindowWidget* NewItemWindow(const RecordListWindow* list);
   CDefectTable* Defects() const;
   CTaskTable& Workbook() const;
   CDefectWindow::RunEventDialog DialogRunner();

@@ -75,15 +75,12 @@ void WriteList(CRecordListView& list, const ItemTable& table, std::ostream& out)
 
 RecordItem& FindNamed(ItemTable& table, const std::string& name, const std::string& what);
 
-// Sets `field` to `text` whole, or refuses text the field would cut: what is given is what
-// is kept. `what` names it for the message: "A user group's name".
+// `text` whole, or a refusal of text that a field of `capacity` bytes would cut: what is
+// given is what is kept. `what` names it for the message: "A user group's name", "--first".
+std::string Whole(const std::string& text, std::size_t capacity, const std::string& what);
 template <std::size_t Capacity>
 void SetWhole(BoundedText<Capacity>& field, const std::string& text, const std::string& what) {
-  if (text.size() > Capacity) {
-    throw UsageError{what + " takes at most " + std::to_string(Capacity) +
-                     " bytes; nothing was changed."};
-  }
-  field = text;
+  field = Whole(text, Capacity, what);
 }
 
 // The rows of each family of commands, in the order the help lists them.

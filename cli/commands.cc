@@ -371,6 +371,14 @@ void Require(const CDBDoc& doc, Context& context, Right right) {
   throw Refused{};
 }
 
+std::string Whole(const std::string& text, std::size_t capacity, const std::string& what) {
+  if (text.size() > capacity) {
+    throw UsageError{what + " takes at most " + std::to_string(capacity) +
+                     " bytes; nothing was changed."};
+  }
+  return text;
+}
+
 void WriteList(CRecordListView& list, const ItemTable& table, std::ostream& out) {
   list.BeforeFill();
   const auto& columns = list.columns();

@@ -33,12 +33,7 @@ int List(CDBDoc& doc, Context& context) {
 // An option's text, refused when its field would cut it: a password cut short would lock
 // the person out.
 std::string Fitting(const Args& args, const char* option, std::size_t capacity) {
-  std::string text = args.Value(option).value_or("");
-  if (text.size() > capacity) {
-    throw UsageError{"--" + std::string(option) + " takes at most " + std::to_string(capacity) +
-                     " bytes; nothing was added."};
-  }
-  return text;
+  return Whole(args.Value(option).value_or(""), capacity, "--" + std::string(option));
 }
 
 int Add(CDBDoc& doc, Context& c) {
