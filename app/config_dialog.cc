@@ -13,6 +13,7 @@
 #include <QOpenGLFunctions>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QVBoxLayout>
 #include <QValidator>
 #include <vector>
@@ -81,6 +82,14 @@ void CaptureDisplay(CTestConfig& config) {
 }
 
 }  // namespace
+
+QWidget* Scrolling(QWidget* content) {
+  auto* area = new QScrollArea;
+  area->setWidget(content);
+  area->setWidgetResizable(true);
+  area->setFrameShape(QFrame::NoFrame);
+  return area;
+}
 
 void LimitBytes(QLineEdit* edit, std::size_t bytes) {
   edit->setValidator(new ByteLimit(bytes, edit));

@@ -18,6 +18,10 @@ class CTestConfig;
 
 namespace qm::app {
 
+// `content` in a scroll area without a frame: a small window keeps its fields at their
+// height and its buttons in reach.
+QWidget* Scrolling(QWidget* content);
+
 // Typing beyond `bytes` bytes of UTF-8 is refused, so that a stored field never cuts a
 // character in half and what is shown is what is kept.
 void LimitBytes(QLineEdit* edit, std::size_t bytes);

@@ -22,7 +22,7 @@ ConfigRecordWindow::ConfigRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   top->addRow("Name:", name_);
   layout->addLayout(top);
   form_ = new ComputerConfigForm;
-  layout->addWidget(form_);
+  layout->addWidget(Scrolling(form_));
   layout->addLayout(MakeButtonRow());
   connect(name_, &QLineEdit::textEdited, this, [this] { Edited(); });
   form_->onEdited = [this] { Edited(); };

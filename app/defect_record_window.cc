@@ -14,7 +14,6 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -73,11 +72,7 @@ DefectRecordWindow::DefectRecordWindow(CDBDoc& doc, CDefectTable& table, ui::Ui&
   tabs_ = new QTabWidget;
   tabs_->setAccessibleName("Defect pages");
   // The Detail tab scrolls, so that the window's buttons stay in a small frame.
-  auto* detail = new QScrollArea;
-  detail->setWidget(MakeDetail(doc));
-  detail->setWidgetResizable(true);
-  detail->setFrameShape(QFrame::NoFrame);
-  tabs_->addTab(detail, ToQt(std::string(kDefectTabs[0])));
+  tabs_->addTab(Scrolling(MakeDetail(doc)), ToQt(std::string(kDefectTabs[0])));
   tabs_->addTab(MakeHistory(), ToQt(std::string(kDefectTabs[1])));
   tabs_->addTab(MakeNotify(doc), ToQt(std::string(kDefectTabs[2])));
   workaround_ = new QPlainTextEdit;

@@ -79,7 +79,7 @@ PersonRecordWindow::PersonRecordWindow(CDBDoc& doc, ui::Ui& ui, EditMarks& marks
   computer_ = new ComputerConfigForm;
   computer_->onEdited = [this] { Edited(); };
   computer_->layout()->setContentsMargins(9, 9, 9, 9);
-  tabs_->addTab(computer_, "Computer");
+  tabs_->addTab(Scrolling(computer_), "Computer");
   layout->addLayout(MakeButtonRow());
 
   // Typing stops at what the record keeps, so that a name or a password is never cut short
